@@ -1,0 +1,60 @@
+# How everything of ours is compiled. Foreign code (GoogleTest) gets the sanitizers, since a program is
+# instrumented whole or not at all, but neither our warnings nor our language settings.
+
+find_package(Threads REQUIRED)
+
+# All programs in one folder. On Windows the DLLs are there too, for a program finds them beside itself.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+if(VONTALBASE_SANITIZERS)
+    list(JOIN VONTALBASE_SANITIZERS "," vontalbase_sanitizers)
+    add_compile_options(-fsanitize=${vontalbase_sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${vontalbase_sanitizers})
+endif()
+if(VONTALBASE_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "VONTALBASE_BUILD_FUZZERS needs clang: libFuzzer comes with it alone.")
+    endif()
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+if(VONTALBASE_COVERAGE)
+    # Counters are atomic because tests run threads, and files are written by several programs at once.
+    add_compile_options(--coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
+
+# Language, warnings and system switches of one target of ours.
+function(vontalbase_apply_settings target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    if(WIN32)
+        target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
+    endif()
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8 /Zc:__cplusplus)
+        if(VONTALBASE_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE /WX)
+        endif()
+    else()
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+            # clang counts changes of sign among the conversions, g++ does not; one rule for both.
+            target_compile_options(${target} PRIVATE -Wno-sign-conversion)
+        endif()
+        if(VONTALBASE_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
+    endif()
+endfunction()
+
+# What the shared library and its twin for the tests have in common.
+function(vontalbase_set_up_library target)
+    target_include_directories(${target} PUBLIC
+        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+        "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+    set_target_properties(${target} PROPERTIES
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    target_link_libraries(${target} PRIVATE Threads::Threads)
+    # Libraries of the system that the platform halves call are added here.
+endfunction()
