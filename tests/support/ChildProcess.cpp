@@ -1,0 +1,327 @@
+#include "support/ChildProcess.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <thread>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace testsupport
+{
+
+namespace
+{
+
+constexpr char childOption[] = "--child=";
+
+/// Made on first use, since registrations come from other files' static objects.
+std::map<std::string, ChildFunction> & registry()
+{
+    static std::map<std::string, ChildFunction> functions;
+    return functions;
+}
+
+using Clock = std::chrono::steady_clock;
+
+#ifdef _WIN32
+
+/// A handle that closes itself.
+class Handle
+{
+public:
+    Handle() = default;
+    explicit Handle(HANDLE handle) : handle_(handle)
+    {
+    }
+    Handle(const Handle &) = delete;
+    Handle & operator=(const Handle &) = delete;
+    ~Handle()
+    {
+        close();
+    }
+    HANDLE get() const
+    {
+        return handle_;
+    }
+    HANDLE * receive()
+    {
+        return &handle_;
+    }
+    void close()
+    {
+        if (handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE)
+            CloseHandle(handle_);
+        handle_ = nullptr;
+    }
+
+private:
+    HANDLE handle_ = nullptr;
+};
+
+/// One word of a command line, quoted so that the C runtime's splitter gives it back.
+std::wstring quoted(const std::string & argument)
+{
+    std::wstring text = L"\"";
+    std::size_t backslashes = 0;
+    for (const char c : argument)
+    {
+        if (c == '"')
+            text.append(backslashes + 1, L'\\');
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        text += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    }
+    text.append(backslashes, L'\\');
+    return text + L'"';
+}
+
+void readAll(HANDLE pipe, std::string & text)
+{
+    std::array<char, 4096> buffer;
+    DWORD count = 0;
+    while (ReadFile(pipe, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) && count != 0)
+        text.append(buffer.data(), count);
+}
+
+ChildResult run(const std::vector<std::string> & words, std::chrono::milliseconds limit)
+{
+    ChildResult result;
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    Handle outRead, outWrite, errRead, errWrite;
+    if (!CreatePipe(outRead.receive(), outWrite.receive(), &inheritable, 0) ||
+        !CreatePipe(errRead.receive(), errWrite.receive(), &inheritable, 0))
+    {
+        result.standardError = "no pipe";
+        return result;
+    }
+    // The child must not hold the ends that are read here.
+    SetHandleInformation(outRead.get(), HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(errRead.get(), HANDLE_FLAG_INHERIT, 0);
+    Handle input(CreateFileW(
+        L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, OPEN_EXISTING, 0, nullptr));
+
+    std::array<wchar_t, 32768> program = {};
+    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
+    std::wstring commandLine = L"\"" + std::wstring(program.data()) + L"\"";
+    for (const std::string & word : words)
+        commandLine += L" " + quoted(word);
+
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = input.get();
+    startup.hStdOutput = outWrite.get();
+    startup.hStdError = errWrite.get();
+    PROCESS_INFORMATION information = {};
+    if (!CreateProcessW(program.data(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+            &startup, &information))
+    {
+        result.standardError = "CreateProcess failed with error " + std::to_string(GetLastError());
+        return result;
+    }
+    const Handle process(information.hProcess);
+    const Handle thread(information.hThread);
+    result.started = true;
+    outWrite.close();
+    errWrite.close();
+
+    std::thread outReader([&] { readAll(outRead.get(), result.standardOutput); });
+    std::thread errReader([&] { readAll(errRead.get(), result.standardError); });
+    if (WaitForSingleObject(process.get(), static_cast<DWORD>(limit.count())) != WAIT_OBJECT_0)
+    {
+        result.timedOut = true;
+        TerminateProcess(process.get(), 255);
+        WaitForSingleObject(process.get(), INFINITE);
+    }
+    outReader.join();
+    errReader.join();
+    DWORD code = 0;
+    GetExitCodeProcess(process.get(), &code);
+    result.exitCode = static_cast<int>(code);
+    return result;
+}
+
+#else
+
+/// A descriptor that closes itself.
+class Descriptor
+{
+public:
+    Descriptor() = default;
+    Descriptor(const Descriptor &) = delete;
+    Descriptor & operator=(const Descriptor &) = delete;
+    ~Descriptor()
+    {
+        close();
+    }
+    int get() const
+    {
+        return descriptor_;
+    }
+    void set(int descriptor)
+    {
+        descriptor_ = descriptor;
+    }
+    void close()
+    {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+        descriptor_ = -1;
+    }
+
+private:
+    int descriptor_ = -1;
+};
+
+bool makePipe(Descriptor & readEnd, Descriptor & writeEnd)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return false;
+    readEnd.set(ends[0]);
+    writeEnd.set(ends[1]);
+    return true;
+}
+
+/// Reads what is there; closes the pipe at its end.
+void drain(Descriptor & pipe, std::string & text)
+{
+    std::array<char, 4096> buffer;
+    const ssize_t count = read(pipe.get(), buffer.data(), buffer.size());
+    if (count > 0)
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    else if (count == 0 || errno != EINTR)
+        pipe.close();
+}
+
+int millisecondsUntil(Clock::time_point moment)
+{
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(moment - Clock::now()).count();
+    return static_cast<int>(std::clamp<long long>(left, 0, 1'000'000));
+}
+
+ChildResult run(const std::vector<std::string> & words, std::chrono::milliseconds limit)
+{
+    ChildResult result;
+    Descriptor outRead, outWrite, errRead, errWrite;
+    if (!makePipe(outRead, outWrite) || !makePipe(errRead, errWrite))
+    {
+        result.standardError = "no pipe";
+        return result;
+    }
+
+    std::array<char, 4096> program = {};
+    if (readlink("/proc/self/exe", program.data(), program.size() - 1) <= 0)
+    {
+        result.standardError = "the path of this program is unknown";
+        return result;
+    }
+    std::vector<std::string> texts = words;
+    std::vector<char *> arguments = {program.data()};
+    for (std::string & text : texts)
+        arguments.push_back(text.data());
+    arguments.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, outWrite.get(), 1);
+    posix_spawn_file_actions_adddup2(&actions, errWrite.get(), 2);
+    pid_t child = -1;
+    const int error = posix_spawn(&child, program.data(), &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0)
+    {
+        result.standardError = std::string("posix_spawn: ") + std::strerror(error);
+        return result;
+    }
+    result.started = true;
+    outWrite.close();
+    errWrite.close();
+
+    const Clock::time_point end = Clock::now() + limit;
+    while (outRead.get() >= 0 || errRead.get() >= 0)
+    {
+        std::array<pollfd, 2> pipes = {{{outRead.get(), POLLIN, 0}, {errRead.get(), POLLIN, 0}}};
+        const int ready = poll(pipes.data(), pipes.size(), millisecondsUntil(end));
+        if (ready == 0)
+        {
+            result.timedOut = true;
+            break;
+        }
+        if (ready > 0 && pipes[0].revents != 0)
+            drain(outRead, result.standardOutput);
+        if (ready > 0 && pipes[1].revents != 0)
+            drain(errRead, result.standardError);
+    }
+
+    // Its pipes are closed, or its time is up; the process itself may live on for a moment.
+    int status = 0;
+    while (!result.timedOut && waitpid(child, &status, WNOHANG) == 0)
+    {
+        result.timedOut = Clock::now() >= end;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (result.timedOut)
+    {
+        kill(child, SIGKILL);
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR)
+        {
+        }
+    }
+    result.exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    return result;
+}
+
+#endif
+
+} // namespace
+
+bool registerChild(const char * name, ChildFunction function)
+{
+    if (!registry().emplace(name, function).second)
+    {
+        std::fprintf(stderr, "two children are registered as %s\n", name);
+        std::abort();
+    }
+    return true;
+}
+
+ChildResult runChild(
+    const std::string & name, const std::vector<std::string> & arguments, std::chrono::milliseconds limit)
+{
+    std::vector<std::string> words = {childOption + name};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return run(words, limit);
+}
+
+bool runAsChild(int argc, char ** argv, int & exitCode)
+{
+    if (argc < 2 || std::strncmp(argv[1], childOption, std::strlen(childOption)) != 0)
+        return false;
+    const std::string name = argv[1] + std::strlen(childOption);
+    const auto found = registry().find(name);
+    if (found == registry().end())
+    {
+        std::fprintf(stderr, "no child is registered as %s\n", name.c_str());
+        exitCode = 125;
+        return true;
+    }
+    exitCode = found->second(std::vector<std::string>(argv + 2, argv + argc));
+    return true;
+}
+
+} // namespace testsupport

@@ -1,0 +1,84 @@
+/// @file
+/// Runs a scenario with every single fault that it can meet.
+///
+/// A fault is a gate of a platform service that answers otherwise than usual (VontalBase/platform/gates.h)
+/// or an allocation that is refused (FailingAllocator.h). The scenario is run twice without one (the first
+/// time for what is made on first use), then once for each. After every run the process must hold as many
+/// allocations and descriptors as before, and nothing but std::bad_alloc may leave the scenario.
+///
+///     torture([&](const Fault & fault)
+///     {
+///         const bool written = save(path, text);
+///         EXPECT_EQ(written, !fault.isGate("file write"));
+///     });
+///
+/// A scenario starts from the same state each time and cleans up behind itself, faults or no. A crash
+/// names the fault at work if it goes through std::terminate.
+#pragma once
+
+#include "VontalBase/platform/gates.h"
+
+#include "support/FailingAllocator.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace testsupport
+{
+
+/// What is wrong in a run.
+struct Fault
+{
+    enum class Kind
+    {
+        None,
+        Gate,
+        Allocation
+    };
+
+    Kind kind = Kind::None;
+    /// Which passage or allocation, counted from 1.
+    std::uint64_t number = 0;
+    platform::GateAnswer answer = platform::GateAnswer::Pass;
+
+    /// True if the fault has shown itself by now.
+    [[nodiscard]] bool happened() const;
+
+    /// True if it has shown itself by now and was a failure of this service.
+    [[nodiscard]] bool isGate(
+        const char * service, platform::GateAnswer withAnswer = platform::GateAnswer::Fail) const;
+
+    /// True if an allocation has been refused by now.
+    [[nodiscard]] bool isAllocation() const;
+};
+
+struct TortureOptions
+{
+    /// What the gates answer, one series of runs for each.
+    std::vector<platform::GateAnswer> answers = {
+        platform::GateAnswer::Fail, platform::GateAnswer::Interrupt, platform::GateAnswer::CutShort};
+    bool failAllocations = true;
+    /// Whose allocations fail.
+    AllocatingThreads threads = AllocatingThreads::Calling;
+    /// A scenario with more faults than this fails the test, since it would not come to an end.
+    std::uint64_t mostFaults = 100'000;
+};
+
+/// What was done.
+struct TortureReport
+{
+    /// In the run without a fault.
+    std::uint64_t gatePassages = 0;
+    std::uint64_t allocations = 0;
+    /// Runs with a fault that happened.
+    std::uint64_t faultyRuns = 0;
+};
+
+/// Failures are reported to GoogleTest, each with its fault; after the first faulty one no further run is
+/// made.
+TortureReport torture(
+    const std::function<void(const Fault &)> & scenario, const TortureOptions & options = {});
+
+} // namespace testsupport

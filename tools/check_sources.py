@@ -1,0 +1,113 @@
+#!/usr/bin/env python3
+"""Checks the rules of the source tree that no compiler checks.
+
+    check_sources.py [ROOT]
+
+1. Outside VontalBase/platform/ and VontalBase/export.h the library knows no operating system: no
+   condition on one in the preprocessor, and none of its headers.
+2. A public header includes no private one, since private headers are not installed. A header is
+   private if one of its first five lines is "/// @internal".
+3. The house itself never includes VontalBase/VontalBase.h, which is for applications.
+4. Headers form no circle.
+5. The two halves of the platform have the same file names.
+"""
+
+import pathlib
+import re
+import sys
+
+CONDITION = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif|elifdef|elifndef)\b(.*)")
+SYSTEM_MACRO = re.compile(
+    r"\b(_?_?WIN(32|64|DOWS)(__)?|_MSC_VER|__MINGW\w*|__CYGWIN__|__linux(__)?|linux|__gnu_linux__"
+    r"|__unix(__)?|unix|__APPLE__|__FreeBSD__|__GLIBC__|_POSIX\w*|__ANDROID__)\b")
+INCLUDE = re.compile(r"^\s*#\s*include\s*([<\"])([^>\"]+)[>\"]")
+SYSTEM_HEADER = re.compile(
+    r"(windows|winbase|winsock2?|ws2tcpip|objbase|ole2|oleauto|msxml\d?|shlobj|shellapi|wincrypt|process|io|direct"
+    r"|unistd|fcntl|pthread|dirent|dlfcn|poll|spawn|signal|langinfo|fnmatch|glob|pwd|grp|netdb|semaphore"
+    r"|(sys|linux|arpa|netinet|libxml|libxslt|openssl)/.*)(\.h)?", re.IGNORECASE)
+STANDARD = {"semaphore"}  # of the system only with its .h
+
+
+def is_private(path):
+    with open(path, encoding="utf-8") as file:
+        return any(line.rstrip("\n") == "/// @internal" for _, line in zip(range(5), file))
+
+
+def included(path):
+    """The includes of a file: (line number, opening character, name)."""
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if match:
+            yield number, match.group(1), match.group(2)
+
+
+def find_circle(graph):
+    """A circle among the keys of graph as a list, or None."""
+    done, path, on_path = set(), [], set()
+    for start in sorted(graph):
+        stack = [(start, iter(graph[start]))] if start not in done else []
+        if stack:
+            path, on_path = [start], {start}
+        while stack:
+            node, edges = stack[-1]
+            step = next(edges, None)
+            if step is None:
+                stack.pop()
+                path.pop()
+                on_path.discard(node)
+                done.add(node)
+            elif step in on_path:
+                return path[path.index(step):] + [step]
+            elif step not in done and step in graph:
+                stack.append((step, iter(graph[step])))
+                path.append(step)
+                on_path.add(step)
+    return None
+
+
+def main():
+    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
+    library = root / "VontalBase"
+    files = sorted(p for p in library.rglob("*") if p.suffix in (".h", ".cpp"))
+    headers = {p.relative_to(root).as_posix(): p for p in files if p.suffix == ".h"}
+    private = {name for name, path in headers.items() if is_private(path)}
+    complaints = []
+
+    for path in files:
+        name = path.relative_to(root).as_posix()
+        knows_systems = name.startswith("VontalBase/platform/") or name == "VontalBase/export.h"
+        if not knows_systems:
+            for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+                match = CONDITION.match(line)
+                if match and SYSTEM_MACRO.search(match.group(2)):
+                    complaints.append(f"{name}:{number}: a condition on the operating system")
+        for number, quote, target in included(path):
+            if not knows_systems and quote == "<" and target not in STANDARD \
+                    and SYSTEM_HEADER.fullmatch(target):
+                complaints.append(f"{name}:{number}: a header of the operating system, <{target}>")
+            if target == "VontalBase/VontalBase.h":
+                complaints.append(f"{name}:{number}: the header for applications is not for the library")
+            if name in headers and name not in private and target in private:
+                complaints.append(f"{name}:{number}: a public header includes a private one, {target}")
+
+    circle = find_circle({name: [target for _, _, target in included(path)]
+                          for name, path in headers.items()})
+    if circle:
+        complaints.append("headers include each other in a circle: " + " -> ".join(circle))
+
+    halves = [{p.name for p in (library / "platform" / half).glob("*.cpp")} for half in ("posix", "windows")]
+    for name in sorted(halves[0] ^ halves[1]):
+        # What only one half needs stands beside com.h: the other system has it built in.
+        if not name.startswith("xml") and not name.startswith("com"):
+            here, there = ("posix", "windows") if name in halves[0] else ("windows", "posix")
+            complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
+
+    for complaint in complaints:
+        print(complaint)
+    if not complaints:
+        print(f"{len(files)} source files keep the rules of the tree ({len(private)} private headers)")
+    return 1 if complaints else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
