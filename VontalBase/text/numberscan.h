@@ -1,0 +1,65 @@
+/// @internal
+/// @file
+/// The scanners behind `numbers.h`, over any run of characters.
+#pragma once
+
+#include <string_view>
+#include <type_traits>
+
+namespace Vontal
+{
+
+template <class Char>
+constexpr bool isDecimalDigit(Char c) noexcept
+{
+    return c >= Char('0') && c <= Char('9');
+}
+
+/// accumulator * 10 + digit in the width of `Int`, with wrap-around.
+template <class Int, class Char>
+constexpr Int pushDigit(Int accumulator, Char digit) noexcept
+{
+    using Unsigned = std::make_unsigned_t<Int>;
+    return static_cast<Int>(
+        static_cast<Unsigned>(accumulator) * 10U + static_cast<Unsigned>(digit - Char('0')));
+}
+
+/// Reads a whole number of the width and signedness of `Int`.
+template <class Int, class Char>
+constexpr Int scanInteger(std::basic_string_view<Char> text, bool & ok) noexcept
+{
+    Int accumulator = 0;
+    bool negative = false;
+    bool digitSeen = false;
+    ok = true;
+    for (const Char c : text)
+    {
+        if (isDecimalDigit(c))
+        {
+            const Int next = pushDigit(accumulator, c);
+            // Kept: only a wrap that lands below the former value is noticed.
+            if (next < accumulator)
+            {
+                ok = false;
+                break;
+            }
+            accumulator = next;
+            digitSeen = true;
+        }
+        else if (std::is_signed_v<Int> && c == Char('-') && !digitSeen)
+        {
+            negative = !negative;
+        }
+        else
+        {
+            ok = false;
+            break;
+        }
+    }
+    if (!digitSeen)
+        ok = false;
+    using Unsigned = std::make_unsigned_t<Int>;
+    return negative ? static_cast<Int>(Unsigned{0} - static_cast<Unsigned>(accumulator)) : accumulator;
+}
+
+} // namespace Vontal
