@@ -1,0 +1,28 @@
+/// @file
+/// What a thread of the library runs.
+#pragma once
+
+#include "VontalBase/core/ReferencedObject.h"
+
+namespace qvbase
+{
+
+/// Work for `Thread::execute`. A concrete class is made through `ReferencedImplMT`, since the thread that
+/// starts it and the thread that runs it both count.
+class Runnable : public ReferencedObject
+{
+public:
+    Runnable() = default;
+    Runnable(const Runnable &) = default;
+    Runnable(Runnable &&) noexcept = default;
+    Runnable & operator=(const Runnable &) = default;
+    Runnable & operator=(Runnable &&) noexcept = default;
+
+    /// The work. An exception that leaves it ends the process.
+    virtual void run() = 0;
+
+protected:
+    ~Runnable() = default;
+};
+
+} // namespace qvbase

@@ -1,0 +1,42 @@
+/// @file
+/// A tally of live COM objects by class, for reports of leaks.
+#pragma once
+
+#include "VontalBase/export.h"
+
+#include <string>
+
+struct IUnknown;
+
+namespace qvbase
+{
+
+/// Registers a COM object as long as it lives itself. The object is a key only: nothing is called on it
+/// and its count does not change.
+///
+/// The registry and the callback have no lock; callers serialise their use of them.
+class VONTALBASE_API DebugAutomation
+{
+public:
+    /// Registers @p object under the class @p name, and then calls the callback if there is one.
+    DebugAutomation(const char * name, IUnknown * object);
+    DebugAutomation(const DebugAutomation &) = default;
+    DebugAutomation & operator=(const DebugAutomation &) = default;
+    /// Removes the object from the registry, and then calls the callback if there is one.
+    virtual ~DebugAutomation();
+
+    /// Registers @p object under the class @p name, in place of any earlier name.
+    static void addReference(const char * name, IUnknown * object);
+    /// Removes @p object from the registry. Nothing happens if it is not there.
+    static void releaseReference(IUnknown * object);
+    /// The registered objects counted by class, in byte order of the names: a heading and one line
+    /// a class, or one sentence without a line end when nothing is registered.
+    static std::string report();
+    /// Sets what is called after each change that an instance makes; null for nothing.
+    static void setCallback(void (*callback)(void));
+
+private:
+    IUnknown * m_object;
+};
+
+} // namespace qvbase

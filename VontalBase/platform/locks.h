@@ -1,0 +1,30 @@
+/// @internal
+/// @file
+/// The recursive lock of the system.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace platform
+{
+
+/// A lock that the thread which holds it can take again. Waiting has no limit, and no failure is reported.
+class RecursiveLock
+{
+public:
+    RecursiveLock() noexcept;
+    RecursiveLock(const RecursiveLock &) = delete;
+    RecursiveLock & operator=(const RecursiveLock &) = delete;
+    /// Nobody may hold the lock or wait for it.
+    ~RecursiveLock();
+
+    void acquire() noexcept;
+    /// Gives back one `acquire` of the calling thread.
+    void release() noexcept;
+
+private:
+    alignas(std::max_align_t) std::array<std::byte, 40> m_storage;
+};
+
+} // namespace platform

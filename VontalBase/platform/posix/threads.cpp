@@ -1,0 +1,135 @@
+#include "VontalBase/platform/threads.h"
+
+#include "VontalBase/platform/gates.h"
+
+#include <algorithm>
+#include <climits>
+#include <condition_variable>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <pthread.h>
+#include <sched.h>
+#include <unistd.h>
+
+namespace platform
+{
+
+namespace
+{
+
+static_assert(sizeof(pthread_t) == sizeof(void *));
+
+/// What the starting thread and the new one share until the new one has told its number.
+struct Start
+{
+    ThreadEntry entry;
+    void * argument;
+    std::mutex mutex;
+    std::condition_variable told;
+    std::uint32_t id = 0;
+};
+
+void * run(void * parameter)
+{
+    Start & start = *static_cast<Start *>(parameter);
+    const ThreadEntry entry = start.entry;
+    void * const argument = start.argument;
+    {
+        const std::lock_guard lock(start.mutex);
+        start.id = currentThreadId();
+        // Inside the lock, because `start` is gone as soon as the starting thread sees the number.
+        start.told.notify_one();
+    }
+    entry(argument);
+    return nullptr;
+}
+
+class Attributes
+{
+public:
+    Attributes() noexcept
+    {
+        pthread_attr_init(&m_attributes);
+    }
+    Attributes(const Attributes &) = delete;
+    Attributes & operator=(const Attributes &) = delete;
+    ~Attributes()
+    {
+        pthread_attr_destroy(&m_attributes);
+    }
+
+    void setStackBytes(std::size_t bytes) noexcept
+    {
+        const long least = sysconf(_SC_THREAD_STACK_MIN);
+        pthread_attr_setstacksize(
+            &m_attributes, std::max(bytes, static_cast<std::size_t>(std::max(least, 0L))));
+    }
+
+    const pthread_attr_t * get() const noexcept
+    {
+        return &m_attributes;
+    }
+
+private:
+    pthread_attr_t m_attributes;
+};
+
+} // namespace
+
+StartedThread startThread(ThreadEntry entry, void * argument, std::size_t stackBytes)
+{
+    if (gateFails("start thread"))
+        return {};
+    Attributes attributes;
+    if (stackBytes != 0)
+        attributes.setStackBytes(stackBytes);
+    Start start{entry, argument, {}, {}};
+    pthread_t thread{};
+    if (pthread_create(&thread, attributes.get(), run, &start) != 0)
+        return {};
+    std::unique_lock lock(start.mutex);
+    start.told.wait(lock, [&start] { return start.id != 0; });
+    return {reinterpret_cast<void *>(thread), start.id};
+}
+
+void joinThread(void * handle) noexcept
+{
+    pthread_join(reinterpret_cast<pthread_t>(handle), nullptr);
+}
+
+std::uint32_t currentThreadId() noexcept
+{
+    return static_cast<std::uint32_t>(gettid());
+}
+
+void * currentThreadPseudoHandle() noexcept
+{
+    return reinterpret_cast<void *>(std::intptr_t{-2});
+}
+
+void sleepMilliseconds(unsigned int milliseconds) noexcept
+{
+    if (milliseconds == 0)
+    {
+        sched_yield();
+        return;
+    }
+    timespec left{};
+    left.tv_sec = static_cast<time_t>(milliseconds / 1000);
+    left.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
+    // A signal cuts the sleep short and tells what is left of it.
+    while (nanosleep(&left, &left) != 0)
+    {
+    }
+}
+
+void enterApartment() noexcept
+{
+}
+
+void leaveApartment() noexcept
+{
+}
+
+} // namespace platform

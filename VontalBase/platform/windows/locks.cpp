@@ -1,0 +1,41 @@
+#include "VontalBase/platform/locks.h"
+
+#include "VontalBase/platform/windows/windows_headers.h"
+
+#include <new>
+
+namespace platform
+{
+
+namespace
+{
+
+CRITICAL_SECTION * systemLock(std::array<std::byte, 40> & storage) noexcept
+{
+    static_assert(sizeof(CRITICAL_SECTION) <= sizeof(storage));
+    return std::launder(reinterpret_cast<CRITICAL_SECTION *>(storage.data()));
+}
+
+} // namespace
+
+RecursiveLock::RecursiveLock() noexcept
+{
+    InitializeCriticalSection(::new (m_storage.data()) CRITICAL_SECTION);
+}
+
+RecursiveLock::~RecursiveLock()
+{
+    DeleteCriticalSection(systemLock(m_storage));
+}
+
+void RecursiveLock::acquire() noexcept
+{
+    EnterCriticalSection(systemLock(m_storage));
+}
+
+void RecursiveLock::release() noexcept
+{
+    LeaveCriticalSection(systemLock(m_storage));
+}
+
+} // namespace platform

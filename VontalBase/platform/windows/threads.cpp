@@ -1,0 +1,54 @@
+#include "VontalBase/platform/threads.h"
+
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/windows/windows_headers.h"
+
+#include <objbase.h>
+#include <process.h>
+
+namespace platform
+{
+
+StartedThread startThread(ThreadEntry entry, void * argument, std::size_t stackBytes)
+{
+    if (gateFails("start thread"))
+        return {};
+    const unsigned int flags = stackBytes == 0 ? 0U : STACK_SIZE_PARAM_IS_A_RESERVATION;
+    unsigned int id = 0;
+    const std::uintptr_t handle =
+        _beginthreadex(nullptr, static_cast<unsigned int>(stackBytes), entry, argument, flags, &id);
+    return {reinterpret_cast<void *>(handle), id};
+}
+
+void joinThread(void * handle) noexcept
+{
+    WaitForSingleObject(handle, INFINITE);
+    CloseHandle(handle);
+}
+
+std::uint32_t currentThreadId() noexcept
+{
+    return GetCurrentThreadId();
+}
+
+void * currentThreadPseudoHandle() noexcept
+{
+    return GetCurrentThread();
+}
+
+void sleepMilliseconds(unsigned int milliseconds) noexcept
+{
+    Sleep(milliseconds);
+}
+
+void enterApartment() noexcept
+{
+    static_cast<void>(CoInitialize(nullptr));
+}
+
+void leaveApartment() noexcept
+{
+    CoUninitialize();
+}
+
+} // namespace platform
