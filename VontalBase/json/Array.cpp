@@ -1,0 +1,94 @@
+#include "VontalBase/json/Array.h"
+
+#include "VontalBase/json/containers.h"
+
+namespace qvjson
+{
+
+Array::~Array()
+{
+    takeApartArray(m_items.leave());
+}
+
+bool Array::equals(Item const * other) const
+{
+    if (other == nullptr || other->getType() != getType())
+        return false;
+    return equalContainers(*this, *other);
+}
+
+std::uint64_t Array::getLength() const noexcept
+{
+    const ItemBlock * const items = m_items.contents();
+    return items == nullptr ? 0 : items->size;
+}
+
+void Array::add(Item * item)
+{
+    appendItem(m_items.contents(), item);
+    if (item != nullptr)
+        item->addRef();
+}
+
+namespace
+{
+
+/// Puts `element` in `target`, which may be what keeps the element's container alive.
+template <class Target>
+void store(Item * element, qvbase::Reference<Target> & target)
+{
+    const qvbase::Reference<Item> keep(element);
+    // Kept: also where the element is of another type.
+    target = static_cast<Target *>(element);
+}
+
+} // namespace
+
+bool Array::getItem(unsigned int index, qvbase::Reference<Item> & item) const
+{
+    if (index >= getLength())
+        return false;
+    store(element(index), item);
+    return item.get() != nullptr;
+}
+
+bool Array::getArray(unsigned int index, qvbase::Reference<Array> & array) const
+{
+    if (index >= getLength())
+        return false;
+    store(element(index), array);
+    return array.get() != nullptr;
+}
+
+bool Array::getObject(unsigned int index, qvbase::Reference<Object> & object) const
+{
+    if (index >= getLength())
+        return false;
+    store(element(index), object);
+    return object.get() != nullptr;
+}
+
+bool Array::getInt(unsigned int index, int & value) const
+{
+    const Item * const item = element(index);
+    return item != nullptr && item->getInt(value);
+}
+
+bool Array::getInt64(unsigned int index, std::int64_t & value) const
+{
+    const Item * const item = element(index);
+    return item != nullptr && item->getInt64(value);
+}
+
+bool Array::getString(unsigned int index, Vontal::u8string & value) const
+{
+    const Item * const item = element(index);
+    return item != nullptr && item->getString(value);
+}
+
+Item * Array::element(unsigned int index) const noexcept
+{
+    return index < getLength() ? m_items.contents()->elements<Item *>()[index] : nullptr;
+}
+
+} // namespace qvjson

@@ -1,0 +1,56 @@
+/// @internal
+/// @file
+/// The printer over a standard stream.
+#pragma once
+
+#include "VontalBase/json/JSONPrinter.h"
+
+#include <string>
+#include <string_view>
+
+namespace qvjson
+{
+
+/// Composes each call's text in a buffer of its own and hands it to the stream before the call returns.
+class JSONPrinterImpl : public JSONPrinter
+{
+public:
+    explicit JSONPrinterImpl(std::basic_ostream<char> & stream) noexcept : m_stream(stream)
+    {
+    }
+    JSONPrinterImpl(const JSONPrinterImpl &) = delete;
+    JSONPrinterImpl & operator=(const JSONPrinterImpl &) = delete;
+
+    bool printObjectBegin() override;
+    bool printObjectEnd() override;
+    bool printKey(Vontal::u8string const & key) override;
+    bool printString(Vontal::u8string const & text) override;
+    bool printNumber(Vontal::u8string const & digits) override;
+    bool printInt(int value) override;
+    bool printItem(Item * item) override;
+    bool printNull() override;
+    bool printBool(bool value) override;
+    bool printArrayBegin() override;
+    bool printArrayEnd() override;
+    virtual ~JSONPrinterImpl();
+
+private:
+    class TreeWalk;
+
+    void separate();
+    void open(char bracket);
+    void close(char bracket);
+    void key(std::string_view text);
+    void string(std::string_view text);
+    void number(int value);
+    void plain(std::string_view text);
+    bool leaf(const Item & item);
+    bool handOver();
+
+    std::basic_ostream<char> & m_stream;
+    std::string m_text;
+    bool m_afterKey = false;
+    bool m_atStart = true;
+};
+
+} // namespace qvjson

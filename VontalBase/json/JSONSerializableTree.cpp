@@ -1,0 +1,388 @@
+// The routes of a bound class that do not come from text: filling from a tree, and printing.
+
+#include "VontalBase/json/Array.h"
+#include "VontalBase/json/JSONPrinter.h"
+#include "VontalBase/json/JSONSerializable.h"
+#include "VontalBase/json/fieldtargets.h"
+#include "VontalBase/text/decimal.h"
+
+#include <locale>
+#include <sstream>
+
+namespace qvjson
+{
+
+bool clearList(const JSONField & field)
+{
+    switch (field.type)
+    {
+    case JSONSerializable::FieldStringSet:
+        targetOf<std::set<Vontal::u8string>>(field).clear();
+        return true;
+    case JSONSerializable::FieldStringVector:
+        targetOf<std::vector<Vontal::u8string>>(field).clear();
+        return true;
+    case JSONSerializable::FieldIntVector:
+        targetOf<std::vector<int>>(field).clear();
+        return true;
+    case JSONSerializable::FieldInt64Vector:
+        targetOf<std::vector<std::int64_t>>(field).clear();
+        return true;
+    case JSONSerializable::FieldObjectVector:
+        if (holderOf(field).member == nullptr)
+            return false;
+        objectVectorOf(holderOf(field)).clear();
+        return true;
+    case JSONSerializable::FieldArrayProvider:
+        if (providerOf(field) == nullptr)
+            return false;
+        providerOf(field)->clear();
+        return true;
+    default:
+        return false;
+    }
+}
+
+namespace
+{
+
+/// A null pointer and JSON's null are the same to a field.
+bool isNull(Item * item)
+{
+    return item == nullptr || item->getType() == TypeNull;
+}
+
+Object * asObject(Item * item)
+{
+    return item == nullptr ? nullptr : static_cast<Object *>(*item);
+}
+
+Array * asArray(Item * item)
+{
+    return item == nullptr ? nullptr : static_cast<Array *>(*item);
+}
+
+/// Fills a list from an array by one getter for all elements.
+template <class Element, class List, class Insert>
+bool fillList(Item * item, List & list, bool (Array::*get)(unsigned int, Element &) const, Insert insert)
+{
+    const Array * const array = asArray(item);
+    if (array == nullptr)
+        return false;
+    list.clear();
+    for (unsigned int i = 0; i < array->getLength(); ++i)
+    {
+        Element element{};
+        if (!(array->*get)(i, element))
+            return false;
+        insert(list, std::move(element));
+    }
+    return true;
+}
+
+template <class Element>
+bool fillVector(Item * item, const JSONField & field, bool (Array::*get)(unsigned int, Element &) const)
+{
+    return fillList(item, targetOf<std::vector<Element>>(field), get,
+        [](std::vector<Element> & list, Element && element) { list.push_back(std::move(element)); });
+}
+
+bool fillSet(Item * item, const JSONField & field)
+{
+    return fillList(item, targetOf<std::set<Vontal::u8string>>(field), &Array::getString,
+        [](std::set<Vontal::u8string> & list, Vontal::u8string && element)
+        { list.insert(std::move(element)); });
+}
+
+bool fillTree(Item * item, const JSONField & field)
+{
+    qvbase::Reference<Object> & member = targetOf<qvbase::Reference<Object>>(field);
+    member = asObject(item);
+    return member.get() != nullptr || isNull(item);
+}
+
+/// Makes an object and fills it. Returns false if either refuses.
+bool makeFilled(Item * item, const FactoryHolder & holder, qvbase::Reference<JSONSerializable> & object)
+{
+    Object * const source = asObject(item);
+    return source != nullptr && makeObject(holder, object) && object->fromJson(source);
+}
+
+bool fillRawObject(Item * item, const FactoryHolder & holder)
+{
+    JSONSerializable *& member = rawObjectOf(holder);
+    releaseRaw(member);
+    if (isNull(item))
+        return true;
+    qvbase::Reference<JSONSerializable> object;
+    if (!makeFilled(item, holder, object))
+        return false;
+    object->addRef();
+    member = object;
+    return true;
+}
+
+bool fillReferencedObject(Item * item, const FactoryHolder & holder)
+{
+    if (isNull(item))
+    {
+        referencedObjectOf(holder) = nullptr;
+        return true;
+    }
+    // Kept: the object is filled and let go; the member is not assigned.
+    qvbase::Reference<JSONSerializable> object;
+    return makeFilled(item, holder, object);
+}
+
+bool fillObjectVector(Item * item, const FactoryHolder & holder)
+{
+    if (holder.member == nullptr)
+        return false;
+    objectVectorOf(holder).clear();
+    if (isNull(item))
+        return true;
+    const Array * const array = asArray(item);
+    if (array == nullptr)
+        return false;
+    for (unsigned int i = 0; i < array->getLength(); ++i)
+    {
+        qvbase::Reference<Item> element;
+        array->getItem(i, element);
+        if (isNull(element))
+            continue;
+        // Kept: the objects are filled and let go; nothing is appended.
+        qvbase::Reference<JSONSerializable> object;
+        if (!makeFilled(element, holder, object))
+            return false;
+    }
+    return true;
+}
+
+bool fillProvider(Item * item, const ArrayProviderPointer & provider)
+{
+    if (provider == nullptr)
+        return isNull(item);
+    provider->clear();
+    if (isNull(item))
+        return true;
+    const Array * const array = asArray(item);
+    if (array == nullptr)
+        return false;
+    for (unsigned int i = 0; i < array->getLength(); ++i)
+    {
+        qvbase::Reference<Item> element;
+        array->getItem(i, element);
+        Object * const source = asObject(element);
+        if (source == nullptr)
+            return false;
+        JSONSerializable * const target = provider->createElement();
+        if (target == nullptr)
+            return false;
+        if (!target->fromJson(source))
+        {
+            provider->removeLastElement();
+            return false;
+        }
+    }
+    return true;
+}
+
+bool fillRefObj(Item * item, const RefObjPointer & object)
+{
+    if (isNull(item))
+        return true;
+    Object * const source = asObject(item);
+    if (source == nullptr || object == nullptr)
+        return false;
+    JSONSerializable * const target = object->createObject();
+    return target != nullptr && target->fromJson(source);
+}
+
+} // namespace
+
+bool JSONSerializable::fromItem(const JSONField & field, Item * item)
+{
+    switch (field.type)
+    {
+    case FieldBool:
+        return item != nullptr && item->getBool(targetOf<bool>(field));
+    case FieldInt:
+        return item != nullptr && item->getInt(targetOf<int>(field));
+    case FieldULong:
+    case FieldInt64:
+        // Kept: these members are left as they are on this route.
+        return true;
+    case FieldString:
+        return item != nullptr && item->getString(targetOf<Vontal::u8string>(field));
+    case FieldStringSet:
+        return fillSet(item, field);
+    case FieldStringVector:
+        return fillVector<Vontal::u8string>(item, field, &Array::getString);
+    case FieldIntVector:
+        return fillVector<int>(item, field, &Array::getInt);
+    case FieldInt64Vector:
+        return fillVector<std::int64_t>(item, field, &Array::getInt64);
+    case FieldTree:
+        return fillTree(item, field);
+    case FieldRawObject:
+        return fillRawObject(item, holderOf(field));
+    case FieldReferencedObject:
+        return fillReferencedObject(item, holderOf(field));
+    case FieldObjectVector:
+        return fillObjectVector(item, holderOf(field));
+    case FieldArrayProvider:
+        return fillProvider(item, providerOf(field));
+    case FieldRefObj:
+        return fillRefObj(item, refObjOf(field));
+    default:
+        return false;
+    }
+}
+
+bool JSONSerializable::fromJson(Object * object)
+{
+    if (object == nullptr)
+        return false;
+    jsonFieldsDeclare();
+    for (const auto & field : m_fields)
+    {
+        qvbase::Reference<Item> item;
+        if (!object->getItem(field->key, item) || !fromItem(*field, item))
+            return false;
+    }
+    return onParseEnd();
+}
+
+bool JSONSerializable::toJson(Vontal::u8string & text)
+{
+    std::ostringstream stream;
+    if (!toJson(&stream))
+        return false;
+    text = std::move(stream).str();
+    return true;
+}
+
+bool JSONSerializable::toJson(std::basic_ostream<char> * stream)
+{
+    qvbase::Reference<JSONPrinter> printer;
+    return jsonPrinterFactory(stream, printer) && toJson(printer, true);
+}
+
+bool JSONSerializable::toJson(JSONPrinter * printer, bool wrap)
+{
+    if (printer == nullptr)
+        return false;
+    jsonFieldsDeclare();
+    if (wrap && !printer->printObjectBegin())
+        return false;
+    for (const auto & field : m_fields)
+    {
+        if (!printer->printKey(field->key) || !print(*field, *printer))
+            return false;
+    }
+    return !wrap || printer->printObjectEnd();
+}
+
+namespace
+{
+
+template <class Number>
+bool printNumber(JSONPrinter & printer, Number value)
+{
+    const Vontal::Decimal digits(value);
+    return printer.printNumber(Vontal::u8string(digits.text().data(), digits.text().size()));
+}
+
+template <class List, class Print>
+bool printList(JSONPrinter & printer, const List & list, Print printElement)
+{
+    if (!printer.printArrayBegin())
+        return false;
+    for (const auto & element : list)
+    {
+        if (!printElement(element))
+            return false;
+    }
+    return printer.printArrayEnd();
+}
+
+bool printObject(JSONPrinter & printer, JSONSerializable * object)
+{
+    return object == nullptr ? printer.printNull() : object->toJson(&printer, true);
+}
+
+bool printProvider(JSONPrinter & printer, const ArrayProviderPointer & provider)
+{
+    if (provider == nullptr)
+        return printer.printNull();
+    if (!printer.printArrayBegin())
+        return false;
+    const unsigned int size = provider->getSize();
+    for (unsigned int i = 0; i < size; ++i)
+    {
+        qvbase::Reference<JSONSerializable> element;
+        if (!provider->getElement(i, element) || !printObject(printer, element))
+            return false;
+    }
+    return printer.printArrayEnd();
+}
+
+} // namespace
+
+bool JSONSerializable::print(const JSONField & field, JSONPrinter & printer)
+{
+    const auto printText = [&printer](const Vontal::u8string & text)
+    {
+        return printer.printString(text);
+    };
+    const auto printDigits = [&printer](auto value)
+    {
+        return printNumber(printer, value);
+    };
+    switch (field.type)
+    {
+    case FieldBool:
+        return printer.printBool(targetOf<bool>(field));
+    case FieldInt:
+        return printDigits(targetOf<int>(field));
+    case FieldULong:
+        return printDigits(loadNumber<Vontal::ulong32>(field.target));
+    case FieldInt64:
+        return printDigits(targetOf<std::int64_t>(field));
+    case FieldString:
+        return printText(targetOf<Vontal::u8string>(field));
+    case FieldStringSet:
+        return printList(printer, targetOf<std::set<Vontal::u8string>>(field), printText);
+    case FieldStringVector:
+        return printList(printer, targetOf<std::vector<Vontal::u8string>>(field), printText);
+    case FieldIntVector:
+        return printList(printer, targetOf<std::vector<int>>(field), printDigits);
+    case FieldInt64Vector:
+        return printList(printer, targetOf<std::vector<std::int64_t>>(field), printDigits);
+    case FieldTree:
+    {
+        const qvbase::Reference<Object> & tree = targetOf<qvbase::Reference<Object>>(field);
+        return tree.get() == nullptr ? printer.printNull() : printer.printItem(tree);
+    }
+    case FieldRawObject:
+        return printObject(printer, rawObjectOf(holderOf(field)));
+    case FieldReferencedObject:
+        return printObject(printer, referencedObjectOf(holderOf(field)));
+    case FieldObjectVector:
+        if (holderOf(field).member == nullptr)
+            return printer.printNull();
+        return printList(printer, objectVectorOf(holderOf(field)),
+            [&printer](const auto & element) { return printObject(printer, element); });
+    case FieldArrayProvider:
+        return printProvider(printer, providerOf(field));
+    case FieldRefObj:
+    {
+        const RefObjPointer & object = refObjOf(field);
+        return printObject(printer, object == nullptr ? nullptr : object->get());
+    }
+    default:
+        return false;
+    }
+}
+
+} // namespace qvjson

@@ -1,0 +1,84 @@
+/// @internal
+/// @file
+/// The scanner's buffer for the text of one event.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace qvjson
+{
+
+/// A growing run of bytes. It asks for memory without exceptions, since to the scanner a want of memory is a
+/// failure like any other.
+class TextBuffer
+{
+public:
+    /// Room that stands ready behind the fill at all times, so that short writes need no test.
+    static constexpr std::size_t slack = 32;
+
+    /// Takes the first memory. @return false if there is none.
+    bool open() noexcept
+    {
+        return resize(4096);
+    }
+
+    char * data() noexcept
+    {
+        return m_bytes.get();
+    }
+    std::size_t size() const noexcept
+    {
+        return m_fill;
+    }
+    void clear() noexcept
+    {
+        m_fill = 0;
+    }
+    /// Where the next byte goes.
+    char * end() noexcept
+    {
+        return m_bytes.get() + m_fill;
+    }
+    /// Counts bytes that were written at the end, at most `slack` of them since the last `restoreSlack`.
+    void advance(std::size_t count) noexcept
+    {
+        m_fill += count;
+    }
+    /// Takes bytes back.
+    void drop(std::size_t count) noexcept
+    {
+        m_fill -= count;
+    }
+    /// Sees to it that the slack is there. @return false if there is no memory for it.
+    bool restoreSlack() noexcept
+    {
+        return m_capacity - m_fill >= slack || resize(2 * m_capacity);
+    }
+    /// Writes a zero byte behind the text, without counting it. There is slack for it.
+    void terminate() noexcept
+    {
+        *end() = '\0';
+    }
+
+private:
+    bool resize(std::size_t capacity) noexcept
+    {
+        std::unique_ptr<char[]> larger(new (std::nothrow) char[capacity]);
+        if (!larger)
+            return false;
+        if (m_fill != 0)
+            std::memcpy(larger.get(), m_bytes.get(), m_fill);
+        m_bytes = std::move(larger);
+        m_capacity = capacity;
+        return true;
+    }
+
+    std::unique_ptr<char[]> m_bytes;
+    std::size_t m_fill = 0;
+    std::size_t m_capacity = 0;
+};
+
+} // namespace qvjson
