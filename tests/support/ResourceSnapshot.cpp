@@ -5,8 +5,8 @@
 #include <ostream>
 
 #ifdef _WIN32
-#include <tlhelp32.h>
 #include <windows.h>
+#include <tlhelp32.h>
 #else
 #include <dirent.h>
 #endif
