@@ -63,6 +63,12 @@ TEST(TrimSourcePath, LeavesEveryOtherPathAlone)
         {"two slashes within the root", "C:/Mirsa//Vontal/vontal.git/a.cpp", nullptr},
         {"the root in the middle", "/C:/Mirsa/Vontal/vontal.git/a.cpp", nullptr},
         {"another drive", "D:/Mirsa/Vontal/vontal.git/a.cpp", nullptr},
+        {"a character 32 below the point is not folded to it", "C:/Mirsa/Vontal/vontal\x0Egit/a.cpp",
+            nullptr},
+        {"a character 32 below the colon is not folded to it", "C\x1A/Mirsa/Vontal/vontal.git/a.cpp",
+            nullptr},
+        {"a letter that is not ASCII", "C:/M\xC4\xB1rsa/Vontal/vontal.git/a.cpp", nullptr},
+        {"both roots with parts exchanged", "C:/Mirsa/Vontal/vontal.release64/a.cpp", nullptr},
     };
     for (const Row & row : others)
     {
