@@ -6,6 +6,9 @@
 /// defines `VONTALBASE_BUILDING`.
 #pragma once
 
+/// @def VONTALBASE_API
+/// Marks what the shared library exports; empty where there is none.
+
 #if defined(VONTALBASE_STATIC)
 #define VONTALBASE_API
 #elif defined(_WIN32)

@@ -97,10 +97,10 @@ struct Holdings
     friend bool operator==(const Holdings &, const Holdings &) = default;
 };
 
-/// A thread that the scenario let go may need a moment to give its things back.
-Holdings takeWhenSettled(const Holdings & expected)
+/// The present holdings, as soon as they are the expected ones or when the time is up.
+Holdings takeWhenSettled(const Holdings & expected, std::chrono::milliseconds settling)
 {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    const auto limit = std::chrono::steady_clock::now() + settling;
     Holdings holdings = Holdings::take();
     while (holdings != expected && std::chrono::steady_clock::now() < limit)
     {
@@ -180,7 +180,7 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
         ADD_FAILURE() << "the scenario failed " << describe(fault);
         return run;
     }
-    const Holdings after = losses == Losses::Forbidden ? takeWhenSettled(before) : before;
+    const Holdings after = losses == Losses::Forbidden ? takeWhenSettled(before, options.settling) : before;
     run.good = true;
     const auto complain = [&](const std::string & text)
     {

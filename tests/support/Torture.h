@@ -20,6 +20,7 @@
 
 #include "support/FailingAllocator.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -64,6 +65,8 @@ struct TortureOptions
     AllocatingThreads threads = AllocatingThreads::Calling;
     /// A scenario with more faults than this fails the test, since it would not come to an end.
     std::uint64_t mostFaults = 100'000;
+    /// How long a thread that a run let go may take to give its things back.
+    std::chrono::milliseconds settling{2'000};
 };
 
 /// What was done.

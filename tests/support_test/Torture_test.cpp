@@ -14,6 +14,7 @@
 namespace
 {
 
+using namespace std::chrono_literals;
 using platform::GateAnswer;
 using testsupport::Fault;
 using testsupport::torture;
@@ -121,7 +122,7 @@ void loseMemoryOnFailure()
             }
             delete block;
         },
-        {.failAllocations = false});
+        {.failAllocations = false, .settling = 20ms});
 }
 
 TEST(Torture, FindsALeakThatOnlyAFaultBringsOut)
@@ -147,7 +148,7 @@ void loseDescriptorOnFailure()
             }
             std::fclose(file);
         },
-        {.failAllocations = false});
+        {.failAllocations = false, .settling = 20ms});
     if (lostFile != nullptr)
         std::fclose(lostFile);
     directory.remove("file");

@@ -59,7 +59,7 @@ def main():
             ours += 1
         elif component in ("std", "__gnu_cxx", "__cxxabiv1") and kind in "WVu":
             pass  # the compiler's copy of a template of the standard library
-        elif symbol.startswith(("__odr_asan", "__asan", "__tsan", "__ubsan", "__gcov", "__llvm")):
+        elif symbol == "mangle_path" or symbol.startswith(("__odr_asan", "__asan", "__gcov")):
             pass  # a sanitizer's or counter's own
         else:
             strange.append(symbol)
