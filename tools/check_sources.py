@@ -9,7 +9,10 @@
    private if one of its first five lines is "/// @internal".
 3. The house itself never includes VontalBase/VontalBase.h, which is for applications.
 4. Headers form no circle.
-5. The two halves of the platform have the same file names.
+5. The two halves of the platform have the same file names, but for those that begin with "com" or "xml": what
+   they hold is built into the other system.
+6. Every header says what it is: one of its first five lines is "/// @file". What is in a header without it would
+   be missing from the manual without a word.
 """
 
 import pathlib
@@ -28,9 +31,10 @@ SYSTEM_HEADER = re.compile(
 STANDARD = {"semaphore"}  # of the system only with its .h
 
 
-def is_private(path):
+def opens_with(path, wanted):
+    """True if one of the first five lines of a file is exactly this one."""
     with open(path, encoding="utf-8") as file:
-        return any(line.rstrip("\n") == "/// @internal" for _, line in zip(range(5), file))
+        return any(line.rstrip("\n") == wanted for _, line in zip(range(5), file))
 
 
 def included(path):
@@ -70,7 +74,7 @@ def main():
     library = root / "VontalBase"
     files = sorted(p for p in library.rglob("*") if p.suffix in (".h", ".cpp"))
     headers = {p.relative_to(root).as_posix(): p for p in files if p.suffix == ".h"}
-    private = {name for name, path in headers.items() if is_private(path)}
+    private = {name for name, path in headers.items() if opens_with(path, "/// @internal")}
     complaints = []
 
     for path in files:
@@ -90,6 +94,10 @@ def main():
             if name in headers and name not in private and target in private:
                 complaints.append(f"{name}:{number}: a public header includes a private one, {target}")
 
+    for name, path in headers.items():
+        if not opens_with(path, "/// @file"):
+            complaints.append(f"{name}:1: the header does not say what it is, with /// @file")
+
     circle = find_circle({name: [target for _, _, target in included(path)]
                           for name, path in headers.items()})
     if circle:
@@ -97,8 +105,7 @@ def main():
 
     halves = [{p.name for p in (library / "platform" / half).glob("*.cpp")} for half in ("posix", "windows")]
     for name in sorted(halves[0] ^ halves[1]):
-        # What only one half needs stands beside com.h: the other system has it built in.
-        if not name.startswith("xml") and not name.startswith("com"):
+        if not name.startswith(("com", "xml")):
             here, there = ("posix", "windows") if name in halves[0] else ("windows", "posix")
             complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
 
