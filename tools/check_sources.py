@@ -6,7 +6,7 @@
 1. Outside VontalBase/platform/ and VontalBase/export.h the library knows no operating system: no
    condition on one in the preprocessor, and none of its headers.
 2. A public header includes no private one, since private headers are not installed. A header is
-   private if one of its first five lines is "/// @internal".
+   private if one of its first five lines is "/// @internal", or if it is within a half of the platform.
 3. The house itself never includes VontalBase/VontalBase.h, which is for applications.
 4. Headers form no circle.
 5. The two halves of the platform have the same file names, but for those that begin with "com" or "xml": what
@@ -29,6 +29,8 @@ SYSTEM_HEADER = re.compile(
     r"|unistd|fcntl|pthread|dirent|dlfcn|poll|spawn|signal|langinfo|fnmatch|glob|pwd|grp|netdb|semaphore"
     r"|(sys|linux|arpa|netinet|libxml|libxslt|openssl)/.*)(\.h)?", re.IGNORECASE)
 STANDARD = {"semaphore"}  # of the system only with its .h
+
+HALF = re.compile(r"VontalBase/platform/(posix|windows)/")
 
 
 def opens_with(path, wanted):
@@ -74,7 +76,8 @@ def main():
     library = root / "VontalBase"
     files = sorted(p for p in library.rglob("*") if p.suffix in (".h", ".cpp"))
     headers = {p.relative_to(root).as_posix(): p for p in files if p.suffix == ".h"}
-    private = {name for name, path in headers.items() if opens_with(path, "/// @internal")}
+    private = {name for name, path in headers.items()
+               if HALF.match(name) or opens_with(path, "/// @internal")}
     complaints = []
 
     for path in files:

@@ -28,7 +28,7 @@
 namespace
 {
 
-constexpr int exitUnavailable = 77;
+[[maybe_unused]] constexpr int exitUnavailable = 77;
 constexpr int exitBadSurroundings = 76;
 
 /// 0, or the code to end the program with.
