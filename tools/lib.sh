@@ -15,7 +15,7 @@ packages_windows=(g++-mingw-w64-x86-64-posix wine64)
 packages_bench=(python3 libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev libboost-json1.81-dev
     libicu-dev)
 # clang 14, which Debian calls "clang", has no std::source_location.
-packages_fuzz=(clang-16 libclang-rt-16-dev cmake ninja-build)
+packages_fuzz=(clang-16 libclang-rt-16-dev llvm-16)
 packages_lint=(clang-tidy-16 python3)
 packages_format=(clang-format)
 packages_coverage=(gcovr)
