@@ -17,7 +17,7 @@ constexpr std::size_t smallStack = std::size_t{64} * 1024;
 /// thread at least 1 MiB.
 void runOnSmallStack(const std::function<void()> & function, std::size_t stackSize = smallStack);
 
-/// What the calling thread's stack has in fact, in bytes. For the test of this helper.
+/// What the calling thread's stack has in fact, in bytes. For the test of this file.
 std::size_t stackSizeOfThisThread();
 
 } // namespace testsupport
