@@ -18,7 +18,8 @@ namespace qvjson
 /// to speak of, so that nodes pack.
 ///
 /// Its last byte is the length of a text held within, or a mark: then the first eight bytes are the
-/// address of the text, and the next seven its length.
+/// address of the text, and the next seven its length. A text that it only borrows is never freed; copies
+/// and moves own what they get.
 template <std::size_t Capacity>
 class CompactText
 {
@@ -33,24 +34,29 @@ public:
     CompactText(const CompactText & other) : CompactText(other.view())
     {
     }
-    CompactText(CompactText && other) noexcept : m_bytes(std::exchange(other.m_bytes, {}))
+    CompactText(CompactText && other)
     {
+        if (other.m_bytes.back() == borrowedMark)
+            store(other.view());
+        else
+            std::swap(m_bytes, other.m_bytes);
     }
-    CompactText & operator=(const CompactText & other)
-    {
-        if (this != &other)
-            *this = CompactText(other.view());
-        return *this;
-    }
-    CompactText & operator=(CompactText && other) noexcept
+    CompactText & operator=(CompactText other)
     {
         std::swap(m_bytes, other.m_bytes);
         return *this;
     }
     ~CompactText()
     {
-        if (isOutside())
+        if (m_bytes.back() == ownedMark)
             delete[] outsideText();
+    }
+
+    /// Takes the place of a text within; `text` must outlive it.
+    void borrow(std::string_view text) noexcept
+    {
+        *this = CompactText();
+        point(text.data(), text.size(), borrowedMark);
     }
 
     std::string_view view() const noexcept
@@ -65,13 +71,33 @@ public:
         return m_bytes.back() == 0;
     }
 
+    /// The first eight bytes as a number whose order is that of the texts, as far as they go.
+    std::uint64_t prefix() const noexcept
+    {
+        const std::string_view text = view();
+        std::array<unsigned char, 8> bytes = {};
+        std::memcpy(bytes.data(), text.data(), text.size() < bytes.size() ? text.size() : bytes.size());
+        std::uint64_t number = 0;
+        for (const unsigned char byte : bytes)
+            number = number << 8 | byte;
+        return number;
+    }
+
 private:
-    static constexpr unsigned char outsideMark = 0xFF;
-    static_assert(Capacity >= 16 && Capacity < outsideMark);
+    static constexpr unsigned char ownedMark = 0xFF;
+    static constexpr unsigned char borrowedMark = 0xFE;
+    static_assert(Capacity >= 16 && Capacity < borrowedMark);
 
     bool isOutside() const noexcept
     {
-        return m_bytes.back() == outsideMark;
+        return m_bytes.back() >= borrowedMark;
+    }
+
+    void point(const char * text, std::uint64_t size, unsigned char mark) noexcept
+    {
+        std::memcpy(m_bytes.data(), &text, sizeof(text));
+        std::memcpy(m_bytes.data() + sizeof(text), &size, 7);
+        m_bytes.back() = mark;
     }
 
     char * outsideText() const noexcept
@@ -98,10 +124,7 @@ private:
         }
         char * const outside = new char[text.size()];
         std::memcpy(outside, text.data(), text.size());
-        const std::uint64_t size = text.size();
-        std::memcpy(m_bytes.data(), &outside, sizeof(outside));
-        std::memcpy(m_bytes.data() + sizeof(outside), &size, 7);
-        m_bytes.back() = outsideMark;
+        point(outside, text.size(), ownedMark);
     }
 
     std::array<unsigned char, Capacity> m_bytes = {};

@@ -7,12 +7,14 @@
 #pragma once
 
 #include "VontalBase/json/ModeStack.h"
+#include "VontalBase/json/StringBlock.h"
 #include "VontalBase/json/TextBuffer.h"
 #include "VontalBase/text/utf.h"
 
 #include <bit>
 #include <cstdint>
 #include <emmintrin.h>
+#include <string_view>
 #include <utility>
 
 namespace qvjson
@@ -48,24 +50,9 @@ constexpr unsigned int hexValue(unsigned char byte) noexcept
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : 16;
 }
 
-/// How many continuation bytes a lead byte of 0x80 and above announces, or -1 where it is none. Form only:
-/// overlong forms and sequences of five and six bytes pass.
-constexpr int continuationBytes(unsigned char lead) noexcept
-{
-    if (lead < 0xC0 || lead >= 0xFE)
-        return -1;
-    if (lead < 0xE0)
-        return 1;
-    if (lead < 0xF0)
-        return 2;
-    if (lead < 0xF8)
-        return 3;
-    return lead < 0xFC ? 4 : 5;
-}
-
 /// Scans one text. The sink has an operation for each event, which answers whether to go on: `beginArray`,
 /// `beginObject`, `endArray`, `endObject`, `real`, `boolean(bool)`, `null`, and with the text
-/// `integer(data, size)`, `string(data, size)`, `key(data, size)`.
+/// `integer(text)`, `string(text)`, `key(text)`, each a view of bytes with a zero byte behind it.
 template <class Sink>
 class JSONScanner
 {
@@ -81,7 +68,7 @@ public:
     }
 
     /// Scans the whole text. @return false if it was refused, by the scanner or by the sink.
-    bool scan(const char * data, std::size_t size);
+    bool scan(std::string_view text);
 
 private:
     /// Where the scan stands between two tokens, or how it ended.
@@ -126,7 +113,6 @@ private:
     Piece escape();
     Piece unicodeEscape();
     Piece hexUnit(unsigned int & unit);
-    Piece multibyte();
     Piece digits();
     bool flush();
     void skipWhite() noexcept;
@@ -139,6 +125,14 @@ private:
     {
         *m_text.end() = static_cast<char>(byte);
         m_text.advance(1);
+    }
+    /// The text of an event, with a zero byte behind it, valid until the next byte is written.
+    std::string_view takeText() noexcept
+    {
+        m_text.terminate();
+        const std::string_view text(m_text.data(), m_text.size());
+        m_text.clear();
+        return text;
     }
     Piece madeRoom() noexcept
     {
@@ -158,10 +152,10 @@ private:
 };
 
 template <class Sink>
-bool JSONScanner<Sink>::scan(const char * data, std::size_t size)
+bool JSONScanner<Sink>::scan(std::string_view text)
 {
-    m_p = reinterpret_cast<const unsigned char *>(data);
-    m_end = m_p + size;
+    m_p = reinterpret_cast<const unsigned char *>(text.data());
+    m_end = m_p + text.size();
     State state = State::Top;
     while (state != State::Refused && state != State::EndOfText)
     {
@@ -315,13 +309,11 @@ inline bool JSONScanner<Sink>::flush()
     const Pending pending = std::exchange(m_pending, Pending::None);
     if (pending == Pending::None)
         return true;
-    m_text.terminate();
-    const std::size_t size = m_text.size();
-    m_text.clear();
+    const std::string_view text = takeText();
     switch (pending)
     {
     case Pending::Integer:
-        return m_sink.integer(m_text.data(), size);
+        return m_sink.integer(text);
     case Pending::Real:
         return m_sink.real();
     case Pending::Null:
@@ -431,71 +423,41 @@ inline typename JSONScanner<Sink>::State JSONScanner<Sink>::string(bool isKey)
             if (*m_p == '\\')
                 piece = escape();
             else
-                piece = *m_p >= 0x80 ? multibyte() : Piece::Refused;
+                piece = Piece::Refused;
         }
         if (piece != Piece::Whole)
             return ended(piece);
     }
     ++m_p;
-    m_text.terminate();
-    const std::size_t size = m_text.size();
-    m_text.clear();
+    const std::string_view text = takeText();
     if (isKey)
-        return m_sink.key(m_text.data(), size) ? State::Colon : State::Refused;
-    return m_sink.string(m_text.data(), size) ? State::AfterValue : State::Refused;
+        return m_sink.key(text) ? State::Colon : State::Refused;
+    return m_sink.string(text) ? State::AfterValue : State::Refused;
 }
 
-/// Copies bytes up to a quote, a backslash, a control character or a byte beyond ASCII.
+/// Copies bytes up to a quote, a backslash or a control character, and checks the form of their UTF-8.
 template <class Sink>
 inline typename JSONScanner<Sink>::Piece JSONScanner<Sink>::ordinaryBytes()
 {
-    const __m128i quote = _mm_set1_epi8('"');
-    const __m128i backslash = _mm_set1_epi8('\\');
-    const __m128i space = _mm_set1_epi8(' ');
-    while (m_end - m_p >= 16)
+    unsigned int due = 0;
+    for (;;)
     {
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_p));
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(m_text.end()), bytes);
-        // As signed numbers, the bytes beyond ASCII are below the space as well.
-        const __m128i special = _mm_or_si128(_mm_cmplt_epi8(bytes, space),
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)));
-        const unsigned int mask = static_cast<unsigned int>(_mm_movemask_epi8(special));
-        const unsigned int count = mask == 0 ? 16U : static_cast<unsigned int>(std::countr_zero(mask));
+        const std::size_t left = static_cast<std::size_t>(m_end - m_p);
+        const StringBlock block(m_p, left);
+        block.store(m_text.end());
+        const unsigned int count = block.ordinaryBytes();
+        const bool isWhole = count == left;
+        if (!block.hasForm(isWhole ? count : count + 1, due))
+            return Piece::Refused;
         m_text.advance(count);
         m_p += count;
         if (!m_text.restoreSlack())
             return Piece::Refused;
-        if (mask != 0)
-            return Piece::Whole;
-    }
-    for (; !atEnd(); ++m_p)
-    {
-        const unsigned char byte = *m_p;
-        if (byte < ' ' || byte >= 0x80 || byte == '"' || byte == '\\')
-            return Piece::Whole;
-        push(byte);
-        if (!m_text.restoreSlack())
-            return Piece::Refused;
-    }
-    return Piece::EndOfText;
-}
-
-template <class Sink>
-typename JSONScanner<Sink>::Piece JSONScanner<Sink>::multibyte()
-{
-    const int following = continuationBytes(*m_p);
-    if (following < 0)
-        return Piece::Refused;
-    push(*m_p++);
-    for (int i = 0; i < following; ++i)
-    {
-        if (atEnd())
+        if (isWhole)
             return Piece::EndOfText;
-        if ((*m_p & 0xC0U) != 0x80)
-            return Piece::Refused;
-        push(*m_p++);
+        if (count != StringBlock::size)
+            return Piece::Whole;
     }
-    return madeRoom();
 }
 
 template <class Sink>

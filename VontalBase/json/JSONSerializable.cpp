@@ -175,7 +175,7 @@ bool JSONSerializable::parserEndChildObject(JSONParserAcceptor *)
     case FieldTree:
     {
         const std::shared_ptr<JSONTreeParser> parser = std::exchange(m_childParser, nullptr);
-        if (parser == nullptr || parser->root() == nullptr || parser->root()->getType() != TypeObject)
+        if (parser == nullptr || parser->root().get() == nullptr || parser->root()->getType() != TypeObject)
             return false;
         targetOf<qvbase::Reference<Object>>(*m_field) = static_cast<Object *>(parser->root().get());
         clearField();

@@ -1,68 +1,19 @@
 #include "VontalBase/json/JSONTreeParser.h"
 
-#include "VontalBase/core/ReferencedImpl.h"
-#include "VontalBase/json/Array.h"
-#include "VontalBase/json/Object.h"
-#include "VontalBase/json/ValueBool.h"
-#include "VontalBase/json/ValueInt.h"
-#include "VontalBase/json/ValueNull.h"
-#include "VontalBase/json/ValueString.h"
-#include "VontalBase/json/containers.h"
+#include "VontalBase/json/TreeBuilder.h"
 
 namespace qvjson
 {
 
-namespace
+JSONTreeParser::JSONTreeParser() : m_builder(std::make_unique<TreeBuilder>())
 {
-
-template <class Node>
-using NodeReference = qvbase::Reference<qvbase::ReferencedImpl<Node>>;
-
-template <class Node>
-NodeReference<Node> makeNode()
-{
-    return new qvbase::ReferencedImpl<Node>;
 }
 
-} // namespace
-
-JSONTreeParser::~JSONTreeParser()
-{
-    m_open.clear();
-}
-
-bool JSONTreeParser::attach(Item * item)
-{
-    if (m_root == nullptr)
-    {
-        m_root = item;
-        return true;
-    }
-    if (m_open.empty())
-        return false;
-    Item & container = *m_open.back();
-    if (container.getType() == TypeObject)
-        return static_cast<Object &>(container).add(item);
-    static_cast<Array &>(container).add(item);
-    return true;
-}
+JSONTreeParser::~JSONTreeParser() = default;
 
 JSONParserAcceptor * JSONTreeParser::parserBeginObject()
 {
-    const NodeReference<Object> object = makeNode<Object>();
-    if (!attach(object))
-        return nullptr;
-    m_open.emplace_back(object);
-    return this;
-}
-
-bool JSONTreeParser::parserBeginArray()
-{
-    const NodeReference<Array> array = makeNode<Array>();
-    if (!attach(array))
-        return false;
-    m_open.emplace_back(array);
-    return true;
+    return m_builder->beginObject() ? this : nullptr;
 }
 
 bool JSONTreeParser::parserEndChildObject(JSONParserAcceptor *)
@@ -70,59 +21,49 @@ bool JSONTreeParser::parserEndChildObject(JSONParserAcceptor *)
     return true;
 }
 
-bool JSONTreeParser::endContainer(Type type)
-{
-    if (m_open.empty() || m_open.back()->getType() != type)
-        return false;
-    m_open.pop_back();
-    return true;
-}
-
 bool JSONTreeParser::parserEndObject()
 {
-    return endContainer(TypeObject);
-}
-
-bool JSONTreeParser::parserEndArray()
-{
-    return endContainer(TypeArray);
+    return m_builder->endObject();
 }
 
 bool JSONTreeParser::parseKey(Vontal::u8string const & key)
 {
-    return takeKey(key);
-}
-
-bool JSONTreeParser::takeKey(std::string_view key)
-{
-    if (m_open.empty() || m_open.back()->getType() != TypeObject)
-        return false;
-    return TreeAccess::setPendingKey(static_cast<Object &>(*m_open.back()), key);
+    return m_builder->key(key);
 }
 
 bool JSONTreeParser::parseInt(char const * text, unsigned int length)
 {
-    const NodeReference<ValueInt> value = makeNode<ValueInt>();
-    return value->parseInt(text, length) && attach(value);
+    return m_builder->integer({text, length});
 }
 
 bool JSONTreeParser::parseString(char const * text, unsigned int length)
 {
-    const NodeReference<ValueString> value = makeNode<ValueString>();
-    value->set(text, length);
-    return attach(value);
+    return m_builder->string({text, length});
 }
 
-bool JSONTreeParser::parseBool(bool isTrue)
+bool JSONTreeParser::parseBool(bool value)
 {
-    const NodeReference<ValueBool> value = makeNode<ValueBool>();
-    value->set(isTrue);
-    return attach(value);
+    return m_builder->boolean(value);
 }
 
 bool JSONTreeParser::parseNull()
 {
-    return attach(makeNode<ValueNull>());
+    return m_builder->null();
+}
+
+bool JSONTreeParser::parserBeginArray()
+{
+    return m_builder->beginArray();
+}
+
+bool JSONTreeParser::parserEndArray()
+{
+    return m_builder->endArray();
+}
+
+const qvbase::Reference<Item> & JSONTreeParser::root()
+{
+    return m_builder->root();
 }
 
 } // namespace qvjson

@@ -7,23 +7,24 @@
 #include "VontalBase/json/Item.h"
 #include "VontalBase/json/JSONParserAcceptor.h"
 
-#include <string_view>
-#include <vector>
+#include <memory>
 
 namespace qvjson
 {
 
+class TreeBuilder;
+
 /// Builds a tree from the events of a parse: the first object or array becomes the root.
 ///
 /// An integer beyond 64 bits is refused. Where a key comes twice, the later value stands. A value behind an
-/// empty key is refused. It serves one parse.
-class VONTALBASE_API JSONTreeParser final : public JSONParserAcceptor
+/// empty key is refused, and so is a second root. It serves one parse.
+class VONTALBASE_API JSONTreeParser : public JSONParserAcceptor
 {
 public:
-    JSONTreeParser() = default;
+    JSONTreeParser();
     JSONTreeParser(const JSONTreeParser &) = delete;
     JSONTreeParser & operator=(const JSONTreeParser &) = delete;
-    /// Lets the open containers and then the root go.
+    /// Lets what is open and then the root go.
     virtual ~JSONTreeParser();
 
     JSONParserAcceptor * parserBeginObject() override;
@@ -37,22 +38,11 @@ public:
     bool parserBeginArray() override;
     bool parserEndArray() override;
 
-    /// Does what `parseKey` does.
-    bool takeKey(std::string_view key);
-
-    /// The tree so far, or null.
-    const qvbase::Reference<Item> & root() const noexcept
-    {
-        return m_root;
-    }
+    /// The tree, or null as long as nothing has begun. Containers that have not ended hold what came by now.
+    const qvbase::Reference<Item> & root();
 
 private:
-    bool attach(Item * item);
-    bool endContainer(Type type);
-
-    qvbase::Reference<Item> m_root;
-    /// The containers now open, the innermost last.
-    std::vector<qvbase::Reference<Item>> m_open;
+    std::unique_ptr<TreeBuilder> m_builder;
 };
 
 } // namespace qvjson

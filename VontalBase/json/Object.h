@@ -90,7 +90,7 @@ protected:
 private:
     friend struct TreeAccess;
 
-    using Key = CompactText<16>;
+    using Key = CompactText<24>;
 
     void put(Key && key, Item * item);
     bool setPendingKey(std::string_view key);

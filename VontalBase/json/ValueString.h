@@ -17,9 +17,9 @@ class VONTALBASE_API ValueString : public Item
 {
 public:
     ValueString(const ValueString &) = default;
-    ValueString(ValueString &&) noexcept = default;
+    ValueString(ValueString &&) = default;
     ValueString & operator=(const ValueString &) = default;
-    ValueString & operator=(ValueString &&) noexcept = default;
+    ValueString & operator=(ValueString &&) = default;
 
     /// True if @p other is a string of the same bytes.
     bool equals(Item const * other) const override;
@@ -42,7 +42,9 @@ protected:
     ~ValueString() = default;
 
 private:
-    CompactText<24> m_text;
+    friend struct TreeAccess;
+
+    CompactText<20> m_text;
 };
 
 } // namespace qvjson

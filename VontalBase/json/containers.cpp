@@ -27,11 +27,6 @@ ItemBlock * allocateBlock(std::size_t capacity)
     return block;
 }
 
-void freeBlock(ItemBlock * block) noexcept
-{
-    ::operator delete(block);
-}
-
 /// Makes room for one more element. Elements move by copying their bytes.
 template <class Element>
 void makeRoom(ItemBlock *& block)
@@ -86,6 +81,14 @@ void growIntoMap(ItemBlock *& block)
 }
 
 } // namespace
+
+void freeBlock(ItemBlock * block) noexcept
+{
+    if (block != nullptr && block->chunkOffset != 0)
+        leaveChunkSoon(chunkOf(block, block->chunkOffset));
+    else
+        ::operator delete(block);
+}
 
 void appendItem(ItemBlock *& block, Item * item)
 {
@@ -158,11 +161,20 @@ ObjectCursor::ObjectCursor(const ItemBlock * block) noexcept : m_isLarge(isLarge
 namespace
 {
 
-/// The blocks that the calling thread still has to take apart, if it is about that. A container that dies
-/// meanwhile adds its block here in place of taking it apart within its own destructor.
+/// What the calling thread still has to take apart, if it is about that. A container that dies meanwhile
+/// adds its block here in place of taking it apart within its own destructor.
 struct DyingBlocks
 {
     ItemBlock * first = nullptr;
+    /// The chunk that was left last, and by how many users that it has not been told of yet.
+    NodeChunk * chunk = nullptr;
+    std::uint32_t users = 0;
+
+    void tellChunk() noexcept
+    {
+        if (users != 0)
+            leaveChunk(chunk, std::exchange(users, 0U));
+    }
 };
 
 thread_local DyingBlocks * dyingBlocks = nullptr;
@@ -213,7 +225,8 @@ void takeApartArray(ItemBlock * block) noexcept
         block->nextDying = std::exchange(dyingBlocks->first, block);
         return;
     }
-    DyingBlocks dying{block};
+    DyingBlocks dying;
+    dying.first = block;
     dyingBlocks = &dying;
     while (dying.first != nullptr)
     {
@@ -222,6 +235,23 @@ void takeApartArray(ItemBlock * block) noexcept
         takeApartOne(next);
     }
     dyingBlocks = nullptr;
+    dying.tellChunk();
+}
+
+void leaveChunkSoon(NodeChunk * chunk) noexcept
+{
+    DyingBlocks * const dying = dyingBlocks;
+    if (dying == nullptr)
+    {
+        leaveChunk(chunk, 1);
+        return;
+    }
+    if (dying->chunk != chunk)
+    {
+        dying->tellChunk();
+        dying->chunk = chunk;
+    }
+    ++dying->users;
 }
 
 void takeApartObject(ItemBlock * block) noexcept

@@ -5,7 +5,9 @@
 
 #include "VontalBase/json/Array.h"
 #include "VontalBase/json/CompactText.h"
+#include "VontalBase/json/NodeArena.h"
 #include "VontalBase/json/Object.h"
+#include "VontalBase/json/ValueString.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +17,7 @@
 namespace qvjson
 {
 
-using ObjectKey = CompactText<16>;
+using ObjectKey = CompactText<24>;
 
 /// The head of a block whose elements lie directly behind it: pointers for an array, sorted entries for an
 /// object. An object of many items has a `LargeBlock` in its place.
@@ -28,6 +30,8 @@ struct alignas(8) ItemBlock
     std::uint32_t size = 0;
     /// For how many elements there is room; `large` for a `LargeBlock`.
     std::uint32_t capacity = 0;
+    /// Where the block lies in the chunk of an arena; 0 for a block of its own.
+    std::uint32_t chunkOffset = 0;
 
     template <class Element>
     Element * elements() noexcept
@@ -128,6 +132,12 @@ void takeApartArray(ItemBlock * block) noexcept;
 /// Lets every item of an object's block go and frees the block. Depth costs no stack.
 void takeApartObject(ItemBlock * block) noexcept;
 
+/// Gives back the memory of a block whose elements are of no more concern; null is allowed.
+void freeBlock(ItemBlock * block) noexcept;
+
+/// Gives back one user's part of an arena's chunk, together with others while a tree is taken apart.
+void leaveChunkSoon(NodeChunk * chunk) noexcept;
+
 /// Compares two containers of one type. Depth costs no stack.
 bool equalContainers(const Item & a, const Item & b);
 
@@ -141,6 +151,24 @@ struct TreeAccess
     static const ItemBlock * block(const Object & object) noexcept
     {
         return object.m_items.contents();
+    }
+    static ItemBlock *& block(Array & array) noexcept
+    {
+        return array.m_items.contents();
+    }
+    static ItemBlock *& block(Object & object) noexcept
+    {
+        return object.m_items.contents();
+    }
+    /// Whether a string node holds such a text within itself.
+    static bool fitsWithin(std::string_view text) noexcept
+    {
+        return text.size() <= decltype(ValueString::m_text)::inlineCapacity;
+    }
+    /// Makes a string node show a text that it does not own.
+    static void borrowText(ValueString & value, std::string_view text) noexcept
+    {
+        value.m_text.borrow(text);
     }
     static bool setPendingKey(Object & object, std::string_view key)
     {

@@ -2,7 +2,7 @@
 
 #include "VontalBase/json/JSONScanner.h"
 #include "VontalBase/json/JSONSerializable.h"
-#include "VontalBase/json/JSONTreeParser.h"
+#include "VontalBase/json/TreeBuilder.h"
 #include "VontalBase/json/jsonparse.h"
 
 #include <limits>
@@ -16,149 +16,214 @@ namespace qvjson
 namespace
 {
 
-constexpr const char * sourceName = "qvjson";
-
-/// Adds an entry of the calling line to the record.
-void addFailure(VontalException & exception, const Vontal::u8string & text,
-    const std::source_location position = std::source_location::current())
-{
-    exception.add(sourceName, static_cast<int>(position.line()), text);
-}
-
-/// Adds an entry of the calling line to the record, whose text ends with what was refused.
+/// Adds an entry of the calling line to the record. Returns false, for the caller to return.
 bool refuse(VontalException & exception, std::string_view text, std::string_view refused = {},
     const std::source_location position = std::source_location::current())
 {
     Vontal::u8string whole;
     whole.append(text).append(refused);
-    addFailure(exception, whole, position);
+    exception.add("qvjson", static_cast<int>(position.line()), whole);
     return false;
 }
 
-/// Whether the interface can tell the length of a text of this size.
-constexpr bool isTellable(std::size_t size) noexcept
-{
-    return size <= std::numeric_limits<unsigned int>::max();
-}
-
-/// Turns the events of a scan into calls on a stack of acceptors.
-class Dispatcher
+/// Gives events to a stack of acceptors.
+class AcceptorStack
 {
 public:
-    Dispatcher(JSONParserAcceptor * acceptor, VontalException & exception)
-        : m_acceptors(1, acceptor), m_exception(exception)
+    explicit AcceptorStack(JSONParserAcceptor * acceptor) : m_acceptors(1, acceptor)
     {
     }
 
+    bool isEmpty() const noexcept
+    {
+        return m_acceptors.empty();
+    }
+    bool hasTop() const noexcept
+    {
+        return m_acceptors.back() != nullptr;
+    }
     bool beginArray()
     {
-        return hasAcceptor() &&
-               (top().parserBeginArray() || refuse(m_exception, "Failed to begin parse array"));
+        return top().parserBeginArray();
     }
-
     bool beginObject()
     {
-        if (!hasAcceptor())
-            return false;
         JSONParserAcceptor * const object = top().parserBeginObject();
         if (object == nullptr)
-            return refuse(m_exception, "Failed to create new object");
+            return false;
         m_acceptors.push_back(object);
         return true;
     }
-
     bool endArray()
     {
-        return hasAcceptor() &&
-               (top().parserEndArray() || refuse(m_exception, "Failed to finalize parsed array"));
+        return top().parserEndArray();
     }
-
     bool endObject()
     {
-        if (!hasAcceptor())
-            return false;
-        JSONParserAcceptor & object = top();
-        if (!object.parserEndObject())
-            return refuse(m_exception, "Failed to finalize object");
+        return top().parserEndObject();
+    }
+    /// Takes the object that has ended off, and tells the acceptor below.
+    bool endChildObject()
+    {
+        JSONParserAcceptor * const child = m_acceptors.back();
         m_acceptors.pop_back();
-        if (m_acceptors.empty() || top().parserEndChildObject(&object))
-            return true;
-        return refuse(m_exception, "Failed to finalize child object");
+        return m_acceptors.empty() || top().parserEndChildObject(child);
     }
-
-    bool integer(const char * text, std::size_t size)
+    bool integer(std::string_view digits)
     {
-        if (!hasAcceptor())
-            return false;
-        if (isTellable(size) && top().parseInt(text, static_cast<unsigned int>(size)))
-            return true;
-        return refuse(m_exception, "Failed to parse int: ", {text, size});
+        return isTellable(digits) && top().parseInt(digits.data(), static_cast<unsigned int>(digits.size()));
     }
-
-    /// Real numbers have no operation of the acceptor.
-    bool real()
+    bool string(std::string_view text)
     {
-        return hasAcceptor() && refuse(m_exception, "Unexpected parser state");
+        return isTellable(text) && top().parseString(text.data(), static_cast<unsigned int>(text.size()));
     }
-
-    bool string(const char * text, std::size_t size)
+    bool key(std::string_view text)
     {
-        if (!hasAcceptor())
-            return false;
-        if (isTellable(size) && top().parseString(text, static_cast<unsigned int>(size)))
-            return true;
-        return refuse(m_exception, "Failed to parse string: ", {text, size});
+        m_key.assign(text);
+        return top().parseKey(m_key);
     }
-
-    bool key(const char * text, std::size_t size)
-    {
-        if (!hasAcceptor())
-            return false;
-        m_key.assign(text, size);
-        return top().parseKey(m_key) || refuse(m_exception, "Failed to parse key: ", m_key);
-    }
-
     bool boolean(bool value)
     {
-        if (!hasAcceptor())
-            return false;
-        return top().parseBool(value) ||
-               refuse(m_exception, value ? "Failed to parse bool" : "Failed to parse false");
+        return top().parseBool(value);
     }
-
     bool null()
     {
-        return hasAcceptor() && (top().parseNull() || refuse(m_exception, "Failed to parse NULL"));
+        return top().parseNull();
     }
 
 private:
+    /// Whether the interface of an acceptor can tell the length of a text.
+    static constexpr bool isTellable(std::string_view text) noexcept
+    {
+        return text.size() <= std::numeric_limits<unsigned int>::max();
+    }
+
     JSONParserAcceptor & top() noexcept
     {
         return *m_acceptors.back();
     }
 
-    bool hasAcceptor()
-    {
-        if (m_acceptors.empty())
-            return refuse(m_exception, "No acceptor");
-        return m_acceptors.back() != nullptr || refuse(m_exception, "Empty acceptor");
-    }
-
     std::vector<JSONParserAcceptor *> m_acceptors;
     Vontal::u8string m_key;
+};
+
+/// Gives events to the builder of a tree, as if it were the one acceptor.
+class TreeReceiver : public TreeBuilder
+{
+public:
+    static constexpr bool isEmpty() noexcept
+    {
+        return false;
+    }
+    static constexpr bool hasTop() noexcept
+    {
+        return true;
+    }
+    static constexpr bool endChildObject() noexcept
+    {
+        return true;
+    }
+};
+
+/// Turns the events of a scan into calls of a receiver, and refusals into entries of the record.
+template <class Receiver>
+class Dispatcher
+{
+public:
+    Dispatcher(Receiver & receiver, VontalException & exception)
+        : m_receiver(receiver), m_exception(exception)
+    {
+    }
+
+    bool beginArray()
+    {
+        return isReady() && (m_receiver.beginArray() || refuse(m_exception, "Failed to begin parse array"));
+    }
+
+    bool beginObject()
+    {
+        return isReady() && (m_receiver.beginObject() || refuse(m_exception, "Failed to create new object"));
+    }
+
+    bool endArray()
+    {
+        return isReady() && (m_receiver.endArray() || refuse(m_exception, "Failed to finalize parsed array"));
+    }
+
+    bool endObject()
+    {
+        if (!isReady())
+            return false;
+        if (!m_receiver.endObject())
+            return refuse(m_exception, "Failed to finalize object");
+        return m_receiver.endChildObject() || refuse(m_exception, "Failed to finalize child object");
+    }
+
+    bool integer(std::string_view digits)
+    {
+        return isReady() &&
+               (m_receiver.integer(digits) || refuse(m_exception, "Failed to parse int: ", digits));
+    }
+
+    /// Nothing receives real numbers.
+    bool real()
+    {
+        return isReady() && refuse(m_exception, "Unexpected parser state");
+    }
+
+    bool string(std::string_view text)
+    {
+        return isReady() &&
+               (m_receiver.string(text) || refuse(m_exception, "Failed to parse string: ", text));
+    }
+
+    bool key(std::string_view text)
+    {
+        return isReady() && (m_receiver.key(text) || refuse(m_exception, "Failed to parse key: ", text));
+    }
+
+    bool boolean(bool value)
+    {
+        if (!isReady())
+            return false;
+        return m_receiver.boolean(value) ||
+               refuse(m_exception, value ? "Failed to parse bool" : "Failed to parse false");
+    }
+
+    bool null()
+    {
+        return isReady() && (m_receiver.null() || refuse(m_exception, "Failed to parse NULL"));
+    }
+
+private:
+    bool isReady()
+    {
+        if (m_receiver.isEmpty())
+            return refuse(m_exception, "No acceptor");
+        return m_receiver.hasTop() || refuse(m_exception, "Empty acceptor");
+    }
+
+    Receiver & m_receiver;
     VontalException & m_exception;
 };
+
+template <class Receiver>
+bool parse(std::string_view text, Receiver & receiver, VontalException & exception)
+{
+    Dispatcher<Receiver> dispatcher(receiver, exception);
+    JSONScanner<Dispatcher<Receiver>> scanner(dispatcher);
+    if (!scanner.open())
+        return refuse(exception, "Failed to initialize parser");
+    return scanner.scan(text) || refuse(exception, "Failed to parse JSON");
+}
 
 } // namespace
 
 bool jsonParse(
     char const * data, std::uint64_t size, JSONParserAcceptor * acceptor, VontalException & exception)
 {
-    Dispatcher dispatcher(acceptor, exception);
-    JSONScanner<Dispatcher> scanner(dispatcher);
-    if (!scanner.open())
-        return refuse(exception, "Failed to initialize parser");
-    return scanner.scan(data, size) || refuse(exception, "Failed to parse JSON");
+    AcceptorStack acceptors(acceptor);
+    return parse({data, size}, acceptors, exception);
 }
 
 bool jsonParse(Vontal::u8string const & text, JSONParserAcceptor * acceptor, VontalException & exception)
@@ -168,12 +233,12 @@ bool jsonParse(Vontal::u8string const & text, JSONParserAcceptor * acceptor, Von
 
 bool jsonParse(Vontal::u8string const & text, qvbase::Reference<Item> & out, VontalException & exception)
 {
-    JSONTreeParser parser;
-    if (!jsonParse(text, &parser, exception))
+    TreeReceiver tree;
+    if (!parse(text, tree, exception))
         return refuse(exception, "Failed to parse data");
-    if (parser.root() == nullptr)
+    if (tree.root().get() == nullptr)
         return refuse(exception, "JSON without single root object");
-    out = parser.root();
+    out = tree.root();
     return true;
 }
 
