@@ -19,13 +19,13 @@ bool Array::equals(Item const * other) const
 
 std::uint64_t Array::getLength() const noexcept
 {
-    const ItemBlock * const items = m_items.contents();
+    const ItemBlock * const items = m_items.get();
     return items == nullptr ? 0 : items->size;
 }
 
 void Array::add(Item * item)
 {
-    appendItem(m_items.contents(), item);
+    m_items.set(appendItem(m_items.get(), item));
     if (item != nullptr)
         item->addRef();
 }
@@ -88,7 +88,7 @@ bool Array::getString(unsigned int index, Vontal::u8string & value) const
 
 Item * Array::element(unsigned int index) const noexcept
 {
-    return index < getLength() ? m_items.contents()->elements<Item *>()[index] : nullptr;
+    return index < getLength() ? m_items.get()->elements<Item *>()[index] : nullptr;
 }
 
 } // namespace qvjson

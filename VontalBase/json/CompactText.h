@@ -71,18 +71,6 @@ public:
         return m_bytes.back() == 0;
     }
 
-    /// The first eight bytes as a number whose order is that of the texts, as far as they go.
-    std::uint64_t prefix() const noexcept
-    {
-        const std::string_view text = view();
-        std::array<unsigned char, 8> bytes = {};
-        std::memcpy(bytes.data(), text.data(), text.size() < bytes.size() ? text.size() : bytes.size());
-        std::uint64_t number = 0;
-        for (const unsigned char byte : bytes)
-            number = number << 8 | byte;
-        return number;
-    }
-
 private:
     static constexpr unsigned char ownedMark = 0xFF;
     static constexpr unsigned char borrowedMark = 0xFE;

@@ -12,7 +12,7 @@ namespace qvjson
 
 Type Item::getType() const
 {
-    return m_type;
+    return static_cast<Type>(m_type);
 }
 
 bool Item::isValue() const

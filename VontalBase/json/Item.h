@@ -74,17 +74,27 @@ public:
     operator ValueString *();
 
 protected:
-    explicit Item(Type type) noexcept : m_type(type)
+    explicit Item(Type type) noexcept : m_type(static_cast<std::uint16_t>(type))
     {
     }
-    Item(const Item &) = default;
-    Item(Item &&) noexcept = default;
-    Item & operator=(const Item &) = default;
-    Item & operator=(Item &&) noexcept = default;
+    /// Copies what the node is, and not where it lies.
+    Item(const Item & other) noexcept : ReferencedObject(other), m_type(other.m_type)
+    {
+    }
+    Item & operator=(const Item & other) noexcept
+    {
+        m_type = other.m_type;
+        return *this;
+    }
     ~Item() = default;
 
 private:
-    Type m_type;
+    friend struct TreeAccess;
+
+    /// A value of `Type`.
+    std::uint16_t m_type;
+    /// For a node that a parse made: where it lies in the memory of that parse, in units of eight bytes.
+    std::uint16_t m_place = 0;
 };
 
 } // namespace qvjson

@@ -7,79 +7,20 @@
 #include "VontalBase/json/ValueInt.h"
 #include "VontalBase/json/ValueString.h"
 #include "VontalBase/json/containers.h"
-#include "VontalBase/json/escape.h"
-#include "VontalBase/text/decimal.h"
 
-#include <ostream>
 #include <vector>
 
 namespace qvjson
 {
 
-namespace
-{
-
-/// A tree goes to its stream in pieces of about this many bytes.
-constexpr std::size_t pieceSize = 32768;
-
-/// A container that is being printed.
-class OpenContainer
-{
-public:
-    explicit OpenContainer(const Array & array) noexcept : m_isArray(true), m_cursor(nullptr)
-    {
-        const ItemBlock * const block = TreeAccess::block(array);
-        if (block != nullptr)
-        {
-            m_element = block->elements<Item *>();
-            m_end = m_element + block->size;
-        }
-    }
-    explicit OpenContainer(const Object & object) noexcept
-        : m_isArray(false), m_cursor(TreeAccess::block(object))
-    {
-    }
-
-    bool isArray() const noexcept
-    {
-        return m_isArray;
-    }
-    bool atEnd() const noexcept
-    {
-        return m_isArray ? m_element == m_end : m_cursor.atEnd();
-    }
-    std::string_view key() const noexcept
-    {
-        return m_cursor.key();
-    }
-    const Item * item() const noexcept
-    {
-        return m_isArray ? *m_element : m_cursor.item();
-    }
-    void next() noexcept
-    {
-        if (m_isArray)
-            ++m_element;
-        else
-            m_cursor.next();
-    }
-
-private:
-    bool m_isArray;
-    Item * const * m_element = nullptr;
-    Item * const * m_end = nullptr;
-    ObjectCursor m_cursor;
-};
-
-} // namespace
-
 JSONPrinterImpl::~JSONPrinterImpl() = default;
 
-/// What stands before every token but a closing bracket.
+/// What stands before every token but a closing bracket. Makes room for a short token.
 inline void JSONPrinterImpl::separate()
 {
+    m_writer.makeRoom();
     if (!m_atStart && !m_afterKey)
-        m_text.push_back(',');
+        m_writer.put(',');
     m_atStart = false;
     m_afterKey = false;
 }
@@ -87,49 +28,49 @@ inline void JSONPrinterImpl::separate()
 inline void JSONPrinterImpl::open(char bracket)
 {
     separate();
-    m_text.push_back(bracket);
+    m_writer.put(bracket);
     m_atStart = true;
 }
 
 inline void JSONPrinterImpl::close(char bracket)
 {
+    m_writer.makeRoom();
+    m_writer.put(bracket);
     m_atStart = false;
     m_afterKey = false;
-    m_text.push_back(bracket);
 }
 
 inline void JSONPrinterImpl::key(std::string_view text)
 {
     string(text);
-    m_text.push_back(':');
+    m_writer.put(':');
     m_afterKey = true;
 }
 
 inline void JSONPrinterImpl::string(std::string_view text)
 {
     separate();
-    m_text.push_back('"');
-    appendEscaped(text, m_text);
-    m_text.push_back('"');
+    m_writer.put('"');
+    m_writer.putEscaped(text);
+    m_writer.put('"');
 }
 
 inline void JSONPrinterImpl::number(int value)
 {
-    plain(Vontal::Decimal(value).text());
+    separate();
+    m_writer.putNumber(value);
 }
 
-inline void JSONPrinterImpl::plain(std::string_view text)
+inline void JSONPrinterImpl::word(std::string_view text)
 {
     separate();
-    m_text.append(text);
+    m_writer.putShort(text);
 }
 
 /// Gives the composed text to the stream.
 bool JSONPrinterImpl::handOver()
 {
-    m_stream.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
-    m_text.clear();
-    // Kept: the state of the stream is not asked.
+    m_writer.handOver();
     return true;
 }
 
@@ -159,7 +100,8 @@ bool JSONPrinterImpl::printString(Vontal::u8string const & text)
 
 bool JSONPrinterImpl::printNumber(Vontal::u8string const & digits)
 {
-    plain(digits);
+    separate();
+    m_writer.putText(digits);
     return handOver();
 }
 
@@ -171,13 +113,13 @@ bool JSONPrinterImpl::printInt(int value)
 
 bool JSONPrinterImpl::printNull()
 {
-    plain("null");
+    word("null");
     return handOver();
 }
 
 bool JSONPrinterImpl::printBool(bool value)
 {
-    plain(value ? "true" : "false");
+    word(value ? "true" : "false");
     return handOver();
 }
 
@@ -196,10 +138,10 @@ bool JSONPrinterImpl::printArrayEnd()
 /// Composes a node that holds no others. Returns false for one of no known type.
 inline bool JSONPrinterImpl::leaf(const Item & item)
 {
-    switch (item.getType())
+    switch (TreeAccess::type(item))
     {
     case TypeNull:
-        plain("null");
+        word("null");
         return true;
     case TypeString:
         string(static_cast<const ValueString &>(item).view());
@@ -209,7 +151,7 @@ inline bool JSONPrinterImpl::leaf(const Item & item)
         number(static_cast<const ValueInt &>(item).getInt());
         return true;
     case TypeBool:
-        plain(static_cast<const ValueBool &>(item).getValue() ? "true" : "false");
+        word(static_cast<const ValueBool &>(item).getValue() ? "true" : "false");
         return true;
     default:
         return false;
@@ -230,7 +172,7 @@ public:
             return false;
         while (!m_open.empty())
         {
-            OpenContainer & container = m_open.back();
+            ChildCursor & container = m_open.back();
             if (container.atEnd())
             {
                 m_printer.close(container.isArray() ? ']' : '}');
@@ -243,8 +185,6 @@ public:
             container.next();
             if (!begin(item))
                 return false;
-            if (m_printer.m_text.size() >= pieceSize)
-                m_printer.handOver();
         }
         return true;
     }
@@ -254,15 +194,15 @@ private:
     {
         if (item == nullptr)
             return false;
-        switch (item->getType())
+        switch (TreeAccess::type(*item))
         {
         case TypeArray:
             m_printer.open('[');
-            m_open.emplace_back(static_cast<const Array &>(*item));
+            m_open.emplace_back(*item);
             return true;
         case TypeObject:
             m_printer.open('{');
-            m_open.emplace_back(static_cast<const Object &>(*item));
+            m_open.emplace_back(*item);
             return true;
         default:
             return m_printer.leaf(*item);
@@ -270,7 +210,7 @@ private:
     }
 
     JSONPrinterImpl & m_printer;
-    std::vector<OpenContainer> m_open;
+    std::vector<ChildCursor> m_open;
 };
 
 bool JSONPrinterImpl::printItem(Item * item)

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "VontalBase/json/JSONPrinter.h"
+#include "VontalBase/json/JSONWriter.h"
 
-#include <string>
 #include <string_view>
 
 namespace qvjson
@@ -15,7 +15,7 @@ namespace qvjson
 class JSONPrinterImpl : public JSONPrinter
 {
 public:
-    explicit JSONPrinterImpl(std::basic_ostream<char> & stream) noexcept : m_stream(stream)
+    explicit JSONPrinterImpl(std::basic_ostream<char> & stream) : m_writer(stream)
     {
     }
     JSONPrinterImpl(const JSONPrinterImpl &) = delete;
@@ -43,12 +43,11 @@ private:
     void key(std::string_view text);
     void string(std::string_view text);
     void number(int value);
-    void plain(std::string_view text);
+    void word(std::string_view text);
     bool leaf(const Item & item);
     bool handOver();
 
-    std::basic_ostream<char> & m_stream;
-    std::string m_text;
+    JSONWriter m_writer;
     bool m_afterKey = false;
     bool m_atStart = true;
 };

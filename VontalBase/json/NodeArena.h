@@ -20,12 +20,15 @@ struct alignas(std::max_align_t) NodeChunk
     std::atomic<std::uint32_t> users;
 };
 
+/// What memory of an arena is aligned to and counted in.
+constexpr std::size_t arenaUnit = 8;
+
 /// Memory within a chunk.
 struct ArenaPlace
 {
     void * memory;
-    /// How many bytes `memory` lies behind the head of its chunk.
-    std::uint32_t offset;
+    /// How far `memory` lies behind the head of its chunk, in units of eight bytes; never 0.
+    std::uint16_t place;
 };
 
 /// Hands out memory, chunk after chunk. It belongs to one thread.
@@ -47,13 +50,14 @@ public:
     /// may leave it.
     ArenaPlace allocate(std::size_t bytes)
     {
-        const std::uint32_t rounded = static_cast<std::uint32_t>((bytes + 7) & ~std::size_t{7});
+        const std::uint32_t rounded = static_cast<std::uint32_t>((bytes + arenaUnit - 1) & ~(arenaUnit - 1));
         if (m_capacity - m_fill < rounded)
             openChunk(rounded);
         const std::uint32_t offset = m_fill;
         m_fill += rounded;
         ++m_users;
-        return {reinterpret_cast<std::byte *>(m_chunk) + offset, offset};
+        return {
+            reinterpret_cast<std::byte *>(m_chunk) + offset, static_cast<std::uint16_t>(offset / arenaUnit)};
     }
 
 private:
@@ -71,9 +75,9 @@ private:
 void leaveChunk(NodeChunk * chunk, std::uint32_t count) noexcept;
 
 /// The chunk of some memory that an arena handed out.
-inline NodeChunk * chunkOf(void * memory, std::uint32_t offset) noexcept
+inline NodeChunk * chunkOf(void * memory, std::uint16_t place) noexcept
 {
-    return reinterpret_cast<NodeChunk *>(static_cast<std::byte *>(memory) - offset);
+    return reinterpret_cast<NodeChunk *>(static_cast<std::byte *>(memory) - place * arenaUnit);
 }
 
 } // namespace qvjson

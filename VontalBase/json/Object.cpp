@@ -19,9 +19,33 @@ bool Object::equals(Item const * other) const
     return equalContainers(*this, *other);
 }
 
-void Object::put(Key && key, Item * item)
+Object::Object() noexcept : Item(TypeObject)
 {
-    Item *& place = placeOf(m_items.contents(), std::move(key));
+}
+
+Object::Object(const Object & other)
+    : Item(other),
+      m_pendingKey(
+          other.m_pendingKey == nullptr ? nullptr : std::make_unique<Vontal::u8string>(*other.m_pendingKey)),
+      m_items(other.m_items)
+{
+}
+
+Object & Object::operator=(const Object & other)
+{
+    if (this == &other)
+        return *this;
+    auto pendingKey =
+        other.m_pendingKey == nullptr ? nullptr : std::make_unique<Vontal::u8string>(*other.m_pendingKey);
+    m_items = other.m_items;
+    m_pendingKey = std::move(pendingKey);
+    Item::operator=(other);
+    return *this;
+}
+
+void Object::put(std::string_view key, Item * item)
+{
+    Item *& place = placeOf(m_items, key);
     if (place != nullptr)
         place->release();
     place = item;
@@ -31,28 +55,25 @@ void Object::put(Key && key, Item * item)
 
 void Object::add(Vontal::u8string const & key, Item * item)
 {
-    put(Key(key), item);
-}
-
-bool Object::setPendingKey(std::string_view key)
-{
-    if (!m_pendingKey.empty())
-        return false;
-    m_pendingKey = Key(key);
-    return true;
+    put(key, item);
 }
 
 bool Object::addKey(Vontal::u8string const & key)
 {
-    return setPendingKey(key);
+    if (m_pendingKey != nullptr)
+        return false;
+    // Kept: an empty key is taken, but none is pending then.
+    if (!key.empty())
+        m_pendingKey = std::make_unique<Vontal::u8string>(key);
+    return true;
 }
 
 bool Object::add(Item * item)
 {
-    if (m_pendingKey.empty())
+    if (m_pendingKey == nullptr)
         return false;
-    put(std::move(m_pendingKey), item);
-    m_pendingKey = Key();
+    put(*m_pendingKey, item);
+    m_pendingKey = nullptr;
     return true;
 }
 
@@ -75,41 +96,41 @@ bool store(Item * const * place, qvbase::Reference<Target> & target)
 
 bool Object::getItem(Vontal::u8string const & key, qvbase::Reference<Item> & item) const
 {
-    return store(findItem(m_items.contents(), key), item);
+    return store(findItem(m_items.get(), key), item);
 }
 
 bool Object::getArray(Vontal::u8string const & key, qvbase::Reference<Array> & array) const
 {
-    return store(findItem(m_items.contents(), key), array);
+    return store(findItem(m_items.get(), key), array);
 }
 
 bool Object::getObject(Vontal::u8string const & key, qvbase::Reference<Object> & object) const
 {
-    return store(findItem(m_items.contents(), key), object);
+    return store(findItem(m_items.get(), key), object);
 }
 
 bool Object::getValue(Vontal::u8string const & key, int & value) const
 {
-    Item * const * const place = findItem(m_items.contents(), key);
+    Item * const * const place = findItem(m_items.get(), key);
     return place != nullptr && *place != nullptr && (*place)->getInt(value);
 }
 
 bool Object::getValue(Vontal::u8string const & key, Vontal::u8string & value) const
 {
-    Item * const * const place = findItem(m_items.contents(), key);
+    Item * const * const place = findItem(m_items.get(), key);
     return place != nullptr && *place != nullptr && (*place)->getString(value);
 }
 
 bool Object::getValue(Vontal::u8string const & key, bool & value) const
 {
-    Item * const * const place = findItem(m_items.contents(), key);
+    Item * const * const place = findItem(m_items.get(), key);
     return place != nullptr && *place != nullptr && (*place)->getBool(value);
 }
 
 void Object::getItems(std::map<Vontal::u8string, qvbase::Reference<Item>> & items) const
 {
     std::map<Vontal::u8string, qvbase::Reference<Item>> copy;
-    for (ObjectCursor cursor(m_items.contents()); !cursor.atEnd(); cursor.next())
+    for (ChildCursor cursor(*this); !cursor.atEnd(); cursor.next())
         copy.emplace_hint(
             copy.end(), Vontal::u8string(cursor.key().data(), cursor.key().size()), cursor.item());
     items = std::move(copy);

@@ -4,13 +4,13 @@
 
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/export.h"
-#include "VontalBase/json/CompactText.h"
 #include "VontalBase/json/Item.h"
 #include "VontalBase/json/SharedSlot.h"
 #include "VontalBase/text/integers.h"
 #include "VontalBase/text/u8string.h"
 
 #include <map>
+#include <memory>
 #include <string_view>
 
 namespace qvjson
@@ -28,10 +28,10 @@ class VONTALBASE_API Object : public Item
 {
 public:
     /// Shares the items of @p other, and takes a copy of its pending key.
-    Object(const Object & other) = default;
+    Object(const Object & other);
     /// Shares the items of @p other, and takes a copy of its pending key. What this object held is not
     /// freed.
-    Object & operator=(const Object & other) = default;
+    Object & operator=(const Object & other);
 
     /// Whether the keys are equal and the values too; a null pointer equals a null pointer. Pending keys
     /// are not compared.
@@ -83,19 +83,15 @@ public:
 
 protected:
     /// An empty object.
-    Object() noexcept : Item(TypeObject)
-    {
-    }
+    Object() noexcept;
 
 private:
     friend struct TreeAccess;
 
-    using Key = CompactText<24>;
+    void put(std::string_view key, Item * item);
 
-    void put(Key && key, Item * item);
-    bool setPendingKey(std::string_view key);
-
-    Key m_pendingKey;
+    /// Null where no key is pending.
+    std::unique_ptr<Vontal::u8string> m_pendingKey;
     SharedSlot<ItemBlock> m_items;
 };
 

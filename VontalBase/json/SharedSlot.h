@@ -17,41 +17,41 @@ public:
     SharedSlot() noexcept = default;
 
     /// Kept: shares the contents of `other`, whatever is put there by either from here on.
-    SharedSlot(const SharedSlot & other) : m_place(other.shared()), m_isShared(true)
+    SharedSlot(const SharedSlot & other)
     {
-        ++m_place.shared->owners;
+        join(other);
     }
 
     /// Kept: shares the contents of `other` and abandons its own, which are not freed.
     SharedSlot & operator=(const SharedSlot & other)
     {
-        if (this == &other)
-            return *this;
-        m_place = other.shared();
-        m_isShared = true;
-        ++m_place.shared->owners;
+        if (this != &other)
+            join(other);
         return *this;
     }
 
-    Contents *& contents() noexcept
+    Contents * get() const noexcept
     {
-        return m_isShared ? m_place.shared->contents : m_place.own;
+        return isShared() ? shared().contents : reinterpret_cast<Contents *>(m_place);
     }
 
-    const Contents * contents() const noexcept
+    void set(Contents * contents) noexcept
     {
-        return m_isShared ? m_place.shared->contents : m_place.own;
+        if (isShared())
+            shared().contents = contents;
+        else
+            m_place = reinterpret_cast<std::uintptr_t>(contents);
     }
 
     /// Gives up this slot's part. Returns the contents if nobody else has one, for the caller to free.
     Contents * leave() noexcept
     {
-        if (!m_isShared)
-            return m_place.own;
-        if (--m_place.shared->owners != 0)
+        if (!isShared())
+            return get();
+        if (--shared().owners != 0)
             return nullptr;
-        Contents * const last = m_place.shared->contents;
-        delete m_place.shared;
+        Contents * const last = shared().contents;
+        delete &shared();
         return last;
     }
 
@@ -62,25 +62,29 @@ private:
         std::uint32_t owners;
     };
 
-    union Place
-    {
-        Contents * own;
-        Shared * shared;
-    };
+    /// Marks the address of a common place, which is even.
+    static constexpr std::uintptr_t sharedMark = 1;
 
-    /// The common place, made on the first copy.
-    Place shared() const
+    bool isShared() const noexcept
     {
-        if (!m_isShared)
-        {
-            m_place.shared = new Shared{m_place.own, 1};
-            m_isShared = true;
-        }
-        return m_place;
+        return (m_place & sharedMark) != 0;
     }
 
-    mutable Place m_place = {nullptr};
-    mutable bool m_isShared = false;
+    Shared & shared() const noexcept
+    {
+        return *reinterpret_cast<Shared *>(m_place - sharedMark);
+    }
+
+    void join(const SharedSlot & other)
+    {
+        if (!other.isShared())
+            other.m_place = reinterpret_cast<std::uintptr_t>(new Shared{other.get(), 1}) + sharedMark;
+        ++other.shared().owners;
+        m_place = other.m_place;
+    }
+
+    /// The address of the contents, or of the common place with the mark.
+    mutable std::uintptr_t m_place = 0;
 };
 
 } // namespace qvjson

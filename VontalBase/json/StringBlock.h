@@ -24,7 +24,7 @@ public:
     {
     }
 
-    /// Writes all sixteen bytes.
+    /// Writes all sixteen bytes, whatever stands for those that were not there.
     void store(char * to) const noexcept
     {
         _mm_storeu_si128(reinterpret_cast<__m128i *>(to), m_bytes);

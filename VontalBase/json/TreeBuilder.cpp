@@ -6,6 +6,7 @@
 #include "VontalBase/json/ValueString.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -24,8 +25,9 @@ template <class T>
 class ArenaNode final : public T
 {
 public:
-    explicit ArenaNode(std::uint32_t offset) : m_offset(offset)
+    explicit ArenaNode(std::uint16_t place)
     {
+        TreeAccess::setPlace(*this, place);
     }
     ArenaNode(const ArenaNode &) = delete;
     ArenaNode & operator=(const ArenaNode &) = delete;
@@ -39,19 +41,19 @@ public:
     {
         if (--m_count != 0)
             return;
-        NodeChunk * const chunk = chunkOf(this, m_offset);
+        NodeChunk * const chunk = chunkOf(this, TreeAccess::place(*this));
         this->~ArenaNode();
         leaveChunkSoon(chunk);
     }
 
 private:
     std::uint32_t m_count = 1;
-    std::uint32_t m_offset;
 };
 
-static_assert(sizeof(ArenaNode<ValueInt>) <= 32);
+static_assert(sizeof(ArenaNode<ValueInt>) <= 24);
 static_assert(sizeof(ArenaNode<ValueString>) <= 40);
-static_assert(sizeof(ArenaNode<Array>) <= 40);
+static_assert(sizeof(ArenaNode<Array>) <= 32);
+static_assert(sizeof(ArenaNode<Object>) <= 40);
 
 } // namespace
 
@@ -59,12 +61,12 @@ template <class Node>
 Node * TreeBuilder::makeNode(std::size_t extraBytes)
 {
     const ArenaPlace place = m_arena.allocate(sizeof(ArenaNode<Node>) + extraBytes);
-    return ::new (place.memory) ArenaNode<Node>(place.offset);
+    return ::new (place.memory) ArenaNode<Node>(place.place);
 }
 
 TreeBuilder::~TreeBuilder()
 {
-    for (const ObjectEntry & entry : m_entries)
+    for (const CollectedEntry & entry : m_entries)
     {
         if (entry.item != nullptr)
             entry.item->release();
@@ -82,7 +84,7 @@ bool TreeBuilder::attach(OwnedItem && item)
     }
     if (m_open.empty())
         return false;
-    if (m_open.back().container->getType() == TypeArray)
+    if (TreeAccess::type(*m_open.back().container) == TypeArray)
     {
         m_elements.push_back(item.get());
         static_cast<void>(item.release());
@@ -126,7 +128,7 @@ bool TreeBuilder::endArray()
 
 bool TreeBuilder::endContainer(Type type)
 {
-    if (m_open.empty() || m_open.back().container->getType() != type)
+    if (m_open.empty() || TreeAccess::type(*m_open.back().container) != type)
         return false;
     giveChildren(m_open.back());
     m_open.pop_back();
@@ -135,12 +137,13 @@ bool TreeBuilder::endContainer(Type type)
 
 bool TreeBuilder::key(std::string_view text)
 {
-    if (m_open.empty() || m_open.back().container->getType() != TypeObject || m_keyWaits)
+    if (m_open.empty() || TreeAccess::type(*m_open.back().container) != TypeObject || m_keyWaits)
         return false;
     // Kept: an empty key is taken, and then the value behind it refused.
     if (text.empty())
         return true;
-    m_entries.push_back({ObjectKey(text), nullptr});
+    m_entries.push_back({m_keyText.size(), text.size(), nullptr});
+    m_keyText.insert(m_keyText.end(), text.begin(), text.end());
     m_keyWaits = true;
     return true;
 }
@@ -189,8 +192,9 @@ const qvbase::Reference<Item> & TreeBuilder::root()
     // Only the innermost container can have a key that waits.
     if (m_keyWaits)
     {
-        TreeAccess::setPendingKey(
-            static_cast<Object &>(*m_open.back().container), m_entries.back().key.view());
+        const std::string_view key = keyOf(m_entries.back());
+        static_cast<Object &>(*m_open.back().container).addKey(Vontal::u8string(key.data(), key.size()));
+        m_keyText.resize(m_entries.back().keyStart);
         m_entries.pop_back();
         m_keyWaits = false;
     }
@@ -201,23 +205,28 @@ const qvbase::Reference<Item> & TreeBuilder::root()
 
 void TreeBuilder::giveChildren(const Open & open)
 {
-    if (open.container->getType() == TypeArray)
+    if (TreeAccess::type(*open.container) == TypeArray)
         giveElements(static_cast<Array &>(*open.container), open.firstElement);
     else
         giveEntries(static_cast<Object &>(*open.container), open.firstEntry);
 }
 
-/// An empty block with room for so many elements, within the arena where that is small.
-ItemBlock * TreeBuilder::makeBlock(std::size_t elementSize, std::size_t count)
+std::string_view TreeBuilder::keyOf(const CollectedEntry & entry) const noexcept
+{
+    return {m_keyText.data() + entry.keyStart, entry.keySize};
+}
+
+/// An empty block for so many elements, which need so many bytes.
+ItemBlock * TreeBuilder::makeBlock(std::size_t count, std::size_t bytes)
 {
     if (count >= ItemBlock::large)
         throw std::length_error("JSON container");
-    const std::size_t bytes = sizeof(ItemBlock) + elementSize * count;
+    const std::size_t size = sizeof(ItemBlock) + bytes;
     const ArenaPlace place =
-        bytes <= NodeArena::largestRequest ? m_arena.allocate(bytes) : ArenaPlace{::operator new(bytes), 0};
+        size <= NodeArena::largestRequest ? m_arena.allocate(size) : ArenaPlace{::operator new(size), 0};
     ItemBlock * const block = ::new (place.memory) ItemBlock;
     block->capacity = static_cast<std::uint32_t>(count);
-    block->chunkOffset = place.offset;
+    block->place = place.place;
     return block;
 }
 
@@ -226,27 +235,45 @@ void TreeBuilder::giveElements(Array & array, std::size_t first)
     const std::size_t count = m_elements.size() - first;
     if (count == 0)
         return;
-    ItemBlock *& items = TreeAccess::block(array);
-    const std::size_t formerCount = items == nullptr ? 0 : items->size;
-    ItemBlock * const block = makeBlock(sizeof(Item *), formerCount + count);
+    SharedSlot<ItemBlock> & items = TreeAccess::items(array);
+    ItemBlock * const former = items.get();
+    const std::size_t formerCount = former == nullptr ? 0 : former->size;
+    ItemBlock * const block = makeBlock(formerCount + count, (formerCount + count) * sizeof(Item *));
     if (formerCount != 0)
-        std::memcpy(block->elements<Item *>(), items->elements<Item *>(), formerCount * sizeof(Item *));
+        std::memcpy(block->elements<Item *>(), former->elements<Item *>(), formerCount * sizeof(Item *));
     std::memcpy(block->elements<Item *>() + formerCount, m_elements.data() + first, count * sizeof(Item *));
     block->size = block->capacity;
-    freeBlock(std::exchange(items, block));
+    items.set(block);
+    freeBlock(former);
     m_elements.resize(first);
 }
+
+namespace
+{
+
+/// The first eight bytes as a number, whose order is that of the texts as far as it goes.
+std::uint64_t prefixOf(std::string_view text) noexcept
+{
+    std::array<unsigned char, 8> bytes = {};
+    std::memcpy(bytes.data(), text.data(), std::min(text.size(), bytes.size()));
+    std::uint64_t number = 0;
+    for (const unsigned char byte : bytes)
+        number = number << 8 | byte;
+    return number;
+}
+
+} // namespace
 
 /// Puts the entries from `first` on into `m_ranks`, in the order of their keys and of their coming.
 void TreeBuilder::rankEntries(std::size_t first)
 {
     constexpr std::size_t fewEntries = 32;
-    const ObjectEntry * const entries = m_entries.data() + first;
-    const auto isBefore = [entries](const Rank & a, const Rank & b)
+    const CollectedEntry * const entries = m_entries.data() + first;
+    const auto isBefore = [this, entries](const Rank & a, const Rank & b)
     {
         if (a.prefix != b.prefix)
             return a.prefix < b.prefix;
-        const int order = entries[a.index].key.view().compare(entries[b.index].key.view());
+        const int order = keyOf(entries[a.index]).compare(keyOf(entries[b.index]));
         return order != 0 ? order < 0 : a.index < b.index;
     };
     const std::size_t count = m_entries.size() - first;
@@ -254,7 +281,7 @@ void TreeBuilder::rankEntries(std::size_t first)
     m_ranks.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i)
     {
-        const Rank rank{entries[i].key.prefix(), i};
+        const Rank rank{prefixOf(keyOf(entries[i])), i};
         m_ranks.push_back(rank);
         if (count > fewEntries)
             continue;
@@ -271,38 +298,58 @@ void TreeBuilder::giveEntries(Object & object, std::size_t first)
 {
     if (m_entries.size() == first)
         return;
-    ItemBlock *& items = TreeAccess::block(object);
-    if (items != nullptr)
-        addEntries(items, first);
+    SharedSlot<ItemBlock> & items = TreeAccess::items(object);
+    if (items.get() == nullptr)
+        items.set(makeEntryBlock(first));
     else
-        items = makeEntryBlock(first);
-    m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(first), m_entries.end());
+        addEntries(items, first);
+    m_keyText.resize(m_entries[first].keyStart);
+    m_entries.resize(first);
 }
 
-/// A block of the entries from `first` on. Of entries with one key the last stands.
+/// A block of the entries from `first` on, with the keys that are too long for an entry behind them. Of
+/// entries with one key the last stands.
 ItemBlock * TreeBuilder::makeEntryBlock(std::size_t first)
 {
     rankEntries(first);
-    ItemBlock * const block = makeBlock(sizeof(ObjectEntry), m_ranks.size());
-    ObjectEntry * const target = block->elements<ObjectEntry>();
+    std::size_t textSize = 0;
     for (const Rank & rank : m_ranks)
     {
-        ObjectEntry & entry = m_entries[first + rank.index];
+        const std::size_t keySize = m_entries[first + rank.index].keySize;
+        textSize += keySize > ObjectKey::inlineCapacity ? keySize : 0;
+    }
+    ItemBlock * const block = makeBlock(m_ranks.size(), m_ranks.size() * sizeof(ObjectEntry) + textSize);
+    ObjectEntry * const target = block->elements<ObjectEntry>();
+    char * text = reinterpret_cast<char *>(target + m_ranks.size());
+    for (const Rank & rank : m_ranks)
+    {
+        CollectedEntry & entry = m_entries[first + rank.index];
         Item * const item = std::exchange(entry.item, nullptr);
-        if (block->size != 0 && target[block->size - 1].key.view() == entry.key.view())
+        const std::string_view key = keyOf(entry);
+        if (block->size != 0 && target[block->size - 1].key.view() == key)
+        {
             std::exchange(target[block->size - 1].item, item)->release();
-        else
-            ::new (target + block->size++) ObjectEntry{std::move(entry.key), item};
+            continue;
+        }
+        ObjectEntry & made = *::new (target + block->size++) ObjectEntry{{}, item};
+        if (key.size() <= ObjectKey::inlineCapacity)
+        {
+            made.key = ObjectKey(key);
+            continue;
+        }
+        std::memcpy(text, key.data(), key.size());
+        made.key.borrow({text, key.size()});
+        text += key.size();
     }
     return block;
 }
 
 /// Adds the entries from `first` on to an object that has some already.
-void TreeBuilder::addEntries(ItemBlock *& items, std::size_t first)
+void TreeBuilder::addEntries(SharedSlot<ItemBlock> & items, std::size_t first)
 {
     for (std::size_t i = first; i < m_entries.size(); ++i)
     {
-        Item *& place = placeOf(items, ObjectKey(m_entries[i].key));
+        Item *& place = placeOf(items, keyOf(m_entries[i]));
         const OwnedItem former(std::exchange(place, std::exchange(m_entries[i].item, nullptr)));
     }
 }

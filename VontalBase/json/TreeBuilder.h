@@ -68,6 +68,14 @@ private:
         std::uint32_t index;
     };
 
+    /// An entry of an object that is still open: a piece of `m_keyText` and an item.
+    struct CollectedEntry
+    {
+        std::size_t keyStart;
+        std::size_t keySize;
+        Item * item;
+    };
+
     bool attach(OwnedItem && item);
     bool beginContainer(OwnedItem && container);
     bool endContainer(Type type);
@@ -76,8 +84,9 @@ private:
     void giveEntries(Object & object, std::size_t first);
     void rankEntries(std::size_t first);
     ItemBlock * makeEntryBlock(std::size_t first);
-    void addEntries(ItemBlock *& items, std::size_t first);
-    ItemBlock * makeBlock(std::size_t elementSize, std::size_t count);
+    void addEntries(SharedSlot<ItemBlock> & items, std::size_t first);
+    std::string_view keyOf(const CollectedEntry & entry) const noexcept;
+    ItemBlock * makeBlock(std::size_t count, std::size_t bytes);
     template <class Node>
     Node * makeNode(std::size_t extraBytes = 0);
 
@@ -88,7 +97,8 @@ private:
     std::vector<Item *> m_elements;
     /// Entries of the open objects, each with one reference that is owned here. While a key waits for its
     /// value, it is the last one and has no item.
-    std::vector<ObjectEntry> m_entries;
+    std::vector<CollectedEntry> m_entries;
+    std::vector<char> m_keyText;
     std::vector<Rank> m_ranks;
     bool m_keyWaits = false;
 };

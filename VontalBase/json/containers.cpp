@@ -27,22 +27,18 @@ ItemBlock * allocateBlock(std::size_t capacity)
     return block;
 }
 
-/// Makes room for one more element. Elements move by copying their bytes.
-template <class Element>
-void makeRoom(ItemBlock *& block)
+/// The capacity to give to a block that is full.
+std::size_t nextCapacity(const ItemBlock * block)
 {
-    if (block != nullptr && block->size < block->capacity)
-        return;
-    const std::size_t size = block == nullptr ? 0 : block->size;
-    const std::size_t capacity = 2 * size + 1;
+    const std::size_t capacity = block == nullptr ? 1 : 2 * std::size_t{block->size} + 1;
     if (capacity >= ItemBlock::large)
         throw std::length_error("JSON array");
-    ItemBlock * const larger = allocateBlock<Element>(capacity);
-    if (size != 0)
-        std::memcpy(
-            static_cast<void *>(larger + 1), static_cast<const void *>(block + 1), size * sizeof(Element));
-    larger->size = static_cast<std::uint32_t>(size);
-    freeBlock(std::exchange(block, larger));
+    return capacity;
+}
+
+bool isFull(const ItemBlock * block) noexcept
+{
+    return block == nullptr || block->size == block->capacity;
 }
 
 const ObjectEntry * lowerBound(const ItemBlock & block, std::string_view key) noexcept
@@ -67,60 +63,95 @@ bool isLarge(const ItemBlock * block) noexcept
     return block != nullptr && block->capacity == ItemBlock::large;
 }
 
-/// Replaces a full block of entries by a map of the same items.
+void dropKeys(ItemBlock & block) noexcept
+{
+    for (std::uint32_t i = 0; i < block.size; ++i)
+        block.elements<ObjectEntry>()[i].key.~ObjectKey();
+}
+
+struct EntriesFreer
+{
+    void operator()(ItemBlock * block) const noexcept
+    {
+        dropKeys(*block);
+        freeBlock(block);
+    }
+};
+
+/// Makes room for one more entry in the block of an object. The keys are copied, since they may lie in the
+/// memory of the block.
+void makeRoomForEntry(ItemBlock *& block)
+{
+    if (!isFull(block))
+        return;
+    std::unique_ptr<ItemBlock, EntriesFreer> larger(allocateBlock<ObjectEntry>(nextCapacity(block)));
+    if (block != nullptr)
+    {
+        const ObjectEntry * const entries = block->elements<ObjectEntry>();
+        for (; larger->size < block->size; ++larger->size)
+            ::new (larger->elements<ObjectEntry>() + larger->size) ObjectEntry(entries[larger->size]);
+        EntriesFreer()(block);
+    }
+    block = larger.release();
+}
+
+/// Replaces a block of entries by a map of the same items.
 void growIntoMap(ItemBlock *& block)
 {
     auto map = std::make_unique<LargeBlock>();
     map->capacity = ItemBlock::large;
-    ObjectEntry * const entries = block->elements<ObjectEntry>();
+    const ObjectEntry * const entries = block->elements<ObjectEntry>();
     for (std::uint32_t i = 0; i < block->size; ++i)
         map->map.emplace_hint(map->map.end(), entries[i].key, entries[i].item);
-    for (std::uint32_t i = 0; i < block->size; ++i)
-        entries[i].key.~ObjectKey();
-    freeBlock(std::exchange(block, map.release()));
+    EntriesFreer()(std::exchange(block, map.release()));
 }
 
 } // namespace
 
 void freeBlock(ItemBlock * block) noexcept
 {
-    if (block != nullptr && block->chunkOffset != 0)
-        leaveChunkSoon(chunkOf(block, block->chunkOffset));
+    if (block != nullptr && block->place != 0)
+        leaveChunkSoon(chunkOf(block, block->place));
     else
         ::operator delete(block);
 }
 
-void appendItem(ItemBlock *& block, Item * item)
+ItemBlock * appendItem(ItemBlock * block, Item * item)
 {
-    makeRoom<Item *>(block);
-    block->elements<Item *>()[block->size++] = item;
-}
-
-Item *& placeOf(ItemBlock *& block, ObjectKey && key)
-{
-    if (!isLarge(block))
+    if (isFull(block))
     {
+        ItemBlock * const larger = allocateBlock<Item *>(nextCapacity(block));
         if (block != nullptr)
         {
-            const ObjectEntry * const found = lowerBound(*block, key.view());
-            ObjectEntry * const entries = block->elements<ObjectEntry>();
-            const std::size_t index = static_cast<std::size_t>(found - entries);
-            if (index != block->size && found->key.view() == key.view())
-                return entries[index].item;
+            std::memcpy(larger->elements<Item *>(), block->elements<Item *>(), block->size * sizeof(Item *));
+            larger->size = block->size;
         }
-        if (block == nullptr || block->size < mostEntriesInBlock)
-        {
-            makeRoom<ObjectEntry>(block);
-            ObjectEntry * const entries = block->elements<ObjectEntry>();
-            const std::size_t index = static_cast<std::size_t>(lowerBound(*block, key.view()) - entries);
-            std::memmove(static_cast<void *>(entries + index + 1), static_cast<const void *>(entries + index),
-                (block->size - index) * sizeof(ObjectEntry));
-            ++block->size;
-            return (::new (entries + index) ObjectEntry{std::move(key), nullptr})->item;
-        }
-        growIntoMap(block);
+        freeBlock(std::exchange(block, larger));
     }
-    return asLarge(block).map.try_emplace(std::move(key), nullptr).first->second;
+    block->elements<Item *>()[block->size++] = item;
+    return block;
+}
+
+Item *& placeOf(SharedSlot<ItemBlock> & items, std::string_view key)
+{
+    ItemBlock * block = items.get();
+    if (Item * const * const found = findItem(block, key))
+        return const_cast<Item *&>(*found);
+    ObjectKey ownKey(key);
+    if (!isLarge(block) && block != nullptr && block->size >= mostEntriesInBlock)
+        growIntoMap(block);
+    else if (!isLarge(block))
+        makeRoomForEntry(block);
+    items.set(block);
+    if (isLarge(block))
+        return asLarge(block).map.emplace(std::move(ownKey), nullptr).first->second;
+
+    ObjectEntry * const entries = block->elements<ObjectEntry>();
+    const std::size_t index = static_cast<std::size_t>(lowerBound(*block, key) - entries);
+    std::memmove(static_cast<void *>(entries + index + 1), static_cast<const void *>(entries + index),
+        (block->size - index) * sizeof(ObjectEntry));
+    ++block->size;
+    return (::new (entries + index) ObjectEntry{std::move(ownKey), nullptr})->item;
 }
 
 Item * const * findItem(const ItemBlock * block, std::string_view key) noexcept
@@ -137,24 +168,28 @@ Item * const * findItem(const ItemBlock * block, std::string_view key) noexcept
     return isThere ? &found->item : nullptr;
 }
 
-std::size_t countItems(const ItemBlock * block) noexcept
+ChildCursor::ChildCursor(const Item & container) noexcept
+    : m_kind(TreeAccess::type(container) == TypeArray ? Kind::Elements : Kind::Entries)
 {
+    const bool isArray = m_kind == Kind::Elements;
+    const ItemBlock * const block = isArray ? TreeAccess::items(static_cast<const Array &>(container)).get()
+                                            : TreeAccess::items(static_cast<const Object &>(container)).get();
     if (block == nullptr)
-        return 0;
-    return isLarge(block) ? asLarge(block).map.size() : block->size;
-}
-
-ObjectCursor::ObjectCursor(const ItemBlock * block) noexcept : m_isLarge(isLarge(block))
-{
-    if (m_isLarge)
+        return;
+    m_left = block->size;
+    if (isArray)
     {
-        m_position = asLarge(block).map.begin();
-        m_end = asLarge(block).map.end();
+        m_place.element = block->elements<Item *>();
     }
-    else if (block != nullptr)
+    else if (!isLarge(block))
     {
-        m_entry = block->elements<ObjectEntry>();
-        m_entriesEnd = m_entry + block->size;
+        m_place.entry = block->elements<ObjectEntry>();
+    }
+    else
+    {
+        m_kind = Kind::Nodes;
+        m_place.node = asLarge(block).map.begin();
+        m_left = asLarge(block).map.size();
     }
 }
 
@@ -200,8 +235,8 @@ void takeApartOne(ItemBlock * block)
     freeBlock(block);
 }
 
-/// Frees the keys of a block of entries and moves the items together, so that an array's block is left.
-void dropKeys(ItemBlock & block) noexcept
+/// Makes an array's block of a block of entries: frees the keys and moves the items together.
+void keepItemsOnly(ItemBlock & block) noexcept
 {
     ObjectEntry * const entries = block.elements<ObjectEntry>();
     unsigned char * to = reinterpret_cast<unsigned char *>(entries);
@@ -259,117 +294,62 @@ void takeApartObject(ItemBlock * block) noexcept
     if (block == nullptr)
         return;
     if (!isLarge(block))
-        dropKeys(*block);
+        keepItemsOnly(*block);
     takeApartArray(block);
 }
 
 namespace
 {
 
-/// A place in two containers of one type that are equal so far.
-class PairOfContainers
+/// Places in two containers of one type that are equal so far.
+struct PairOfCursors
 {
-public:
-    PairOfContainers(const Item & a, const Item & b) noexcept
-        : m_isArray(a.getType() == TypeArray), m_a(block(a)), m_b(block(b)),
-          m_cursorA(m_isArray ? nullptr : m_a), m_cursorB(m_isArray ? nullptr : m_b)
-    {
-    }
-
-    bool haveOneSize() const noexcept
-    {
-        return m_isArray ? length(m_a) == length(m_b) : countItems(m_a) == countItems(m_b);
-    }
-
-    bool atEnd() const noexcept
-    {
-        return m_isArray ? m_index == length(m_a) : m_cursorA.atEnd();
-    }
-
-    bool haveOneKey() const noexcept
-    {
-        return m_isArray || m_cursorA.key() == m_cursorB.key();
-    }
-
-    std::pair<const Item *, const Item *> items() const noexcept
-    {
-        if (m_isArray)
-            return {m_a->elements<Item *>()[m_index], m_b->elements<Item *>()[m_index]};
-        return {m_cursorA.item(), m_cursorB.item()};
-    }
-
-    void next() noexcept
-    {
-        if (m_isArray)
-        {
-            ++m_index;
-            return;
-        }
-        m_cursorA.next();
-        m_cursorB.next();
-    }
-
-private:
-    static const ItemBlock * block(const Item & item) noexcept
-    {
-        if (item.getType() == TypeArray)
-            return TreeAccess::block(static_cast<const Array &>(item));
-        return TreeAccess::block(static_cast<const Object &>(item));
-    }
-
-    static std::uint32_t length(const ItemBlock * block) noexcept
-    {
-        return block == nullptr ? 0 : block->size;
-    }
-
-    bool m_isArray;
-    const ItemBlock * m_a;
-    const ItemBlock * m_b;
-    std::uint32_t m_index = 0;
-    ObjectCursor m_cursorA;
-    ObjectCursor m_cursorB;
+    ChildCursor a;
+    ChildCursor b;
 };
 
-bool isContainer(const Item & item) noexcept
+bool isContainer(Type type) noexcept
 {
-    return item.getType() == TypeArray || item.getType() == TypeObject;
+    return type == TypeArray || type == TypeObject;
 }
 
 } // namespace
 
 bool equalContainers(const Item & a, const Item & b)
 {
-    std::vector<PairOfContainers> open;
-    open.emplace_back(a, b);
-    if (!open.back().haveOneSize())
+    std::vector<PairOfCursors> open;
+    const auto begin = [&open](const Item & left, const Item & right)
+    {
+        open.push_back({ChildCursor(left), ChildCursor(right)});
+        return open.back().a.left() == open.back().b.left();
+    };
+    if (!begin(a, b))
         return false;
     while (!open.empty())
     {
-        PairOfContainers & pair = open.back();
-        if (pair.atEnd())
+        auto & [left, right] = open.back();
+        if (left.atEnd())
         {
             open.pop_back();
             continue;
         }
-        if (!pair.haveOneKey())
+        if (!left.isArray() && left.key() != right.key())
             return false;
-        const auto [left, right] = pair.items();
-        pair.next();
-        if (left == nullptr || right == nullptr)
+        const Item * const leftItem = left.item();
+        const Item * const rightItem = right.item();
+        left.next();
+        right.next();
+        if (leftItem == nullptr || rightItem == nullptr)
         {
-            if (left != right)
+            if (leftItem != rightItem)
                 return false;
+            continue;
         }
-        else if (isContainer(*left) && left->getType() == right->getType())
-        {
-            open.emplace_back(*left, *right);
-            if (!open.back().haveOneSize())
-                return false;
-        }
-        else if (!left->equals(right))
-        {
+        const Type type = leftItem->getType();
+        const bool areEqual = isContainer(type) && rightItem->getType() == type ? begin(*leftItem, *rightItem)
+                                                                                : leftItem->equals(rightItem);
+        if (!areEqual)
             return false;
-        }
     }
     return true;
 }

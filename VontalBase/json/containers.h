@@ -17,7 +17,7 @@
 namespace qvjson
 {
 
-using ObjectKey = CompactText<24>;
+using ObjectKey = CompactText<16>;
 
 /// The head of a block whose elements lie directly behind it: pointers for an array, sorted entries for an
 /// object. An object of many items has a `LargeBlock` in its place.
@@ -30,8 +30,8 @@ struct alignas(8) ItemBlock
     std::uint32_t size = 0;
     /// For how many elements there is room; `large` for a `LargeBlock`.
     std::uint32_t capacity = 0;
-    /// Where the block lies in the chunk of an arena; 0 for a block of its own.
-    std::uint32_t chunkOffset = 0;
+    /// Where the block lies in the memory of a parse, in units of eight bytes; 0 for a block of its own.
+    std::uint16_t place = 0;
 
     template <class Element>
     Element * elements() noexcept
@@ -79,51 +79,89 @@ struct LargeBlock : ItemBlock
     ItemMap map;
 };
 
-/// Appends a pointer to the block of an array. No count changes.
-void appendItem(ItemBlock *& block, Item * item);
+/// Appends a pointer to the block of an array, which may be null. No count changes.
+/// @return the block, which may have moved.
+ItemBlock * appendItem(ItemBlock * block, Item * item);
 
-/// The place of the item under `key` in the block of an object, made with a null item if it is not there.
-/// Valid until the next call.
-Item *& placeOf(ItemBlock *& block, ObjectKey && key);
+/// The place of the item under `key` in an object, made with a null item if it is not there. Valid until the
+/// next call.
+Item *& placeOf(SharedSlot<ItemBlock> & items, std::string_view key);
 
 /// The place of the item under `key` in the block of an object, or null if it is not there.
 Item * const * findItem(const ItemBlock * block, std::string_view key) noexcept;
 
-/// How many items the block of an object has.
-std::size_t countItems(const ItemBlock * block) noexcept;
-
-/// Walks over the block of an object in the order of the keys.
-class ObjectCursor
+/// Walks over the children of a container: over elements in their order, or over items in that of their keys.
+class ChildCursor
 {
 public:
-    explicit ObjectCursor(const ItemBlock * block) noexcept;
+    /// The container is an array or an object.
+    explicit ChildCursor(const Item & container) noexcept;
 
+    bool isArray() const noexcept
+    {
+        return m_kind == Kind::Elements;
+    }
     bool atEnd() const noexcept
     {
-        return m_isLarge ? m_position == m_end : m_entry == m_entriesEnd;
+        return m_left == 0;
     }
+    /// How many children are to come.
+    std::size_t left() const noexcept
+    {
+        return m_left;
+    }
+    /// The key of the present item of an object.
     std::string_view key() const noexcept
     {
-        return m_isLarge ? m_position->first.view() : m_entry->key.view();
+        return m_kind == Kind::Entries ? m_place.entry->key.view() : m_place.node->first.view();
     }
     Item * item() const noexcept
     {
-        return m_isLarge ? m_position->second : m_entry->item;
+        switch (m_kind)
+        {
+        case Kind::Elements:
+            return *m_place.element;
+        case Kind::Entries:
+            return m_place.entry->item;
+        default:
+            return m_place.node->second;
+        }
     }
     void next() noexcept
     {
-        if (m_isLarge)
-            ++m_position;
-        else
-            ++m_entry;
+        --m_left;
+        switch (m_kind)
+        {
+        case Kind::Elements:
+            ++m_place.element;
+            break;
+        case Kind::Entries:
+            ++m_place.entry;
+            break;
+        default:
+            ++m_place.node;
+            break;
+        }
     }
 
 private:
-    bool m_isLarge;
-    const ObjectEntry * m_entry = nullptr;
-    const ObjectEntry * m_entriesEnd = nullptr;
-    ItemMap::const_iterator m_position;
-    ItemMap::const_iterator m_end;
+    enum class Kind : unsigned char
+    {
+        Elements,
+        Entries,
+        Nodes
+    };
+
+    union Place
+    {
+        Item * const * element;
+        const ObjectEntry * entry;
+        ItemMap::const_iterator node;
+    };
+
+    Place m_place = {nullptr};
+    std::size_t m_left = 0;
+    Kind m_kind;
 };
 
 /// Lets every element of an array's block go and frees the block. Depth costs no stack.
@@ -141,24 +179,36 @@ void leaveChunkSoon(NodeChunk * chunk) noexcept;
 /// Compares two containers of one type. Depth costs no stack.
 bool equalContainers(const Item & a, const Item & b);
 
-/// The way of the house to what a container holds.
+/// The way of the house to what a node holds.
 struct TreeAccess
 {
-    static const ItemBlock * block(const Array & array) noexcept
+    static Type type(const Item & item) noexcept
     {
-        return array.m_items.contents();
+        return static_cast<Type>(item.m_type);
     }
-    static const ItemBlock * block(const Object & object) noexcept
+    static std::uint16_t place(const Item & item) noexcept
     {
-        return object.m_items.contents();
+        return item.m_place;
     }
-    static ItemBlock *& block(Array & array) noexcept
+    static void setPlace(Item & item, std::uint16_t place) noexcept
     {
-        return array.m_items.contents();
+        item.m_place = place;
     }
-    static ItemBlock *& block(Object & object) noexcept
+    static SharedSlot<ItemBlock> & items(Array & array) noexcept
     {
-        return object.m_items.contents();
+        return array.m_items;
+    }
+    static SharedSlot<ItemBlock> & items(Object & object) noexcept
+    {
+        return object.m_items;
+    }
+    static const SharedSlot<ItemBlock> & items(const Array & array) noexcept
+    {
+        return array.m_items;
+    }
+    static const SharedSlot<ItemBlock> & items(const Object & object) noexcept
+    {
+        return object.m_items;
     }
     /// Whether a string node holds such a text within itself.
     static bool fitsWithin(std::string_view text) noexcept
@@ -169,10 +219,6 @@ struct TreeAccess
     static void borrowText(ValueString & value, std::string_view text) noexcept
     {
         value.m_text.borrow(text);
-    }
-    static bool setPendingKey(Object & object, std::string_view key)
-    {
-        return object.setPendingKey(key);
     }
 };
 
