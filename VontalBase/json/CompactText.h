@@ -71,6 +71,24 @@ public:
         return m_bytes.back() == 0;
     }
 
+    bool isSame(const CompactText & other) const noexcept
+    {
+        if (!isOutside())
+            return m_bytes == other.m_bytes;
+        return other.isOutside() && view() == other.view();
+    }
+
+    /// The first eight bytes as a number whose order is that of the texts, as far as it goes.
+    std::uint64_t prefix() const noexcept
+    {
+        const unsigned char * const bytes =
+            isOutside() ? reinterpret_cast<const unsigned char *>(outsideText()) : m_bytes.data();
+        std::uint64_t number = 0;
+        for (std::size_t i = 0; i < sizeof(number); ++i)
+            number = number << 8 | bytes[i];
+        return number;
+    }
+
 private:
     static constexpr unsigned char ownedMark = 0xFF;
     static constexpr unsigned char borrowedMark = 0xFE;

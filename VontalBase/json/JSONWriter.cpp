@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 
 namespace qvjson
@@ -29,7 +30,79 @@ void JSONWriter::putText(std::string_view text)
     makeRoom();
 }
 
+namespace
+{
+
+constexpr std::uint64_t everyByte(unsigned char byte) noexcept
+{
+    return 0x0101010101010101U * byte;
+}
+
+/// Whether one of the eight bytes is a quote, a backslash or a control character.
+bool hasSpecial(std::uint64_t bytes) noexcept
+{
+    const auto hasZero = [](std::uint64_t word)
+    {
+        return (word - everyByte(1)) & ~word & everyByte(0x80);
+    };
+    const std::uint64_t controls = (bytes - everyByte(0x20)) & ~bytes & everyByte(0x80);
+    return (controls | hasZero(bytes ^ everyByte('"')) | hasZero(bytes ^ everyByte('\\'))) != 0;
+}
+
+template <class Word>
+Word load(const char * p) noexcept
+{
+    Word word = 0;
+    std::memcpy(&word, p, sizeof(word));
+    return word;
+}
+
+constexpr std::uint64_t widened(std::uint64_t word) noexcept
+{
+    return word;
+}
+
+/// Four bytes twice over.
+constexpr std::uint64_t widened(std::uint32_t word) noexcept
+{
+    return std::uint64_t{word} << 32 | word;
+}
+
+} // namespace
+
+/// Writes a text of four to sixteen bytes if no byte of it needs an escape, and otherwise only says no.
+template <class Word>
+bool JSONWriter::putOrdinary(std::string_view text) noexcept
+{
+    // The two words overlap where the text is shorter than both.
+    const std::size_t lastStart = text.size() - sizeof(Word);
+    const Word first = load<Word>(text.data());
+    const Word last = load<Word>(text.data() + lastStart);
+    char * const to = m_bytes.get() + m_fill;
+    std::memcpy(to, &first, sizeof(first));
+    std::memcpy(to + lastStart, &last, sizeof(last));
+    if (hasSpecial(widened(first)) || hasSpecial(widened(last)))
+        return false;
+    m_fill += text.size();
+    return true;
+}
+
 void JSONWriter::putEscaped(std::string_view text)
+{
+    if (text.size() >= 8 && text.size() <= 16)
+    {
+        if (putOrdinary<std::uint64_t>(text))
+            return;
+    }
+    else if (text.size() >= 4 && text.size() < 8 && putOrdinary<std::uint32_t>(text))
+    {
+        return;
+    }
+    putEscapedBlocks(text);
+}
+
+/// Writes a text of any length, sixteen bytes at a time.
+void JSONWriter::putEscapedBlocks(std::string_view text)
 {
     const unsigned char * p = reinterpret_cast<const unsigned char *>(text.data());
     std::size_t left = text.size();

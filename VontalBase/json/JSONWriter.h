@@ -41,7 +41,7 @@ public:
     void putNumber(int value) noexcept;
     /// Writes a text of any length as it stands.
     void putText(std::string_view text);
-    /// Writes a text of any length with the escapes of a JSON string.
+    /// Writes a text of any length with the escapes of a JSON string. There is room for a short one.
     void putEscaped(std::string_view text);
 
     /// Gives everything to the stream.
@@ -55,6 +55,9 @@ public:
 private:
     static constexpr std::size_t capacity = 16384;
 
+    template <class Word>
+    bool putOrdinary(std::string_view text) noexcept;
+    void putEscapedBlocks(std::string_view text);
     void putEscape(unsigned char byte);
 
     std::basic_ostream<char> & m_stream;

@@ -6,7 +6,6 @@
 #include "VontalBase/json/ValueString.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -66,7 +65,7 @@ Node * TreeBuilder::makeNode(std::size_t extraBytes)
 
 TreeBuilder::~TreeBuilder()
 {
-    for (const CollectedEntry & entry : m_entries)
+    for (const ObjectEntry & entry : m_entries)
     {
         if (entry.item != nullptr)
             entry.item->release();
@@ -142,8 +141,7 @@ bool TreeBuilder::key(std::string_view text)
     // Kept: an empty key is taken, and then the value behind it refused.
     if (text.empty())
         return true;
-    m_entries.push_back({m_keyText.size(), text.size(), nullptr});
-    m_keyText.insert(m_keyText.end(), text.begin(), text.end());
+    m_entries.push_back({ObjectKey(text), nullptr});
     m_keyWaits = true;
     return true;
 }
@@ -192,9 +190,8 @@ const qvbase::Reference<Item> & TreeBuilder::root()
     // Only the innermost container can have a key that waits.
     if (m_keyWaits)
     {
-        const std::string_view key = keyOf(m_entries.back());
+        const std::string_view key = m_entries.back().key.view();
         static_cast<Object &>(*m_open.back().container).addKey(Vontal::u8string(key.data(), key.size()));
-        m_keyText.resize(m_entries.back().keyStart);
         m_entries.pop_back();
         m_keyWaits = false;
     }
@@ -211,17 +208,12 @@ void TreeBuilder::giveChildren(const Open & open)
         giveEntries(static_cast<Object &>(*open.container), open.firstEntry);
 }
 
-std::string_view TreeBuilder::keyOf(const CollectedEntry & entry) const noexcept
-{
-    return {m_keyText.data() + entry.keyStart, entry.keySize};
-}
-
-/// An empty block for so many elements, which need so many bytes.
-ItemBlock * TreeBuilder::makeBlock(std::size_t count, std::size_t bytes)
+/// An empty block for so many elements, within the arena where that is small.
+ItemBlock * TreeBuilder::makeBlock(std::size_t count, std::size_t elementSize)
 {
     if (count >= ItemBlock::large)
         throw std::length_error("JSON container");
-    const std::size_t size = sizeof(ItemBlock) + bytes;
+    const std::size_t size = sizeof(ItemBlock) + count * elementSize;
     const ArenaPlace place =
         size <= NodeArena::largestRequest ? m_arena.allocate(size) : ArenaPlace{::operator new(size), 0};
     ItemBlock * const block = ::new (place.memory) ItemBlock;
@@ -238,7 +230,7 @@ void TreeBuilder::giveElements(Array & array, std::size_t first)
     SharedSlot<ItemBlock> & items = TreeAccess::items(array);
     ItemBlock * const former = items.get();
     const std::size_t formerCount = former == nullptr ? 0 : former->size;
-    ItemBlock * const block = makeBlock(formerCount + count, (formerCount + count) * sizeof(Item *));
+    ItemBlock * const block = makeBlock(formerCount + count, sizeof(Item *));
     if (formerCount != 0)
         std::memcpy(block->elements<Item *>(), former->elements<Item *>(), formerCount * sizeof(Item *));
     std::memcpy(block->elements<Item *>() + formerCount, m_elements.data() + first, count * sizeof(Item *));
@@ -248,50 +240,53 @@ void TreeBuilder::giveElements(Array & array, std::size_t first)
     m_elements.resize(first);
 }
 
-namespace
+/// Sorts entries by key and, where those are equal, by their coming.
+void TreeBuilder::rank(std::size_t first, std::vector<Rank> & ranks) const
 {
-
-/// The first eight bytes as a number, whose order is that of the texts as far as it goes.
-std::uint64_t prefixOf(std::string_view text) noexcept
-{
-    std::array<unsigned char, 8> bytes = {};
-    std::memcpy(bytes.data(), text.data(), std::min(text.size(), bytes.size()));
-    std::uint64_t number = 0;
-    for (const unsigned char byte : bytes)
-        number = number << 8 | byte;
-    return number;
-}
-
-} // namespace
-
-/// Puts the entries from `first` on into `m_ranks`, in the order of their keys and of their coming.
-void TreeBuilder::rankEntries(std::size_t first)
-{
-    constexpr std::size_t fewEntries = 32;
-    const CollectedEntry * const entries = m_entries.data() + first;
-    const auto isBefore = [this, entries](const Rank & a, const Rank & b)
+    const ObjectEntry * const entries = m_entries.data() + first;
+    const auto isBefore = [entries](const Rank & a, const Rank & b)
     {
         if (a.prefix != b.prefix)
             return a.prefix < b.prefix;
-        const int order = keyOf(entries[a.index]).compare(keyOf(entries[b.index]));
+        const int order = entries[a.index].key.view().compare(entries[b.index].key.view());
         return order != 0 ? order < 0 : a.index < b.index;
     };
     const std::size_t count = m_entries.size() - first;
-    m_ranks.clear();
-    m_ranks.reserve(count);
+    ranks.clear();
     for (std::uint32_t i = 0; i < count; ++i)
+        ranks.push_back({entries[i].key.prefix(), i});
+    if (!std::is_sorted(ranks.begin(), ranks.end(), isBefore))
+        std::sort(ranks.begin(), ranks.end(), isBefore);
+}
+
+bool TreeBuilder::hasKeysOf(const Shape & shape, std::size_t first) const noexcept
+{
+    const auto isSame = [](const ObjectKey & a, const ObjectEntry & b)
     {
-        const Rank rank{prefixOf(keyOf(entries[i])), i};
-        m_ranks.push_back(rank);
-        if (count > fewEntries)
-            continue;
-        std::size_t place = i;
-        for (; place != 0 && isBefore(rank, m_ranks[place - 1]); --place)
-            m_ranks[place] = m_ranks[place - 1];
-        m_ranks[place] = rank;
+        return a.isSame(b.key);
+    };
+    return std::equal(shape.keys.begin(), shape.keys.end(),
+        m_entries.begin() + static_cast<std::ptrdiff_t>(first), m_entries.end(), isSame);
+}
+
+/// The entries from `first` on in the order of their keys.
+const std::vector<TreeBuilder::Rank> & TreeBuilder::ranked(std::size_t first)
+{
+    const std::size_t count = m_entries.size() - first;
+    if (count > mostKeysOfShape)
+    {
+        rank(first, m_ranks);
+        return m_ranks;
     }
-    if (count > fewEntries && !std::is_sorted(m_ranks.begin(), m_ranks.end(), isBefore))
-        std::sort(m_ranks.begin(), m_ranks.end(), isBefore);
+    Shape & shape = m_shapes[count];
+    if (!hasKeysOf(shape, first))
+    {
+        shape.keys.clear();
+        rank(first, shape.ranks);
+        for (std::size_t i = first; i < m_entries.size(); ++i)
+            shape.keys.push_back(m_entries[i].key);
+    }
+    return shape.ranks;
 }
 
 void TreeBuilder::giveEntries(Object & object, std::size_t first)
@@ -303,43 +298,23 @@ void TreeBuilder::giveEntries(Object & object, std::size_t first)
         items.set(makeEntryBlock(first));
     else
         addEntries(items, first);
-    m_keyText.resize(m_entries[first].keyStart);
-    m_entries.resize(first);
+    m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(first), m_entries.end());
 }
 
-/// A block of the entries from `first` on, with the keys that are too long for an entry behind them. Of
-/// entries with one key the last stands.
+/// A block of the entries from `first` on. Of entries with one key the last stands.
 ItemBlock * TreeBuilder::makeEntryBlock(std::size_t first)
 {
-    rankEntries(first);
-    std::size_t textSize = 0;
-    for (const Rank & rank : m_ranks)
-    {
-        const std::size_t keySize = m_entries[first + rank.index].keySize;
-        textSize += keySize > ObjectKey::inlineCapacity ? keySize : 0;
-    }
-    ItemBlock * const block = makeBlock(m_ranks.size(), m_ranks.size() * sizeof(ObjectEntry) + textSize);
+    const std::vector<Rank> & ranks = ranked(first);
+    ItemBlock * const block = makeBlock(ranks.size(), sizeof(ObjectEntry));
     ObjectEntry * const target = block->elements<ObjectEntry>();
-    char * text = reinterpret_cast<char *>(target + m_ranks.size());
-    for (const Rank & rank : m_ranks)
+    for (const Rank & rank : ranks)
     {
-        CollectedEntry & entry = m_entries[first + rank.index];
+        ObjectEntry & entry = m_entries[first + rank.index];
         Item * const item = std::exchange(entry.item, nullptr);
-        const std::string_view key = keyOf(entry);
-        if (block->size != 0 && target[block->size - 1].key.view() == key)
-        {
+        if (block->size != 0 && target[block->size - 1].key.isSame(entry.key))
             std::exchange(target[block->size - 1].item, item)->release();
-            continue;
-        }
-        ObjectEntry & made = *::new (target + block->size++) ObjectEntry{{}, item};
-        if (key.size() <= ObjectKey::inlineCapacity)
-        {
-            made.key = ObjectKey(key);
-            continue;
-        }
-        std::memcpy(text, key.data(), key.size());
-        made.key.borrow({text, key.size()});
-        text += key.size();
+        else
+            ::new (target + block->size++) ObjectEntry{std::move(entry.key), item};
     }
     return block;
 }
@@ -349,7 +324,7 @@ void TreeBuilder::addEntries(SharedSlot<ItemBlock> & items, std::size_t first)
 {
     for (std::size_t i = first; i < m_entries.size(); ++i)
     {
-        Item *& place = placeOf(items, keyOf(m_entries[i]));
+        Item *& place = placeOf(items, m_entries[i].key.view());
         const OwnedItem former(std::exchange(place, std::exchange(m_entries[i].item, nullptr)));
     }
 }

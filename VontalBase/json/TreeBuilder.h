@@ -8,6 +8,7 @@
 #include "VontalBase/json/NodeArena.h"
 #include "VontalBase/json/containers.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -68,13 +69,14 @@ private:
         std::uint32_t index;
     };
 
-    /// An entry of an object that is still open: a piece of `m_keyText` and an item.
-    struct CollectedEntry
+    /// The order of the keys of an object that has ended. Objects of one kind mostly have the same keys in
+    /// the same order, so it is kept for the next.
+    struct Shape
     {
-        std::size_t keyStart;
-        std::size_t keySize;
-        Item * item;
+        std::vector<ObjectKey> keys;
+        std::vector<Rank> ranks;
     };
+    static constexpr std::size_t mostKeysOfShape = 31;
 
     bool attach(OwnedItem && item);
     bool beginContainer(OwnedItem && container);
@@ -82,11 +84,12 @@ private:
     void giveChildren(const Open & open);
     void giveElements(Array & array, std::size_t first);
     void giveEntries(Object & object, std::size_t first);
-    void rankEntries(std::size_t first);
+    const std::vector<Rank> & ranked(std::size_t first);
+    bool hasKeysOf(const Shape & shape, std::size_t first) const noexcept;
+    void rank(std::size_t first, std::vector<Rank> & ranks) const;
     ItemBlock * makeEntryBlock(std::size_t first);
     void addEntries(SharedSlot<ItemBlock> & items, std::size_t first);
-    std::string_view keyOf(const CollectedEntry & entry) const noexcept;
-    ItemBlock * makeBlock(std::size_t count, std::size_t bytes);
+    ItemBlock * makeBlock(std::size_t count, std::size_t elementSize);
     template <class Node>
     Node * makeNode(std::size_t extraBytes = 0);
 
@@ -97,8 +100,9 @@ private:
     std::vector<Item *> m_elements;
     /// Entries of the open objects, each with one reference that is owned here. While a key waits for its
     /// value, it is the last one and has no item.
-    std::vector<CollectedEntry> m_entries;
-    std::vector<char> m_keyText;
+    std::vector<ObjectEntry> m_entries;
+    /// By number of keys.
+    std::array<Shape, mostKeysOfShape + 1> m_shapes;
     std::vector<Rank> m_ranks;
     bool m_keyWaits = false;
 };
