@@ -74,6 +74,11 @@ TreeBuilder::~TreeBuilder()
         element->release();
 }
 
+Object & TreeBuilder::innermostObject() noexcept
+{
+    return static_cast<Object &>(*m_open.back().container);
+}
+
 bool TreeBuilder::attach(OwnedItem && item)
 {
     if (m_root.get() == nullptr)
@@ -90,7 +95,7 @@ bool TreeBuilder::attach(OwnedItem && item)
         return true;
     }
     if (!m_keyWaits)
-        return false;
+        return m_hasHandedOver && innermostObject().add(item.get());
     m_entries.back().item = item.release();
     m_keyWaits = false;
     return true;
@@ -129,6 +134,7 @@ bool TreeBuilder::endContainer(Type type)
 {
     if (m_open.empty() || TreeAccess::type(*m_open.back().container) != type)
         return false;
+    handKeyOver();
     giveChildren(m_open.back());
     m_open.pop_back();
     return true;
@@ -137,6 +143,8 @@ bool TreeBuilder::endContainer(Type type)
 bool TreeBuilder::key(std::string_view text)
 {
     if (m_open.empty() || TreeAccess::type(*m_open.back().container) != TypeObject || m_keyWaits)
+        return false;
+    if (m_hasHandedOver && !innermostObject().addKey({}))
         return false;
     // Kept: an empty key is taken, and then the value behind it refused.
     if (text.empty())
@@ -187,17 +195,24 @@ bool TreeBuilder::null()
 
 const qvbase::Reference<Item> & TreeBuilder::root()
 {
-    // Only the innermost container can have a key that waits.
-    if (m_keyWaits)
-    {
-        const std::string_view key = m_entries.back().key.view();
-        static_cast<Object &>(*m_open.back().container).addKey(Vontal::u8string(key.data(), key.size()));
-        m_entries.pop_back();
-        m_keyWaits = false;
-    }
+    handKeyOver();
     for (auto open = m_open.rbegin(); open != m_open.rend(); ++open)
         giveChildren(*open);
+    for (Open & open : m_open)
+        open.firstEntry = open.firstElement = 0;
     return m_root;
+}
+
+/// Gives the key that waits to its object. Only the innermost container can have one.
+void TreeBuilder::handKeyOver()
+{
+    if (!m_keyWaits)
+        return;
+    const std::string_view key = m_entries.back().key.view();
+    innermostObject().addKey(Vontal::u8string(key.data(), key.size()));
+    m_entries.pop_back();
+    m_keyWaits = false;
+    m_hasHandedOver = true;
 }
 
 void TreeBuilder::giveChildren(const Open & open)

@@ -78,9 +78,11 @@ private:
     };
     static constexpr std::size_t mostKeysOfShape = 31;
 
+    Object & innermostObject() noexcept;
     bool attach(OwnedItem && item);
     bool beginContainer(OwnedItem && container);
     bool endContainer(Type type);
+    void handKeyOver();
     void giveChildren(const Open & open);
     void giveElements(Array & array, std::size_t first);
     void giveEntries(Object & object, std::size_t first);
@@ -105,6 +107,8 @@ private:
     std::array<Shape, mostKeysOfShape + 1> m_shapes;
     std::vector<Rank> m_ranks;
     bool m_keyWaits = false;
+    /// Whether an object has ever been given a key without its value.
+    bool m_hasHandedOver = false;
 };
 
 } // namespace qvjson
