@@ -3,7 +3,8 @@
 /// The scanner: JSON text in, events out.
 ///
 /// It accepts just what a table of states by classes of byte would, and skips runs of white space and of
-/// ordinary string bytes sixteen at a time. It keeps no tree and does not recurse.
+/// ordinary string bytes sixteen at a time. It keeps no tree and does not recurse. The place in the text goes
+/// from step to step by value, so that it stays in a register.
 #pragma once
 
 #include "VontalBase/json/ModeStack.h"
@@ -12,6 +13,7 @@
 #include "VontalBase/text/utf.h"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <emmintrin.h>
 #include <string_view>
@@ -71,11 +73,12 @@ public:
     bool scan(std::string_view text);
 
 private:
-    /// Where the scan stands between two tokens, or how it ended.
+    /// A place in the text, or null where the scan has stopped.
+    using Place = const unsigned char *;
+
+    /// What is awaited between two tokens.
     enum class State : unsigned char
     {
-        Refused,
-        EndOfText,
         Top,
         AfterValue,
         ObjectOpen,
@@ -85,494 +88,532 @@ private:
         ArrayOpen
     };
 
-    /// How a piece of a token came out.
-    enum class Piece : unsigned char
+    /// Where the scan stands between two tokens.
+    struct Stand
     {
-        Whole,
-        Refused,
-        EndOfText
+        Place p;
+        State state;
     };
 
-    State next(State state);
-    State top();
-    State afterValue();
-    State key(bool mayClose);
-    State colon();
-    State value(bool mayClose);
-    State beginArray();
-    State beginObject();
-    State endArray();
-    State endObject();
-    State comma();
-    State number();
-    State fraction();
-    State exponent();
-    State word(const char * rest, Pending pending);
-    State string(bool isKey);
-    Piece ordinaryBytes();
-    Piece escape();
-    Piece unicodeEscape();
-    Piece hexUnit(unsigned int & unit);
-    Piece digits();
+    Stand next(Stand stand);
+    Stand afterValue(Place p);
+    Stand member(Place p, bool mayClose);
+    Stand colon(Place p);
+    Stand value(Place p, bool mayClose);
+    Stand beginArray(Place p);
+    Stand beginObject(Place p);
+    Stand endArray(Place p);
+    Stand endObject(Place p);
+    Stand comma(Place p);
+    Place number(Place p);
+    Place fraction(Place p);
+    Place exponent(Place p);
+    Place word(Place p, const char * rest, Pending pending);
+    template <bool IsKey>
+    Place string(Place p);
+    template <bool IsKey>
+    Place longString(Place p);
+    template <bool IsKey>
+    bool deliver(std::string_view text);
+    Place ordinaryBytes(Place p);
+    Place multibyteBytes(Place p);
+    Place lastBytes(Place p, unsigned int due);
+    Place escape(Place p);
+    Place unicodeEscape(Place p);
+    Place hexUnit(Place p, unsigned int & unit);
     bool flush();
-    void skipWhite() noexcept;
 
-    bool atEnd() const noexcept
+    Place skipWhite(Place p) const noexcept;
+    Place skipWhiteRun(Place p) const noexcept;
+    Place skipDigits(Place p) const noexcept;
+
+    std::size_t left(Place p) const noexcept
     {
-        return m_p == m_end;
+        return static_cast<std::size_t>(m_end - p);
     }
-    void push(unsigned int byte) noexcept
+    Place refuse() noexcept
     {
-        *m_text.end() = static_cast<char>(byte);
-        m_text.advance(1);
+        m_isRefused = true;
+        return nullptr;
     }
-    /// The text of an event, with a zero byte behind it, valid until the next byte is written.
-    std::string_view takeText() noexcept
+    /// The text ends within a token, which is no failure.
+    static Place endWithin() noexcept
     {
-        m_text.terminate();
-        const std::string_view text(m_text.data(), m_text.size());
-        m_text.clear();
-        return text;
+        return nullptr;
     }
-    Piece madeRoom() noexcept
+    /// Stops at a refusal of the sink or a want of memory.
+    Place goOn(Place p, bool isGood) noexcept
     {
-        return m_text.restoreSlack() ? Piece::Whole : Piece::Refused;
-    }
-    static State ended(Piece piece) noexcept
-    {
-        return piece == Piece::EndOfText ? State::EndOfText : State::Refused;
+        return isGood ? p : refuse();
     }
 
     Sink & m_sink;
-    const unsigned char * m_p = nullptr;
-    const unsigned char * m_end = nullptr;
+    Place m_end = nullptr;
     TextBuffer m_text;
     ModeStack m_modes;
     Pending m_pending = Pending::None;
+    bool m_isRefused = false;
 };
 
 template <class Sink>
 bool JSONScanner<Sink>::scan(std::string_view text)
 {
-    m_p = reinterpret_cast<const unsigned char *>(text.data());
-    m_end = m_p + text.size();
-    State state = State::Top;
-    while (state != State::Refused && state != State::EndOfText)
+    Stand stand{reinterpret_cast<Place>(text.data()), State::Top};
+    m_end = stand.p + text.size();
+    while (stand.p != nullptr)
     {
-        skipWhite();
-        if (atEnd())
+        stand.p = skipWhite(stand.p);
+        if (stand.p == m_end)
             return true;
-        state = next(state);
+        stand = next(stand);
     }
-    return state == State::EndOfText;
+    return !m_isRefused;
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::next(State state)
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::next(Stand stand)
 {
-    switch (state)
+    switch (stand.state)
     {
-    case State::Top:
-        return top();
+    case State::AfterValue:
+        return afterValue(stand.p);
     case State::ObjectOpen:
-        return key(true);
+        return member(stand.p, true);
     case State::Key:
-        return key(false);
+        return member(stand.p, false);
     case State::Colon:
-        return colon();
+        return colon(stand.p);
     case State::Value:
-        return value(false);
+        return value(stand.p, false);
     case State::ArrayOpen:
-        return value(true);
+        return value(stand.p, true);
     default:
-        return afterValue();
+        break;
     }
+    if (*stand.p == '{')
+        return beginObject(stand.p);
+    return *stand.p == '[' ? beginArray(stand.p) : Stand{refuse(), State::Top};
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::top()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::afterValue(Place p)
 {
-    switch (*m_p)
-    {
-    case '{':
-        return beginObject();
-    case '[':
-        return beginArray();
-    default:
-        return State::Refused;
-    }
-}
-
-template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::afterValue()
-{
-    switch (*m_p)
+    switch (*p)
     {
     case ',':
-        return comma();
+        return comma(p);
     case '}':
-        return endObject();
+        return endObject(p);
     case ']':
-        return endArray();
+        return endArray(p);
     case '/':
     case '#':
         // A comment is refused, but only after the value in front of it has been delivered.
         flush();
-        return State::Refused;
+        break;
     default:
-        return State::Refused;
+        break;
     }
+    return {refuse(), State::AfterValue};
+}
+
+/// A key and, as far as the text goes on, its value.
+template <class Sink>
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::member(Place p, bool mayClose)
+{
+    if (*p != '"')
+        return mayClose && *p == '}' ? endObject(p) : Stand{refuse(), State::Key};
+    p = string<true>(p + 1);
+    if (p == nullptr)
+        return {p, State::Colon};
+    p = skipWhite(p);
+    return p == m_end ? Stand{p, State::Colon} : colon(p);
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::key(bool mayClose)
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::colon(Place p)
 {
-    if (*m_p == '"')
-        return string(true);
-    return mayClose && *m_p == '}' ? endObject() : State::Refused;
+    if (*p != ':')
+        return {refuse(), State::Colon};
+    p = skipWhite(p + 1);
+    return p == m_end ? Stand{p, State::Value} : value(p, false);
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::colon()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::value(Place p, bool mayClose)
 {
-    if (*m_p != ':')
-        return State::Refused;
-    ++m_p;
-    return State::Value;
-}
-
-template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::value(bool mayClose)
-{
-    switch (*m_p)
+    switch (*p)
     {
     case '"':
-        return string(false);
+        return {string<false>(p + 1), State::AfterValue};
     case '{':
-        return beginObject();
+        return beginObject(p);
     case '[':
-        return beginArray();
-    case ']':
-        return mayClose ? endArray() : State::Refused;
+        return beginArray(p);
     case 't':
-        return word("rue", Pending::True);
+        return {word(p, "rue", Pending::True), State::AfterValue};
     case 'f':
-        return word("alse", Pending::False);
+        return {word(p, "alse", Pending::False), State::AfterValue};
     case 'n':
-        return word("ull", Pending::Null);
+        return {word(p, "ull", Pending::Null), State::AfterValue};
     default:
-        return *m_p == '-' || isDigit(*m_p) ? number() : State::Refused;
+        break;
     }
+    if (isDigit(*p) || *p == '-')
+        return {number(p), State::AfterValue};
+    return mayClose && *p == ']' ? endArray(p) : Stand{refuse(), State::Value};
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::beginArray()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::beginArray(Place p)
 {
-    ++m_p;
-    return m_sink.beginArray() && m_modes.push(Mode::Array) ? State::ArrayOpen : State::Refused;
+    return {goOn(p + 1, m_sink.beginArray() && m_modes.push(Mode::Array)), State::ArrayOpen};
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::beginObject()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::beginObject(Place p)
 {
-    ++m_p;
-    return m_sink.beginObject() && m_modes.push(Mode::Object) ? State::ObjectOpen : State::Refused;
+    return {goOn(p + 1, m_sink.beginObject() && m_modes.push(Mode::Object)), State::ObjectOpen};
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::endArray()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::endArray(Place p)
 {
-    ++m_p;
     // The pending value goes out before the brackets are matched.
-    return flush() && m_modes.pop(Mode::Array) && m_sink.endArray() ? State::AfterValue : State::Refused;
+    return {goOn(p + 1, flush() && m_modes.pop(Mode::Array) && m_sink.endArray()), State::AfterValue};
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::endObject()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::endObject(Place p)
 {
-    ++m_p;
-    return flush() && m_modes.pop(Mode::Object) && m_sink.endObject() ? State::AfterValue : State::Refused;
+    return {goOn(p + 1, flush() && m_modes.pop(Mode::Object) && m_sink.endObject()), State::AfterValue};
 }
 
+/// A comma and, as far as the text goes on, what it announces.
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::comma()
+inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::comma(Place p)
 {
-    ++m_p;
     if (!flush() || m_modes.empty())
-        return State::Refused;
-    return m_modes.top() == Mode::Object ? State::Key : State::Value;
+        return {refuse(), State::AfterValue};
+    const bool isInObject = m_modes.top() == Mode::Object;
+    p = skipWhite(p + 1);
+    if (p == m_end)
+        return {p, isInObject ? State::Key : State::Value};
+    return isInObject ? member(p, false) : value(p, false);
 }
 
 template <class Sink>
 inline bool JSONScanner<Sink>::flush()
 {
-    const Pending pending = std::exchange(m_pending, Pending::None);
-    if (pending == Pending::None)
-        return true;
-    const std::string_view text = takeText();
-    switch (pending)
+    switch (std::exchange(m_pending, Pending::None))
     {
+    case Pending::None:
+        return true;
     case Pending::Integer:
-        return m_sink.integer(text);
+        return m_sink.integer(m_text.take());
     case Pending::Real:
         return m_sink.real();
     case Pending::Null:
         return m_sink.null();
+    case Pending::True:
+        return m_sink.boolean(true);
     default:
-        return m_sink.boolean(pending == Pending::True);
+        return m_sink.boolean(false);
     }
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::Piece JSONScanner<Sink>::digits()
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::skipDigits(Place p) const noexcept
 {
-    while (!atEnd() && isDigit(*m_p))
-    {
-        push(*m_p++);
-        if (!m_text.restoreSlack())
-            return Piece::Refused;
-    }
-    return atEnd() ? Piece::EndOfText : Piece::Whole;
+    while (p != m_end && isDigit(*p))
+        ++p;
+    return p;
 }
 
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::number()
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::number(Place p)
 {
+    const Place start = p;
+    p += static_cast<std::ptrdiff_t>(*p == '-');
+    if (p == m_end)
+        return endWithin();
+    if (!isDigit(*p))
+        return refuse();
+    const bool isZero = *p == '0';
+    // A digit or an exponent behind a leading zero is refused by what comes after a value.
+    p = isZero ? p + 1 : skipDigits(p);
+    if (p != m_end && *p == '.')
+        return fraction(p);
+    if (p != m_end && (*p | 0x20) == 'e' && !isZero)
+        return exponent(p);
     m_pending = Pending::Integer;
-    if (*m_p == '-')
-    {
-        push(*m_p++);
-        if (atEnd())
-            return State::EndOfText;
-        if (!isDigit(*m_p))
-            return State::Refused;
-    }
-    if (*m_p == '0')
-    {
-        push(*m_p++);
-        // A digit or an exponent behind a zero is refused by what comes after a value.
-        return !atEnd() && *m_p == '.' ? fraction() : State::AfterValue;
-    }
-    const Piece whole = digits();
-    if (whole != Piece::Whole)
-        return ended(whole);
-    if (*m_p == '.')
-        return fraction();
-    return (*m_p | 0x20) == 'e' ? exponent() : State::AfterValue;
+    return goOn(p, m_text.assign(start, static_cast<std::size_t>(p - start), left(start)));
 }
 
+/// From the point on.
 template <class Sink>
-typename JSONScanner<Sink>::State JSONScanner<Sink>::fraction()
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::fraction(Place p)
 {
+    ++p;
+    if (p == m_end)
+        return endWithin();
+    if (!isDigit(*p))
+        return refuse();
+    p = skipDigits(p);
+    if (p != m_end && (*p | 0x20) == 'e')
+        return exponent(p);
     m_pending = Pending::Real;
-    push(*m_p++);
-    if (atEnd())
-        return State::EndOfText;
-    if (!isDigit(*m_p))
-        return State::Refused;
-    const Piece decimals = digits();
-    if (decimals != Piece::Whole)
-        return ended(decimals);
-    return (*m_p | 0x20) == 'e' ? exponent() : State::AfterValue;
+    return p;
 }
 
+/// From the letter on.
 template <class Sink>
-typename JSONScanner<Sink>::State JSONScanner<Sink>::exponent()
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::exponent(Place p)
 {
-    m_pending = Pending::Real;
-    push(*m_p++);
-    if (!atEnd() && (*m_p == '+' || *m_p == '-'))
-        push(*m_p++);
-    if (atEnd())
-        return State::EndOfText;
-    if (!isDigit(*m_p))
-        return State::Refused;
-    const Piece power = digits();
-    if (power != Piece::Whole)
-        return ended(power);
+    ++p;
+    if (p != m_end && (*p == '+' || *p == '-'))
+        ++p;
+    if (p == m_end)
+        return endWithin();
+    if (!isDigit(*p))
+        return refuse();
+    p = skipDigits(p);
     // Directly behind an exponent a comment is any odd byte: the number is not delivered before.
-    return *m_p == '/' || *m_p == '#' ? State::Refused : State::AfterValue;
+    if (p != m_end && (*p == '/' || *p == '#'))
+        return refuse();
+    m_pending = Pending::Real;
+    return p;
 }
 
+/// From the first letter on, of which `rest` are the others.
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::word(const char * rest, Pending pending)
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::word(Place p, const char * rest, Pending pending)
 {
-    ++m_p;
-    for (; *rest != '\0'; ++rest, ++m_p)
+    for (++p; *rest != '\0'; ++rest, ++p)
     {
-        if (atEnd())
-            return State::EndOfText;
-        if (*m_p != static_cast<unsigned char>(*rest))
-            return State::Refused;
+        if (p == m_end)
+            return endWithin();
+        if (*p != static_cast<unsigned char>(*rest))
+            return refuse();
     }
     m_pending = pending;
-    return State::AfterValue;
+    return p;
 }
 
+/// A key or a string, from behind its first quote.
 template <class Sink>
-inline typename JSONScanner<Sink>::State JSONScanner<Sink>::string(bool isKey)
+template <bool IsKey>
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::string(Place p)
 {
-    ++m_p;
-    for (;;)
+    // Most strings are plain, and shorter than a block.
+    if (left(p) >= StringBlock::size)
     {
-        Piece piece = ordinaryBytes();
-        if (piece == Piece::Whole)
+        const StringBlock block(p);
+        const unsigned int count = block.ordinaryAsciiBytes();
+        if (count != StringBlock::size && p[count] == '"')
         {
-            if (*m_p == '"')
-                break;
-            if (*m_p == '\\')
-                piece = escape();
-            else
-                piece = Piece::Refused;
+            block.store(m_text.end());
+            m_text.advance(count);
+            return goOn(p + count + 1, deliver<IsKey>(m_text.take()));
         }
-        if (piece != Piece::Whole)
-            return ended(piece);
     }
-    ++m_p;
-    const std::string_view text = takeText();
-    if (isKey)
-        return m_sink.key(text) ? State::Colon : State::Refused;
-    return m_sink.string(text) ? State::AfterValue : State::Refused;
+    return longString<IsKey>(p);
 }
 
-/// Copies bytes up to a quote, a backslash or a control character, and checks the form of their UTF-8.
 template <class Sink>
-inline typename JSONScanner<Sink>::Piece JSONScanner<Sink>::ordinaryBytes()
+template <bool IsKey>
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::longString(Place p)
+{
+    p = ordinaryBytes(p);
+    while (p != nullptr && *p != '"')
+    {
+        p = *p == '\\' ? escape(p + 1) : refuse();
+        if (p != nullptr)
+            p = ordinaryBytes(p);
+    }
+    return p == nullptr ? p : goOn(p + 1, deliver<IsKey>(m_text.take()));
+}
+
+template <class Sink>
+template <bool IsKey>
+inline bool JSONScanner<Sink>::deliver(std::string_view text)
+{
+    if constexpr (IsKey)
+        return m_sink.key(text);
+    else
+        return m_sink.string(text);
+}
+
+/// Copies bytes up to a quote, a backslash or a control character, which is there.
+template <class Sink>
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::ordinaryBytes(Place p)
+{
+    while (left(p) >= StringBlock::size)
+    {
+        const StringBlock block(p);
+        block.store(m_text.end());
+        const unsigned int count = block.ordinaryAsciiBytes();
+        m_text.advance(count);
+        p += count;
+        if (!m_text.restoreSlack())
+            return refuse();
+        if (count != StringBlock::size)
+            return *p < 0x80 ? p : multibyteBytes(p);
+    }
+    return lastBytes(p, 0);
+}
+
+/// Does what `ordinaryBytes` does, and checks the form of UTF-8.
+template <class Sink>
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::multibyteBytes(Place p)
 {
     unsigned int due = 0;
-    for (;;)
+    while (left(p) >= StringBlock::size)
     {
-        const std::size_t left = static_cast<std::size_t>(m_end - m_p);
-        const StringBlock block(m_p, left);
+        const StringBlock block(p);
         block.store(m_text.end());
         const unsigned int count = block.ordinaryBytes();
-        const bool isWhole = count == left;
-        if (!block.hasForm(isWhole ? count : count + 1, due))
-            return Piece::Refused;
+        if (!block.hasForm(count + 1, due))
+            return refuse();
         m_text.advance(count);
-        m_p += count;
+        p += count;
         if (!m_text.restoreSlack())
-            return Piece::Refused;
-        if (isWhole)
-            return Piece::EndOfText;
+            return refuse();
         if (count != StringBlock::size)
-            return Piece::Whole;
+            return p;
     }
+    return lastBytes(p, due);
 }
 
+/// Does what `multibyteBytes` does where fewer bytes are left than a block has.
 template <class Sink>
-typename JSONScanner<Sink>::Piece JSONScanner<Sink>::escape()
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::lastBytes(Place p, unsigned int due)
 {
-    ++m_p;
-    if (atEnd())
-        return Piece::EndOfText;
-    const unsigned char letter = *m_p++;
-    switch (letter)
+    const StringBlock block(p, left(p));
+    block.store(m_text.end());
+    const unsigned int count = block.ordinaryBytes();
+    const bool isEnd = count == left(p);
+    if (!block.hasForm(isEnd ? count : count + 1, due))
+        return refuse();
+    m_text.advance(count);
+    if (!m_text.restoreSlack())
+        return refuse();
+    return isEnd ? endWithin() : p + count;
+}
+
+/// From behind the backslash on.
+template <class Sink>
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::escape(Place p)
+{
+    if (p == m_end)
+        return endWithin();
+    switch (*p)
     {
     case '"':
     case '\\':
     case '/':
-        push(letter);
+        m_text.push(*p);
         break;
     case 'b':
-        push('\b');
+        m_text.push('\b');
         break;
     case 'f':
-        push('\f');
+        m_text.push('\f');
         break;
     case 'n':
-        push('\n');
+        m_text.push('\n');
         break;
     case 'r':
-        push('\r');
+        m_text.push('\r');
         break;
     case 't':
-        push('\t');
+        m_text.push('\t');
         break;
     case 'u':
-        return unicodeEscape();
+        return unicodeEscape(p + 1);
     default:
-        return Piece::Refused;
+        return refuse();
     }
-    return madeRoom();
+    return goOn(p + 1, m_text.restoreSlack());
 }
 
 /// Reads four hexadecimal digits.
 template <class Sink>
-typename JSONScanner<Sink>::Piece JSONScanner<Sink>::hexUnit(unsigned int & unit)
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::hexUnit(Place p, unsigned int & unit)
 {
     unit = 0;
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i, ++p)
     {
-        if (atEnd())
-            return Piece::EndOfText;
-        const unsigned int digit = hexValue(*m_p);
+        if (p == m_end)
+            return endWithin();
+        const unsigned int digit = hexValue(*p);
         if (digit > 15)
-            return Piece::Refused;
+            return refuse();
         unit = unit << 4 | digit;
-        ++m_p;
     }
-    return Piece::Whole;
+    return p;
 }
 
 /// Reads what stands behind `\u`: one unit, or the two units of a surrogate pair.
 template <class Sink>
-typename JSONScanner<Sink>::Piece JSONScanner<Sink>::unicodeEscape()
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::unicodeEscape(Place p)
 {
     unsigned int unit = 0;
-    Piece piece = hexUnit(unit);
-    if (piece != Piece::Whole)
-        return piece;
+    p = hexUnit(p, unit);
+    if (p == nullptr)
+        return p;
     if (unit >= 0xDC00 && unit <= 0xDFFF)
-        return Piece::Refused;
+        return refuse();
     if (unit >= 0xD800 && unit <= 0xDBFF)
     {
         for (const unsigned char expected : {'\\', 'u'})
         {
-            if (atEnd())
-                return Piece::EndOfText;
-            if (*m_p++ != expected)
-                return Piece::Refused;
+            if (p == m_end)
+                return endWithin();
+            if (*p++ != expected)
+                return refuse();
         }
         unsigned int low = 0;
-        piece = hexUnit(low);
-        if (piece != Piece::Whole)
-            return piece;
+        p = hexUnit(p, low);
+        if (p == nullptr)
+            return p;
         if (low < 0xDC00 || low > 0xDFFF)
-            return Piece::Refused;
+            return refuse();
         unit = 0x10000 + ((unit & 0x3FFU) << 10) + (low & 0x3FFU);
     }
     m_text.advance(Vontal::encodeUtf8(unit, m_text.end()));
-    return madeRoom();
+    return goOn(p, m_text.restoreSlack());
 }
 
 template <class Sink>
-inline void JSONScanner<Sink>::skipWhite() noexcept
+inline typename JSONScanner<Sink>::Place JSONScanner<Sink>::skipWhite(Place p) const noexcept
 {
-    if (atEnd() || !isWhite(*m_p))
-        return;
-    ++m_p;
+    // Mostly there is none, or one blank.
+    if (p == m_end || *p > ' ' || !isWhite(*p))
+        return p;
+    ++p;
+    return p == m_end || *p > ' ' ? p : skipWhiteRun(p);
+}
+
+template <class Sink>
+typename JSONScanner<Sink>::Place JSONScanner<Sink>::skipWhiteRun(Place p) const noexcept
+{
     const auto isEvery = [](__m128i bytes, char byte)
     {
         return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte));
     };
-    while (m_end - m_p >= 16)
+    for (; left(p) >= 16; p += 16)
     {
-        if (!isWhite(*m_p))
-            return;
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(m_p));
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
         const __m128i white = _mm_or_si128(_mm_or_si128(isEvery(bytes, ' '), isEvery(bytes, '\n')),
             _mm_or_si128(isEvery(bytes, '\t'), isEvery(bytes, '\r')));
         const unsigned int others = ~static_cast<unsigned int>(_mm_movemask_epi8(white)) & 0xFFFFU;
         if (others != 0)
-        {
-            m_p += std::countr_zero(others);
-            return;
-        }
-        m_p += 16;
+            return p + std::countr_zero(others);
     }
-    while (!atEnd() && isWhite(*m_p))
-        ++m_p;
+    while (p != m_end && isWhite(*p))
+        ++p;
+    return p;
 }
 
 } // namespace qvjson

@@ -18,6 +18,10 @@ class StringBlock
 public:
     static constexpr unsigned int size = 16;
 
+    /// Takes sixteen bytes.
+    explicit StringBlock(const unsigned char * p) noexcept : m_bytes(load(p))
+    {
+    }
     /// Takes sixteen bytes, or all that are left and quotes behind them.
     StringBlock(const unsigned char * p, std::size_t left) noexcept
         : m_bytes(left >= size ? load(p) : loadLast(p, left))
@@ -30,14 +34,19 @@ public:
         _mm_storeu_si128(reinterpret_cast<__m128i *>(to), m_bytes);
     }
 
+    /// How many bytes from the front are ASCII, and no quote, backslash or control character.
+    unsigned int ordinaryAsciiBytes() const noexcept
+    {
+        // As signed numbers, the bytes beyond ASCII are below the blank as well.
+        const __m128i isOutside = _mm_cmplt_epi8(m_bytes, _mm_set1_epi8(' '));
+        return firstOf(_mm_or_si128(isOutside, isQuoteOrBackslash()));
+    }
+
     /// How many bytes from the front are no quote, backslash or control character.
     unsigned int ordinaryBytes() const noexcept
     {
         const __m128i isControl = _mm_cmpeq_epi8(_mm_min_epu8(m_bytes, _mm_set1_epi8(0x1F)), m_bytes);
-        const __m128i isQuote = _mm_cmpeq_epi8(m_bytes, _mm_set1_epi8('"'));
-        const __m128i isBackslash = _mm_cmpeq_epi8(m_bytes, _mm_set1_epi8('\\'));
-        const unsigned int special = mask(_mm_or_si128(isControl, _mm_or_si128(isQuote, isBackslash)));
-        return static_cast<unsigned int>(std::countr_zero(special | (1U << size)));
+        return firstOf(_mm_or_si128(isControl, isQuoteOrBackslash()));
     }
 
     /// Whether lead and continuation bytes match among the first `count` bytes. Form only: overlong forms and
@@ -51,12 +60,18 @@ public:
     {
         if ((mask(m_bytes) | due) == 0)
             return true;
-        const unsigned int continuations = mask(m_bytes) & ~atLeast(0xC0);
-        const unsigned int expected = due | (atLeast(0xC0) << 1) | (atLeast(0xE0) << 2) |
-                                      (atLeast(0xF0) << 3) | (atLeast(0xF8) << 4) | (atLeast(0xFC) << 5);
+        const unsigned int leads = atLeast(0xC0);
+        unsigned int expected = due | (leads << 1) | (atLeast(0xE0) << 2);
+        unsigned int bad = 0;
+        if (const unsigned int longLeads = atLeast(0xF0))
+        {
+            expected |= (longLeads << 3) | (atLeast(0xF8) << 4) | (atLeast(0xFC) << 5);
+            bad = atLeast(0xFE);
+        }
         due = expected >> size;
+        const unsigned int continuations = mask(m_bytes) & ~leads;
         const unsigned int concerned = ((1U << count) - 1) & ((1U << size) - 1);
-        return ((expected ^ continuations) & concerned) == 0 && (atLeast(0xFE) & concerned) == 0;
+        return (((expected ^ continuations) | bad) & concerned) == 0;
     }
 
 private:
@@ -77,6 +92,18 @@ private:
     static unsigned int mask(__m128i isThere) noexcept
     {
         return static_cast<unsigned int>(_mm_movemask_epi8(isThere));
+    }
+
+    __m128i isQuoteOrBackslash() const noexcept
+    {
+        return _mm_or_si128(
+            _mm_cmpeq_epi8(m_bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(m_bytes, _mm_set1_epi8('\\')));
+    }
+
+    /// The index of the first byte that is marked, or the number of bytes if there is none.
+    static unsigned int firstOf(__m128i isMarked) noexcept
+    {
+        return static_cast<unsigned int>(std::countr_zero(mask(isMarked) | (1U << size)));
     }
 
     /// A bit for each byte that is not below `least`.

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
+#include <utility>
 
 namespace qvjson
 {
@@ -25,18 +27,6 @@ public:
         return resize(4096);
     }
 
-    char * data() noexcept
-    {
-        return m_bytes.get();
-    }
-    std::size_t size() const noexcept
-    {
-        return m_fill;
-    }
-    void clear() noexcept
-    {
-        m_fill = 0;
-    }
     /// Where the next byte goes.
     char * end() noexcept
     {
@@ -47,20 +37,43 @@ public:
     {
         m_fill += count;
     }
-    /// Takes bytes back.
-    void drop(std::size_t count) noexcept
+    /// Writes one byte into the slack.
+    void push(unsigned char byte) noexcept
     {
-        m_fill -= count;
+        *end() = static_cast<char>(byte);
+        advance(1);
+    }
+    /// Replaces everything by `size` bytes, of `readable` that may be read. @return false if there is no
+    /// memory.
+    bool assign(const unsigned char * bytes, std::size_t size, std::size_t readable) noexcept
+    {
+        if (size <= 16 && readable >= 16)
+        {
+            // A copy of fixed size is a load and a store.
+            std::memcpy(m_bytes.get(), bytes, 16);
+        }
+        else
+        {
+            while (m_capacity < size + slack)
+            {
+                if (!resize(2 * m_capacity))
+                    return false;
+            }
+            std::memcpy(m_bytes.get(), bytes, size);
+        }
+        m_fill = size;
+        return true;
+    }
+    /// Takes the text out, with a zero byte behind it. It is valid until the next byte is written.
+    std::string_view take() noexcept
+    {
+        *end() = '\0';
+        return {m_bytes.get(), std::exchange(m_fill, 0)};
     }
     /// Sees to it that the slack is there. @return false if there is no memory for it.
     bool restoreSlack() noexcept
     {
         return m_capacity - m_fill >= slack || resize(2 * m_capacity);
-    }
-    /// Writes a zero byte behind the text, without counting it. There is slack for it.
-    void terminate() noexcept
-    {
-        *end() = '\0';
     }
 
 private:
