@@ -1,223 +1,115 @@
 #include "VontalBase/json/JSONPrinterImpl.h"
 
 #include "VontalBase/core/ReferencedImpl.h"
-#include "VontalBase/json/Array.h"
-#include "VontalBase/json/Object.h"
-#include "VontalBase/json/ValueBool.h"
-#include "VontalBase/json/ValueInt.h"
-#include "VontalBase/json/ValueString.h"
-#include "VontalBase/json/containers.h"
-
-#include <vector>
+#include "VontalBase/json/TreePrinter.h"
 
 namespace qvjson
 {
 
 JSONPrinterImpl::~JSONPrinterImpl() = default;
 
-/// What stands before every token but a closing bracket. Makes room for a short token.
-inline void JSONPrinterImpl::separate()
+/// Begins the text of a call with what stands before every token but a closing bracket.
+char * JSONPrinterImpl::separate()
 {
-    m_writer.makeRoom();
+    char * to = m_writer.begin();
     if (!m_atStart && !m_afterKey)
-        m_writer.put(',');
+        *to++ = ',';
     m_atStart = false;
     m_afterKey = false;
+    return to;
 }
 
-inline void JSONPrinterImpl::open(char bracket)
+bool JSONPrinterImpl::handOver(const char * to)
 {
-    separate();
-    m_writer.put(bracket);
-    m_atStart = true;
-}
-
-inline void JSONPrinterImpl::close(char bracket)
-{
-    m_writer.makeRoom();
-    m_writer.put(bracket);
-    m_atStart = false;
-    m_afterKey = false;
-}
-
-inline void JSONPrinterImpl::key(std::string_view text)
-{
-    string(text);
-    m_writer.put(':');
-    m_afterKey = true;
-}
-
-inline void JSONPrinterImpl::string(std::string_view text)
-{
-    separate();
-    m_writer.put('"');
-    m_writer.putEscaped(text);
-    m_writer.put('"');
-}
-
-inline void JSONPrinterImpl::number(int value)
-{
-    separate();
-    m_writer.putNumber(value);
-}
-
-inline void JSONPrinterImpl::word(std::string_view text)
-{
-    separate();
-    m_writer.putShort(text);
-}
-
-/// Gives the composed text to the stream.
-bool JSONPrinterImpl::handOver()
-{
-    m_writer.handOver();
+    m_writer.handOver(to);
     return true;
+}
+
+bool JSONPrinterImpl::open(char bracket)
+{
+    char * to = separate();
+    *to++ = bracket;
+    m_atStart = true;
+    return handOver(to);
+}
+
+bool JSONPrinterImpl::close(char bracket)
+{
+    char * to = m_writer.begin();
+    *to++ = bracket;
+    m_atStart = false;
+    m_afterKey = false;
+    return handOver(to);
+}
+
+bool JSONPrinterImpl::word(std::string_view text)
+{
+    return handOver(JSONWriter::putShort(separate(), text));
 }
 
 bool JSONPrinterImpl::printObjectBegin()
 {
-    open('{');
-    return handOver();
+    return open('{');
 }
 
 bool JSONPrinterImpl::printObjectEnd()
 {
-    close('}');
-    return handOver();
+    return close('}');
 }
 
-bool JSONPrinterImpl::printKey(Vontal::u8string const & text)
+bool JSONPrinterImpl::printKey(Vontal::u8string const & key)
 {
-    key(text);
-    return handOver();
+    char * to = m_writer.putString(separate(), key);
+    *to++ = ':';
+    m_afterKey = true;
+    return handOver(to);
 }
 
 bool JSONPrinterImpl::printString(Vontal::u8string const & text)
 {
-    string(text);
-    return handOver();
+    return handOver(m_writer.putString(separate(), text));
 }
 
 bool JSONPrinterImpl::printNumber(Vontal::u8string const & digits)
 {
-    separate();
-    m_writer.putText(digits);
-    return handOver();
+    return handOver(m_writer.putText(separate(), digits));
 }
 
 bool JSONPrinterImpl::printInt(int value)
 {
-    number(value);
-    return handOver();
+    return handOver(JSONWriter::putNumber(separate(), value));
 }
 
 bool JSONPrinterImpl::printNull()
 {
-    word("null");
-    return handOver();
+    return word("null");
 }
 
 bool JSONPrinterImpl::printBool(bool value)
 {
-    word(value ? "true" : "false");
-    return handOver();
+    return word(value ? "true" : "false");
 }
 
 bool JSONPrinterImpl::printArrayBegin()
 {
-    open('[');
-    return handOver();
+    return open('[');
 }
 
 bool JSONPrinterImpl::printArrayEnd()
 {
-    close(']');
-    return handOver();
+    return close(']');
 }
-
-/// Composes a node that holds no others. Returns false for one of no known type.
-inline bool JSONPrinterImpl::leaf(const Item & item)
-{
-    switch (TreeAccess::type(item))
-    {
-    case TypeNull:
-        word("null");
-        return true;
-    case TypeString:
-        string(static_cast<const ValueString &>(item).view());
-        return true;
-    case TypeInt:
-        // Kept: the low 32 bits only.
-        number(static_cast<const ValueInt &>(item).getInt());
-        return true;
-    case TypeBool:
-        word(static_cast<const ValueBool &>(item).getValue() ? "true" : "false");
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// Composes a tree, piece by piece.
-class JSONPrinterImpl::TreeWalk
-{
-public:
-    explicit TreeWalk(JSONPrinterImpl & printer) noexcept : m_printer(printer)
-    {
-    }
-
-    bool print(const Item * root)
-    {
-        if (!begin(root))
-            return false;
-        while (!m_open.empty())
-        {
-            ChildCursor & container = m_open.back();
-            if (container.atEnd())
-            {
-                m_printer.close(container.isArray() ? ']' : '}');
-                m_open.pop_back();
-                continue;
-            }
-            if (!container.isArray())
-                m_printer.key(container.key());
-            const Item * const item = container.item();
-            container.next();
-            if (!begin(item))
-                return false;
-        }
-        return true;
-    }
-
-private:
-    bool begin(const Item * item)
-    {
-        if (item == nullptr)
-            return false;
-        switch (TreeAccess::type(*item))
-        {
-        case TypeArray:
-            m_printer.open('[');
-            m_open.emplace_back(*item);
-            return true;
-        case TypeObject:
-            m_printer.open('{');
-            m_open.emplace_back(*item);
-            return true;
-        default:
-            return m_printer.leaf(*item);
-        }
-    }
-
-    JSONPrinterImpl & m_printer;
-    std::vector<ChildCursor> m_open;
-};
 
 bool JSONPrinterImpl::printItem(Item * item)
 {
-    const bool isWhole = TreeWalk(*this).print(item);
-    handOver();
-    return isWhole;
+    if (!TreePrinter::isPrintable(item))
+        return false;
+    TreePrinter tree(m_writer);
+    char * to = separate();
+    const bool isWhole = tree.print(*item, to);
+    m_atStart = !isWhole && tree.stoppedAtStart();
+    m_afterKey = !isWhole && tree.stoppedAfterKey();
+    return handOver(to) && isWhole;
 }
 
 bool jsonPrinterFactory(std::basic_ostream<char> * stream, qvbase::Reference<JSONPrinter> & out)

@@ -35,17 +35,11 @@ public:
     virtual ~JSONPrinterImpl();
 
 private:
-    class TreeWalk;
-
-    void separate();
-    void open(char bracket);
-    void close(char bracket);
-    void key(std::string_view text);
-    void string(std::string_view text);
-    void number(int value);
-    void word(std::string_view text);
-    bool leaf(const Item & item);
-    bool handOver();
+    char * separate();
+    bool open(char bracket);
+    bool close(char bracket);
+    bool word(std::string_view text);
+    bool handOver(const char * to);
 
     JSONWriter m_writer;
     bool m_afterKey = false;

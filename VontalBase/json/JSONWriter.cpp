@@ -10,24 +10,23 @@
 namespace qvjson
 {
 
-void JSONWriter::putNumber(int value) noexcept
+char * JSONWriter::putNumber(char * to, int value) noexcept
 {
-    char * const begin = m_bytes.get() + m_fill;
-    m_fill += static_cast<std::size_t>(std::to_chars(begin, begin + slack, value).ptr - begin);
+    return std::to_chars(to, to + slack, value).ptr;
 }
 
-void JSONWriter::putText(std::string_view text)
+char * JSONWriter::putText(char * to, std::string_view text)
 {
-    while (!text.empty())
+    const char * const end = m_bytes.get() + capacity;
+    while (text.size() > static_cast<std::size_t>(end - to))
     {
-        if (m_fill == capacity)
-            handOver();
-        const std::size_t count = std::min(capacity - m_fill, text.size());
-        std::memcpy(m_bytes.get() + m_fill, text.data(), count);
-        m_fill += count;
+        const std::size_t count = static_cast<std::size_t>(end - to);
+        std::memcpy(to, text.data(), count);
         text.remove_prefix(count);
+        to = handOver(to + count);
     }
-    makeRoom();
+    std::memcpy(to, text.data(), text.size());
+    return makeRoom(to + text.size());
 }
 
 namespace
@@ -57,101 +56,88 @@ Word load(const char * p) noexcept
     return word;
 }
 
-constexpr std::uint64_t widened(std::uint64_t word) noexcept
+/// Writes a text of one to two words, which overlap where it is shorter than both. Returns false if a byte of
+/// it needs an escape.
+template <class Word>
+bool putWords(char * to, std::string_view text) noexcept
 {
-    return word;
+    const std::size_t lastStart = text.size() - sizeof(Word);
+    const Word first = load<Word>(text.data());
+    const Word last = load<Word>(text.data() + lastStart);
+    std::memcpy(to, &first, sizeof(first));
+    std::memcpy(to + lastStart, &last, sizeof(last));
+    if constexpr (sizeof(Word) == sizeof(std::uint64_t))
+        return !hasSpecial(first) && !hasSpecial(last);
+    else
+        return !hasSpecial(std::uint64_t{last} << 32 | first);
 }
 
-/// Four bytes twice over.
-constexpr std::uint64_t widened(std::uint32_t word) noexcept
+char * putEscape(char * to, unsigned char byte) noexcept
 {
-    return std::uint64_t{word} << 32 | word;
+    constexpr const char * digits = "0123456789abcdef";
+    *to++ = '\\';
+    switch (byte)
+    {
+    case '\b':
+        *to++ = 'b';
+        break;
+    case '\t':
+        *to++ = 't';
+        break;
+    case '\n':
+        *to++ = 'n';
+        break;
+    case '\f':
+        *to++ = 'f';
+        break;
+    case '\r':
+        *to++ = 'r';
+        break;
+    case '"':
+    case '\\':
+        *to++ = static_cast<char>(byte);
+        break;
+    default:
+        to = JSONWriter::putShort(to, "u00");
+        *to++ = digits[byte >> 4];
+        *to++ = digits[byte & 0x0FU];
+        break;
+    }
+    return to;
 }
 
 } // namespace
 
-/// Writes a text of four to sixteen bytes if no byte of it needs an escape, and otherwise only says no.
-template <class Word>
-bool JSONWriter::putOrdinary(std::string_view text) noexcept
+char * JSONWriter::putString(char * to, std::string_view text)
 {
-    // The two words overlap where the text is shorter than both.
-    const std::size_t lastStart = text.size() - sizeof(Word);
-    const Word first = load<Word>(text.data());
-    const Word last = load<Word>(text.data() + lastStart);
-    char * const to = m_bytes.get() + m_fill;
-    std::memcpy(to, &first, sizeof(first));
-    std::memcpy(to + lastStart, &last, sizeof(last));
-    if (hasSpecial(widened(first)) || hasSpecial(widened(last)))
-        return false;
-    m_fill += text.size();
-    return true;
-}
-
-void JSONWriter::putEscaped(std::string_view text)
-{
-    if (text.size() >= 8 && text.size() <= 16)
-    {
-        if (putOrdinary<std::uint64_t>(text))
-            return;
-    }
-    else if (text.size() >= 4 && text.size() < 8 && putOrdinary<std::uint32_t>(text))
-    {
-        return;
-    }
-    putEscapedBlocks(text);
+    *to++ = '"';
+    const bool isShort = text.size() >= 4 && text.size() <= 16;
+    if (isShort && (text.size() >= 8 ? putWords<std::uint64_t>(to, text) : putWords<std::uint32_t>(to, text)))
+        to += text.size();
+    else
+        to = putEscapedBlocks(to, text);
+    *to++ = '"';
+    return to;
 }
 
 /// Writes a text of any length, sixteen bytes at a time.
-void JSONWriter::putEscapedBlocks(std::string_view text)
+char * JSONWriter::putEscapedBlocks(char * to, std::string_view text)
 {
     const unsigned char * p = reinterpret_cast<const unsigned char *>(text.data());
     std::size_t left = text.size();
     while (left != 0)
     {
-        makeRoom();
+        to = makeRoom(to);
         const StringBlock block(p, left);
-        block.store(m_bytes.get() + m_fill);
+        block.store(to);
         std::size_t count = block.ordinaryBytes();
-        m_fill += count;
+        to += count;
         if (count < StringBlock::size && count < left)
-            putEscape(p[count++]);
+            to = putEscape(to, p[count++]);
         p += count;
         left -= count;
     }
-    makeRoom();
-}
-
-void JSONWriter::putEscape(unsigned char byte)
-{
-    constexpr const char * digits = "0123456789abcdef";
-    put('\\');
-    switch (byte)
-    {
-    case '\b':
-        put('b');
-        break;
-    case '\t':
-        put('t');
-        break;
-    case '\n':
-        put('n');
-        break;
-    case '\f':
-        put('f');
-        break;
-    case '\r':
-        put('r');
-        break;
-    case '"':
-    case '\\':
-        put(static_cast<char>(byte));
-        break;
-    default:
-        putShort("u00");
-        put(digits[byte >> 4]);
-        put(digits[byte & 0x0FU]);
-        break;
-    }
+    return makeRoom(to);
 }
 
 } // namespace qvjson

@@ -11,58 +11,59 @@
 namespace qvjson
 {
 
-/// Gathers bytes and hands them to a stream in large pieces.
+/// Gathers bytes and hands them to a stream in large pieces. The place of the next byte goes from call to
+/// call by value, so that it stays in a register: a run of calls begins with `begin` and ends with
+/// `handOver`.
 class JSONWriter
 {
 public:
-    /// How many bytes `put` and `putNumber` may write between two calls of `makeRoom`.
+    /// How many bytes may be written behind a place that `begin`, `makeRoom` or `putText` gave.
     static constexpr std::size_t slack = 64;
 
     explicit JSONWriter(std::basic_ostream<char> & stream) : m_stream(stream), m_bytes(new char[capacity])
     {
     }
 
-    /// Sees to it that there is room for `slack` bytes.
-    void makeRoom()
+    /// The first place.
+    char * begin() noexcept
     {
-        if (capacity - m_fill < slack)
-            handOver();
+        return m_bytes.get();
     }
-    void put(char byte) noexcept
+    /// Sees to it that there is slack behind a place.
+    char * makeRoom(char * to)
     {
-        m_bytes[m_fill++] = byte;
+        return to > m_bytes.get() + (capacity - slack) ? handOver(to) : to;
     }
-    /// Writes a short text, of at most sixteen bytes.
-    void putShort(std::string_view text) noexcept
+    /// Writes a number of at most twelve bytes, without asking for room.
+    static char * putNumber(char * to, int value) noexcept;
+    /// Writes a short text as it stands, without asking for room.
+    static char * putShort(char * to, std::string_view text) noexcept
     {
         for (const char byte : text)
-            put(byte);
+            *to++ = byte;
+        return to;
     }
-    void putNumber(int value) noexcept;
     /// Writes a text of any length as it stands.
-    void putText(std::string_view text);
-    /// Writes a text of any length with the escapes of a JSON string. There is room for a short one.
-    void putEscaped(std::string_view text);
+    char * putText(char * to, std::string_view text);
+    /// Writes the string of a text of any length: quotes, and escapes where they are needed. There must be
+    /// slack, of which half is left behind it.
+    char * putString(char * to, std::string_view text);
 
-    /// Gives everything to the stream.
-    void handOver()
+    /// Gives everything up to a place to the stream. @return the first place.
+    char * handOver(const char * to)
     {
         // Kept: what a stream refuses is lost, and its state is not asked.
-        m_stream.write(m_bytes.get(), static_cast<std::streamsize>(m_fill));
-        m_fill = 0;
+        m_stream.write(m_bytes.get(), static_cast<std::streamsize>(to - m_bytes.get()));
+        return m_bytes.get();
     }
 
 private:
     static constexpr std::size_t capacity = 16384;
 
-    template <class Word>
-    bool putOrdinary(std::string_view text) noexcept;
-    void putEscapedBlocks(std::string_view text);
-    void putEscape(unsigned char byte);
+    char * putEscapedBlocks(char * to, std::string_view text);
 
     std::basic_ostream<char> & m_stream;
     std::unique_ptr<char[]> m_bytes;
-    std::size_t m_fill = 0;
 };
 
 } // namespace qvjson
