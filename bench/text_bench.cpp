@@ -5,25 +5,32 @@
 #include <benchmark/benchmark.h>
 #include <iconv.h>
 #include <map>
+#include <random>
 #include <unicode/ustring.h>
 #include <vector>
 
 namespace
 {
 
-std::string repeated(const std::string & text, std::size_t size)
+const std::vector<std::string> asciiWords = {"the", "quick", "brown", "fox", "jumps", "over", "lazy", "dog,",
+    "and", "0123456789", "sheep", "look", "on.", "Configuration", "of", "a", "library"};
+
+const std::vector<std::string> mixedWords = {"Größe", "und", "Maß;", "la", "forêt", "où", "l'été",
+    "s'achève;", "Żółć", "i", "łódź;", "Широкая", "электрификация", "южных", "губерний", "the", "brown",
+    "fox", "東京は日本の首都です。", "北京是中国的首都。", "서울은", "한국의", "수도이다。", "τῶν", "Ἑλλήνων",
+    "niño", "øre"};
+
+/// Words in an order without a period, so that no branch predictor learns the text.
+std::string textOfWords(const std::vector<std::string> & words, std::size_t size)
 {
+    std::mt19937 random(20240229);
+    std::uniform_int_distribution<std::size_t> index(0, words.size() - 1);
     std::string out;
-    out.reserve(size + text.size());
+    out.reserve(size + 64);
     while (out.size() < size)
-        out += text;
+        out.append(words[index(random)]).append(" ");
     return out;
 }
-
-const std::string asciiText = "The quick brown fox jumps over the lazy dog, and 0123456789 sheep look on. ";
-const std::string mixedText =
-    "Größe und Maß; la forêt où l'été s'achève; Żółć i łódź; Широкая электрификация; "
-    "東京は日本の首都です。北京是中国的首都。서울은 한국의 수도이다。";
 
 void toWideOurs(benchmark::State & state, const std::string & text)
 {
@@ -122,7 +129,7 @@ const std::string & textOf(const std::string & kind, std::size_t size)
     static std::map<std::pair<std::string, std::size_t>, std::string> kept;
     std::string & text = kept[{kind, size}];
     if (text.empty())
-        text = repeated(kind == "ascii" ? asciiText : mixedText, size);
+        text = textOfWords(kind == "ascii" ? asciiWords : mixedWords, size);
     return text;
 }
 

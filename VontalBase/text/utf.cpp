@@ -1,5 +1,6 @@
 #include "VontalBase/text/utf.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -170,51 +171,111 @@ std::size_t widenAscii(const unsigned char * p, std::size_t size, GatheredWide &
     std::size_t done = 0;
     while (size - done >= 16 && isAscii16(p + done))
     {
-        widen16(p + done, out.room(16));
-        out.advance(16);
-        done += 16;
+        wchar_t * const to = out.room(16);
+        const std::size_t blocks = std::min(size - done, out.free()) / 16;
+        std::size_t block = 0;
+        for (; block < blocks && isAscii16(p + done + 16 * block); ++block)
+            widen16(p + done + 16 * block, to + 16 * block);
+        out.advance(16 * block);
+        done += 16 * block;
     }
     return done;
 }
 
-/// Converts up to `limit` characters that are not worth a vector. There is room for two units for each.
-void widenCharacters(
-    const unsigned char *& p, const unsigned char * end, std::size_t limit, GatheredWide & out)
+/// Four bytes as a number, the first one lowest.
+std::uint32_t loadWord(const unsigned char * p) noexcept
 {
-    wchar_t * const start = out.room(2 * limit);
-    wchar_t * to = start;
-    for (; limit != 0 && end - p >= 4; --limit)
+    std::uint32_t word = 0;
+    std::memcpy(&word, p, sizeof(word));
+    return word;
+}
+
+/// Where a conversion to wide text stands.
+struct Widening
+{
+    const unsigned char * p;
+    /// From here on a step is not begun; four bytes are there up to it.
+    const unsigned char * stop;
+    wchar_t * to;
+
+    bool goesOn() const noexcept
     {
-        const unsigned char lead = p[0];
-        if (lead < 0x80)
-        {
-            *to++ = static_cast<wchar_t>(lead);
-            ++p;
-        }
-        else if (lead >= 0xE1 && lead <= 0xEC && isContinuation(p[1]) && isContinuation(p[2]))
-        {
-            *to++ = static_cast<wchar_t>(((lead & 0x0FU) << 12) | ((p[1] & 0x3FU) << 6) | (p[2] & 0x3FU));
-            p += 3;
-        }
-        else if (lead >= 0xC2 && lead < 0xE0 && isContinuation(p[1]))
-        {
-            *to++ = static_cast<wchar_t>(((lead & 0x1FU) << 6) | (p[1] & 0x3FU));
-            p += 2;
-        }
-        else
-        {
-            const Decoded next = decodeFront(p, static_cast<std::size_t>(end - p));
-            p += next.length;
-            if (next.codePoint < 0x10000)
-            {
-                *to++ = static_cast<wchar_t>(next.codePoint);
-                continue;
-            }
-            *to++ = static_cast<wchar_t>(0xD7C0 + (next.codePoint >> 10));
-            *to++ = static_cast<wchar_t>(0xDC00 + (next.codePoint & 0x3FFU));
-        }
+        return p < stop;
     }
-    out.advance(static_cast<std::size_t>(to - start));
+};
+
+void widenAsciiRun(Widening & at) noexcept
+{
+    const __m128i zero = _mm_setzero_si128();
+    for (; at.goesOn() && (loadWord(at.p) & 0x80808080U) == 0; at.p += 4, at.to += 4)
+    {
+        const __m128i units = _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(loadWord(at.p))), zero);
+        if constexpr (unitsAreWide)
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(at.to), _mm_unpacklo_epi16(units, zero));
+        else
+            _mm_storel_epi64(reinterpret_cast<__m128i *>(at.to), units);
+    }
+    for (; at.goesOn() && *at.p < 0x80; ++at.p)
+        *at.to++ = static_cast<wchar_t>(*at.p);
+}
+
+void widenTwoByteRun(Widening & at) noexcept
+{
+    while (at.goesOn())
+    {
+        const std::uint32_t word = loadWord(at.p);
+        if ((word & 0xC0E0U) != 0x80C0U || (word & 0x1EU) == 0)
+            return;
+        *at.to++ = static_cast<wchar_t>((word & 0x1FU) << 6 | (word >> 8 & 0x3FU));
+        at.p += 2;
+    }
+}
+
+void widenThreeByteRun(Widening & at) noexcept
+{
+    while (at.goesOn())
+    {
+        const std::uint32_t word = loadWord(at.p);
+        const std::uint32_t unit = (word & 0x0FU) << 12 | (word >> 2 & 0xFC0U) | (word >> 16 & 0x3FU);
+        if ((word & 0xC0C0F0U) != 0x8080E0U || unit < 0x800 || (unit & 0xF800U) == 0xD800)
+            return;
+        *at.to++ = static_cast<wchar_t>(unit);
+        at.p += 3;
+    }
+}
+
+/// Whatever it is, four-byte characters and ill-formed sequences among it.
+void widenOne(Widening & at, const unsigned char * end) noexcept
+{
+    const Decoded next = decodeFront(at.p, static_cast<std::size_t>(end - at.p));
+    at.p += next.length;
+    if (next.codePoint < 0x10000)
+    {
+        *at.to++ = static_cast<wchar_t>(next.codePoint);
+        return;
+    }
+    *at.to++ = static_cast<wchar_t>(0xD7C0 + (next.codePoint >> 10));
+    *at.to++ = static_cast<wchar_t>(0xDC00 + (next.codePoint & 0x3FFU));
+}
+
+/// Converts from the front about as many bytes as there is room for, but for the last three of the text. Text
+/// comes in runs of one script, which the branches are arranged by.
+const unsigned char * widenRuns(const unsigned char * p, const unsigned char * end, GatheredWide & out)
+{
+    constexpr std::ptrdiff_t bytesAtOnce = 1536;
+    wchar_t * const start = out.room(bytesAtOnce + 4);
+    Widening at{p, p + std::min(bytesAtOnce, end - p - 3), start};
+    while (at.goesOn())
+    {
+        const unsigned char * const before = at.p;
+        widenAsciiRun(at);
+        widenTwoByteRun(at);
+        widenThreeByteRun(at);
+        if (at.p == before)
+            widenOne(at, end);
+    }
+    out.advance(static_cast<std::size_t>(at.to - start));
+    return at.p;
 }
 
 /// How many UTF-16 units well-formed UTF-8 gives; an estimate for anything else.
@@ -233,7 +294,6 @@ std::size_t countUnits(std::string_view source) noexcept
 
 void wideFromUtf8(std::string_view source, std::wstring & destination)
 {
-    constexpr std::size_t charactersAtOnce = 64;
     GatheredWide out(destination);
     if (destination.capacity() < source.size())
         destination.reserve(countUnits(source));
@@ -243,10 +303,10 @@ void wideFromUtf8(std::string_view source, std::wstring & destination)
     while (end - p >= 16)
     {
         p += widenAscii(p, static_cast<std::size_t>(end - p), out);
-        widenCharacters(p, end, charactersAtOnce, out);
+        p = widenRuns(p, end, out);
     }
     while (end - p >= 4)
-        widenCharacters(p, end, charactersAtOnce, out);
+        p = widenRuns(p, end, out);
     while (p != end)
     {
         // Fewer than four bytes never give a surrogate pair.
@@ -302,20 +362,74 @@ bool narrow16(const wchar_t * from, char * to) noexcept
 std::uint32_t takeCharacter(const wchar_t *& p, const wchar_t * end) noexcept
 {
     const std::uint32_t unit = unitValue(*p++);
-    if (unit < 0xD800)
-        return unit;
     if (isHighSurrogate(unit) && p != end && isLowSurrogate(unitValue(*p)))
         return 0x10000 + ((unit & 0x3FFU) << 10) + (unitValue(*p++) & 0x3FFU);
-    if (isHighSurrogate(unit) || isLowSurrogate(unit) || unit > lastCodePoint)
-        return replacementCharacter;
-    return unit;
+    const bool isSurrogate = isHighSurrogate(unit) || isLowSurrogate(unit);
+    return isSurrogate || unit > lastCodePoint ? replacementCharacter : unit;
+}
+
+/// Converts ASCII from the front, 16 units at a time. Returns how many units it took.
+std::size_t narrowAscii(const wchar_t * p, std::size_t size, GatheredBytes & out)
+{
+    std::size_t done = 0;
+    while (size - done >= 16)
+    {
+        char * const to = out.room(16);
+        const std::size_t blocks = std::min(size - done, out.free()) / 16;
+        std::size_t block = 0;
+        while (block < blocks && narrow16(p + done + 16 * block, to + 16 * block))
+            ++block;
+        out.advance(16 * block);
+        done += 16 * block;
+        if (block != blocks)
+            break;
+    }
+    return done;
+}
+
+/// Converts up to so many units from the front, and one more where that is the second half of a character.
+const wchar_t * narrowUnits(const wchar_t * p, const wchar_t * end, std::size_t units, GatheredBytes & out)
+{
+    char * const start = out.room(4 * units);
+    char * to = start;
+    const wchar_t * const stop = p + std::min(units, static_cast<std::size_t>(end - p));
+    while (p < stop)
+    {
+        // Text comes in runs of one script, most often of ASCII.
+        for (; p < stop && unitValue(*p) < 0x80; ++p)
+            *to++ = static_cast<char>(*p);
+        if (p == stop)
+            break;
+        const std::uint32_t unit = unitValue(*p);
+        if (unit < 0x800)
+        {
+            to[0] = static_cast<char>(0xC0U | unit >> 6);
+            to[1] = static_cast<char>(0x80U | (unit & 0x3FU));
+            to += 2;
+            ++p;
+        }
+        else if (unit < 0x10000 && (unit & 0xF800U) != 0xD800)
+        {
+            to[0] = static_cast<char>(0xE0U | unit >> 12);
+            to[1] = static_cast<char>(0x80U | (unit >> 6 & 0x3FU));
+            to[2] = static_cast<char>(0x80U | (unit & 0x3FU));
+            to += 3;
+            ++p;
+        }
+        else
+        {
+            to += encodeUtf8(takeCharacter(p, end), to);
+        }
+    }
+    out.advance(static_cast<std::size_t>(to - start));
+    return p;
 }
 
 } // namespace
 
 void utf8FromWide(std::wstring_view source, std::string & destination)
 {
-    constexpr std::size_t charactersAtOnce = 32;
+    constexpr std::size_t unitsAtOnce = 1024;
     GatheredBytes out(destination);
     if (destination.capacity() < source.size())
         destination.reserve(source.size());
@@ -324,16 +438,8 @@ void utf8FromWide(std::wstring_view source, std::string & destination)
     const wchar_t * const end = p + source.size();
     while (p != end)
     {
-        while (end - p >= 16 && narrow16(p, out.room(16)))
-        {
-            out.advance(16);
-            p += 16;
-        }
-        char * const start = out.room(4 * charactersAtOnce);
-        char * to = start;
-        for (std::size_t i = 0; i < charactersAtOnce && p != end; ++i)
-            to += encodeUtf8(takeCharacter(p, end), to);
-        out.advance(static_cast<std::size_t>(to - start));
+        p += narrowAscii(p, static_cast<std::size_t>(end - p), out);
+        p = narrowUnits(p, end, unitsAtOnce, out);
     }
     out.flush();
 }
