@@ -261,14 +261,13 @@ TEST(JsonPrinter, DoesNotCheckTheBalance)
 // Escaping
 
 /// How each byte is written; the bytes that are not named here stand for themselves.
-const std::pair<int, const char *> escapes[] = {
-    {0x00, "\\u0000"}, {0x01, "\\u0001"}, {0x02, "\\u0002"}, {0x03, "\\u0003"}, {0x04, "\\u0004"},
-    {0x05, "\\u0005"}, {0x06, "\\u0006"}, {0x07, "\\u0007"}, {0x08, "\\b"}, {0x09, "\\t"}, {0x0A, "\\n"},
-    {0x0B, "\\u000b"}, {0x0C, "\\f"}, {0x0D, "\\r"}, {0x0E, "\\u000e"}, {0x0F, "\\u000f"},
-    {0x10, "\\u0010"}, {0x11, "\\u0011"}, {0x12, "\\u0012"}, {0x13, "\\u0013"}, {0x14, "\\u0014"},
-    {0x15, "\\u0015"}, {0x16, "\\u0016"}, {0x17, "\\u0017"}, {0x18, "\\u0018"}, {0x19, "\\u0019"},
-    {0x1A, "\\u001a"}, {0x1B, "\\u001b"}, {0x1C, "\\u001c"}, {0x1D, "\\u001d"}, {0x1E, "\\u001e"},
-    {0x1F, "\\u001f"}, {0x22, "\\\""}, {0x5C, "\\\\"}};
+const std::pair<int, const char *> escapes[] = {{0x00, "\\u0000"}, {0x01, "\\u0001"}, {0x02, "\\u0002"},
+    {0x03, "\\u0003"}, {0x04, "\\u0004"}, {0x05, "\\u0005"}, {0x06, "\\u0006"}, {0x07, "\\u0007"},
+    {0x08, "\\b"}, {0x09, "\\t"}, {0x0A, "\\n"}, {0x0B, "\\u000b"}, {0x0C, "\\f"}, {0x0D, "\\r"},
+    {0x0E, "\\u000e"}, {0x0F, "\\u000f"}, {0x10, "\\u0010"}, {0x11, "\\u0011"}, {0x12, "\\u0012"},
+    {0x13, "\\u0013"}, {0x14, "\\u0014"}, {0x15, "\\u0015"}, {0x16, "\\u0016"}, {0x17, "\\u0017"},
+    {0x18, "\\u0018"}, {0x19, "\\u0019"}, {0x1A, "\\u001a"}, {0x1B, "\\u001b"}, {0x1C, "\\u001c"},
+    {0x1D, "\\u001d"}, {0x1E, "\\u001e"}, {0x1F, "\\u001f"}, {0x22, "\\\""}, {0x5C, "\\\\"}};
 
 std::string escaped(int byte)
 {
@@ -303,8 +302,8 @@ TEST(JsonPrinter, EscapesEveryByteByTheTable)
 
 TEST(JsonPrinter, EscapesAtEveryPlaceOfAString)
 {
-    for (const int byte : {0x00, 0x08, 0x1F, 0x20, 0x21, 0x22, 0x23, 0x2F, 0x5B, 0x5C, 0x5D, 0x7F, 0x80, 0xC3,
-             0xFF})
+    for (const int byte :
+        {0x00, 0x08, 0x1F, 0x20, 0x21, 0x22, 0x23, 0x2F, 0x5B, 0x5C, 0x5D, 0x7F, 0x80, 0xC3, 0xFF})
     {
         for (std::size_t before = 0; before <= 40; ++before)
         {
@@ -314,8 +313,8 @@ TEST(JsonPrinter, EscapesAtEveryPlaceOfAString)
                     std::string(before, 'x') + static_cast<char>(byte) + std::string(behind, 'y');
                 const std::string expected =
                     '"' + std::string(before, 'x') + escaped(byte) + std::string(behind, 'y') + '"';
-                ASSERT_EQ(printedBy([&](JSONPrinter & printer) { printer.printString(text(bytes)); }),
-                    expected);
+                ASSERT_EQ(
+                    printedBy([&](JSONPrinter & printer) { printer.printString(text(bytes)); }), expected);
                 ASSERT_EQ(jsontest::printed(makeString(bytes).get()), expected);
             }
         }
@@ -325,8 +324,8 @@ TEST(JsonPrinter, EscapesAtEveryPlaceOfAString)
 TEST(JsonPrinter, PrintsTextsLargerThanAnyBuffer)
 {
     // Round the sizes at which buffers are likely to be full.
-    for (const std::size_t size : {16000U, 16319U, 16320U, 16321U, 16382U, 16383U, 16384U, 16385U, 32768U,
-             100000U, 1000000U})
+    for (const std::size_t size :
+        {16000U, 16319U, 16320U, 16321U, 16382U, 16383U, 16384U, 16385U, 32768U, 100000U, 1000000U})
     {
         SCOPED_TRACE(size);
         const std::string plain(size, 'x');
@@ -388,15 +387,15 @@ TEST(JsonPrinterItem, KeepsNarrowingIntegersTo32Bits)
     for (const auto & [value, expected] : rows)
         EXPECT_EQ(jsontest::printed(makeInt(value).get()), expected) << value;
     // The way round it.
-    EXPECT_EQ(printedBy(
-                  [](JSONPrinter & printer)
+    EXPECT_EQ(printedBy([](JSONPrinter & printer)
                   { EXPECT_TRUE(printer.printNumber(std::to_string(makeInt("5000000000")->getInt64()))); }),
         "5000000000");
 }
 
 TEST(JsonPrinterItem, PrintsKeysSorted)
 {
-    EXPECT_EQ(jsontest::printed(jsontest::parsed("{ \"b\" : 1 , \"a\" : [ 2 , { \"d\" : 3 , \"c\" : 4 } ] }")),
+    EXPECT_EQ(
+        jsontest::printed(jsontest::parsed("{ \"b\" : 1 , \"a\" : [ 2 , { \"d\" : 3 , \"c\" : 4 } ] }")),
         "{\"a\":[2,{\"c\":4,\"d\":3}],\"b\":1}");
     // By unsigned bytes, the shorter prefix first.
     EXPECT_EQ(jsontest::printed(jsontest::parsed(
@@ -497,15 +496,15 @@ TEST(JsonPrinterItem, FailsAtNullAndUnknownNodesAndKeepsWhatWasWritten)
             for (const Row & row : rows)
             {
                 SCOPED_TRACE(row.label);
-                EXPECT_EQ(printedBy([&](JSONPrinter & printer)
-                              { EXPECT_FALSE(printer.printItem(row.make(odd))); }),
+                EXPECT_EQ(
+                    printedBy([&](JSONPrinter & printer) { EXPECT_FALSE(printer.printItem(row.make(odd))); }),
                     row.text);
             }
         }
     }
 }
 
-TEST(JsonPrinterItem, SeparatesGoOnAfterAFailure)
+TEST(JsonPrinterItem, SeparatorsGoOnAfterAFailure)
 {
     const auto array = make<Array>();
     array->add(makeInt("1"));
