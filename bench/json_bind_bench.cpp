@@ -12,13 +12,12 @@
 namespace
 {
 
-template <class Text>
 struct Record
 {
     std::array<int, 6> numbers{};
     std::array<std::int64_t, 4> longNumbers{};
     std::array<bool, 4> flags{};
-    std::array<Text, 6> texts;
+    std::array<Vontal::u8string, 6> texts;
 };
 
 constexpr std::array<const char *, 20> keys = {"id", "age", "height", "weight", "level", "score", "created",
@@ -76,42 +75,60 @@ const std::string & document()
     return text;
 }
 
-/// The bound class: its fields are declared once, and it is filled anew for each element.
+/// The bound class: its fields are declared once, and pointed at the struct to fill.
 class BoundRecord : public qvjson::JSONSerializable
 {
 public:
     void jsonFieldsDeclare() override
     {
-        if (m_isDeclared)
+        if (m_fields.front() != nullptr)
             return;
-        m_isDeclared = true;
         for (std::size_t key = 0; key < keys.size(); ++key)
-            declare(key);
+        {
+            m_fields[key] = new JSONField(typeOf(key), keys[key], nullptr);
+            jsonFieldAdd(m_fields[key]);
+        }
     }
 
-    Record<Vontal::u8string> record;
+    void fill(Record & record)
+    {
+        jsonFieldsDeclare();
+        for (std::size_t key = 0; key < keys.size(); ++key)
+            m_fields[key]->target = memberOf(record, key);
+    }
 
 private:
-    void declare(std::size_t key)
+    static FieldType typeOf(std::size_t key)
     {
         switch (kindOf(key))
         {
         case Kind::Number:
-            jsonFieldAdd(keys[key], &record.numbers[key]);
-            break;
+            return FieldInt;
         case Kind::LongNumber:
-            jsonFieldAdd(keys[key], &record.longNumbers[key - 6]);
-            break;
+            return FieldInt64;
         case Kind::Flag:
-            jsonFieldAdd(keys[key], &record.flags[key - 10]);
-            break;
-        case Kind::Text:
-            jsonFieldAdd(keys[key], &record.texts[key - 14]);
-            break;
+            return FieldBool;
+        default:
+            return FieldString;
         }
     }
 
-    bool m_isDeclared = false;
+    static void * memberOf(Record & record, std::size_t key)
+    {
+        switch (kindOf(key))
+        {
+        case Kind::Number:
+            return &record.numbers[key];
+        case Kind::LongNumber:
+            return &record.longNumbers[key - 6];
+        case Kind::Flag:
+            return &record.flags[key - 10];
+        default:
+            return &record.texts[key - 14];
+        }
+    }
+
+    std::array<JSONField *, keys.size()> m_fields = {};
 };
 
 /// Keeps the records as plain structs.
@@ -120,8 +137,7 @@ class Records : public qvjson::JSONSerializableArrayProviderInterface
 public:
     qvjson::JSONParserAcceptor * parserBeginObject(qvjson::JSONSerializable::JSONField *) override
     {
-        keep();
-        m_isFilled = true;
+        m_bound->fill(records.emplace_back());
         return m_bound->jsonBeginParse() ? m_bound.get() : nullptr;
     }
     void clear() override
@@ -144,19 +160,10 @@ public:
         return static_cast<unsigned int>(records.size());
     }
 
-    /// Takes over what was filled last.
-    void keep()
-    {
-        if (m_isFilled)
-            records.push_back(std::move(m_bound->record));
-        m_isFilled = false;
-    }
-
-    std::vector<Record<Vontal::u8string>> records;
+    std::vector<Record> records;
 
 private:
     qvbase::Reference<BoundRecord> m_bound = new qvbase::ReferencedImpl<BoundRecord>;
-    bool m_isFilled = false;
 };
 
 class BoundDocument : public qvjson::JSONSerializable
@@ -171,13 +178,6 @@ public:
             jsonFieldAdd(
                 "records", std::shared_ptr<qvjson::JSONSerializableArrayProviderInterface>(m_records));
         m_isDeclared = true;
-    }
-
-protected:
-    bool onParseEnd() override
-    {
-        m_records->keep();
-        return true;
     }
 
 private:
@@ -283,7 +283,7 @@ struct RecordHandler : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, RecordHan
         return views;
     }
 
-    std::vector<Record<std::string>> records;
+    std::vector<Record> records;
     std::size_t key = 0;
     int depth = 0;
 };

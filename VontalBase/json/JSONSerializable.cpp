@@ -3,6 +3,7 @@
 #include "VontalBase/json/JSONSerializableFactory.h"
 #include "VontalBase/json/JSONTreeParser.h"
 #include "VontalBase/json/fieldtargets.h"
+#include "VontalBase/text/shortbytes.h"
 
 #include <algorithm>
 #include <iterator>
@@ -17,29 +18,6 @@ JSONSerializable::JSONField::JSONField(
 }
 
 JSONSerializable::JSONField::~JSONField() = default;
-
-JSONSerializable::JSONSerializable() : m_expected(m_fields.end())
-{
-}
-
-JSONSerializable::JSONSerializable(const JSONSerializable & other)
-    : JSONParserAcceptor(other), qvbase::ReferencedObject(other), m_fields(other.m_fields),
-      m_isListOpen(other.m_isListOpen), m_isParsing(other.m_isParsing), m_field(other.m_field),
-      m_childParser(other.m_childParser), m_expected(m_fields.end()), m_distinctFields(other.m_distinctFields)
-{
-}
-
-JSONSerializable & JSONSerializable::operator=(const JSONSerializable & other)
-{
-    m_fields = other.m_fields;
-    m_isListOpen = other.m_isListOpen;
-    m_isParsing = other.m_isParsing;
-    m_field = other.m_field;
-    m_childParser = other.m_childParser;
-    m_expected = m_fields.end();
-    m_distinctFields = other.m_distinctFields;
-    return *this;
-}
 
 JSONSerializable::~JSONSerializable() = default;
 
@@ -201,8 +179,6 @@ bool JSONSerializable::parserEndObject()
 /// Whether no two fields have one key, so that any field with a key is the first.
 bool JSONSerializable::haveKeysOnce()
 {
-    if (m_distinctFields == m_fields.size())
-        return true;
     for (auto field = m_fields.begin(); field != m_fields.end(); ++field)
     {
         const auto isSame = [&field](const auto & other)
@@ -219,15 +195,17 @@ bool JSONSerializable::haveKeysOnce()
 /// The first field with the key, or null.
 JSONSerializable::JSONField * JSONSerializable::findField(const Vontal::u8string & key)
 {
-    if (m_expected == m_fields.end())
-        m_expected = m_fields.begin();
-    const bool isExpected = m_expected != m_fields.end() && (*m_expected)->key == key && haveKeysOnce();
-    const auto found = isExpected ? m_expected
-                                  : std::find_if(m_fields.cbegin(), m_fields.cend(),
-                                        [&key](const auto & field) { return field->key == key; });
+    const auto isWanted = [&key](const auto & field)
+    {
+        return Vontal::isSameText(field->key, key);
+    };
+    const bool mayTrustOrder = m_distinctFields == m_fields.size() || haveKeysOnce();
+    if (mayTrustOrder && m_expected < m_fields.size() && isWanted(m_fields[m_expected]))
+        return m_fields[m_expected++].get();
+    const auto found = std::find_if(m_fields.begin(), m_fields.end(), isWanted);
     if (found == m_fields.end())
         return nullptr;
-    m_expected = std::next(found);
+    m_expected = static_cast<std::size_t>(found - m_fields.begin()) + 1;
     return found->get();
 }
 

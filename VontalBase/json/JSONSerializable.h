@@ -16,7 +16,6 @@
 #include <cstdint>
 #include <cstring>
 #include <iosfwd>
-#include <list>
 #include <memory>
 #include <set>
 #include <vector>
@@ -102,9 +101,9 @@ public:
         void * target;
     };
 
-    JSONSerializable();
-    JSONSerializable(const JSONSerializable & other);
-    JSONSerializable & operator=(const JSONSerializable & other);
+    JSONSerializable() = default;
+    JSONSerializable(const JSONSerializable &) = default;
+    JSONSerializable & operator=(const JSONSerializable &) = default;
 
 protected:
     JSONParserAcceptor * parserBeginObject() override;
@@ -217,7 +216,7 @@ protected:
     void jsonFieldAdd(JSONField * field);
 
 private:
-    using FieldList = std::list<std::shared_ptr<JSONField>>;
+    using FieldList = std::vector<std::shared_ptr<JSONField>>;
 
     bool isAtField(std::uint32_t type) const noexcept;
     bool isAtAnyField() const noexcept;
@@ -238,7 +237,7 @@ private:
     JSONField * m_field = nullptr;
     std::shared_ptr<JSONTreeParser> m_childParser;
     /// Where the search for the next key begins: fields mostly come in the order of their declaration.
-    FieldList::const_iterator m_expected;
+    std::size_t m_expected = 0;
     /// How many fields there were when their keys were last found to differ; 0 for never.
     std::size_t m_distinctFields = 0;
 };

@@ -3,6 +3,8 @@
 /// The scanners behind `numbers.h`, over any run of characters.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string_view>
 #include <type_traits>
 
@@ -24,14 +26,34 @@ constexpr Int pushDigit(Int accumulator, Char digit) noexcept
         static_cast<Unsigned>(accumulator) * 10U + static_cast<Unsigned>(digit - Char('0')));
 }
 
+/// Reads a run of digits, with nothing else among them, that is too short to wrap. Returns false for anything
+/// else.
+template <class Int, class Char>
+constexpr bool scanShortNumber(std::basic_string_view<Char> text, Int & number) noexcept
+{
+    if (text.empty() || text.size() > static_cast<std::size_t>(std::numeric_limits<Int>::digits10))
+        return false;
+    number = 0;
+    for (const Char c : text)
+    {
+        if (!isDecimalDigit(c))
+            return false;
+        number = pushDigit(number, c);
+    }
+    return true;
+}
+
 /// Reads a whole number of the width and signedness of `Int`.
 template <class Int, class Char>
 constexpr Int scanInteger(std::basic_string_view<Char> text, bool & ok) noexcept
 {
     Int accumulator = 0;
+    ok = true;
+    if (scanShortNumber(text, accumulator))
+        return accumulator;
+    accumulator = 0;
     bool negative = false;
     bool digitSeen = false;
-    ok = true;
     for (const Char c : text)
     {
         if (isDecimalDigit(c))
