@@ -62,8 +62,9 @@ function(vontalbase_set_up_library target)
         VISIBILITY_INLINES_HIDDEN ON)
     target_link_libraries(${target} PRIVATE Threads::Threads)
     if(NOT WIN32)
-        # One thread-local pointer, read for each node of a tree that is taken apart: a load, not a call.
-        target_compile_options(${target} PRIVATE -ftls-model=initial-exec)
+        # One thread-local pointer is read for each node of a tree that is taken apart: a load, not a call. And
+        # calls of the C library go straight to it.
+        target_compile_options(${target} PRIVATE -ftls-model=initial-exec -fno-plt)
     endif()
     # Libraries of the system that the platform halves call are added here.
 endfunction()

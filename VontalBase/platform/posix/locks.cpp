@@ -1,7 +1,7 @@
 #include "VontalBase/platform/locks.h"
 
-#include <mutex>
 #include <new>
+#include <pthread.h>
 
 namespace platform
 {
@@ -9,34 +9,37 @@ namespace platform
 namespace
 {
 
-using SystemLock = std::recursive_mutex;
-
-SystemLock & systemLock(std::array<std::byte, 40> & storage) noexcept
+/// What std::recursive_mutex is here, called without its look at results that cannot occur.
+pthread_mutex_t * systemLock(std::array<std::byte, 40> & storage) noexcept
 {
-    static_assert(sizeof(SystemLock) <= sizeof(storage));
-    return *std::launder(reinterpret_cast<SystemLock *>(storage.data()));
+    static_assert(sizeof(pthread_mutex_t) <= sizeof(storage));
+    return std::launder(reinterpret_cast<pthread_mutex_t *>(storage.data()));
 }
 
 } // namespace
 
 RecursiveLock::RecursiveLock() noexcept
 {
-    ::new (m_storage.data()) SystemLock;
+    pthread_mutexattr_t attributes{};
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(::new (m_storage.data()) pthread_mutex_t, &attributes);
+    pthread_mutexattr_destroy(&attributes);
 }
 
 RecursiveLock::~RecursiveLock()
 {
-    systemLock(m_storage).~SystemLock();
+    pthread_mutex_destroy(systemLock(m_storage));
 }
 
 void RecursiveLock::acquire() noexcept
 {
-    systemLock(m_storage).lock();
+    pthread_mutex_lock(systemLock(m_storage));
 }
 
 void RecursiveLock::release() noexcept
 {
-    systemLock(m_storage).unlock();
+    pthread_mutex_unlock(systemLock(m_storage));
 }
 
 } // namespace platform
