@@ -2,6 +2,7 @@
 
 #include "json/CountingItem.h"
 #include "json/jsonsupport.h"
+#include "support/IntendedLeak.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -308,10 +309,14 @@ TEST(JsonArray, KeepsAssignmentSharingAndAbandoningWhatTheTargetHeld)
 {
     CountingItem abandoned;
     CountingItem shared;
-    // A copy keeps what is abandoned within reach, so that it is no leak.
-    const auto target = make<Array>();
-    target->add(&abandoned);
-    const auto keeper = copyOf(*target);
+    ArrayReference target;
+    ArrayReference keeper;
+    {
+        const testsupport::IntendedLeak leak;
+        target = make<Array>();
+        target->add(&abandoned);
+        keeper = copyOf(*target);
+    }
     {
         const auto source = make<Array>();
         source->add(&shared);

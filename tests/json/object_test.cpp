@@ -2,6 +2,7 @@
 
 #include "json/CountingItem.h"
 #include "json/jsonsupport.h"
+#include "support/IntendedLeak.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -650,11 +651,15 @@ TEST(JsonObject, KeepsAssignmentSharingAndAbandoningWhatTheTargetHeld)
 {
     CountingItem abandoned;
     CountingItem shared;
-    // A copy keeps what is abandoned within reach, so that it is no leak.
-    const auto target = make<Object>();
-    target->add("old", &abandoned);
-    EXPECT_TRUE(target->addKey("old pending"));
-    const auto keeper = copyOf(*target);
+    ObjectReference target;
+    ObjectReference keeper;
+    {
+        const testsupport::IntendedLeak leak;
+        target = make<Object>();
+        target->add("old", &abandoned);
+        EXPECT_TRUE(target->addKey("old pending"));
+        keeper = copyOf(*target);
+    }
     {
         const auto source = make<Object>();
         source->add("new", &shared);
