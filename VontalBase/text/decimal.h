@@ -5,6 +5,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 
 namespace Vontal
@@ -16,9 +17,9 @@ class Decimal
 public:
     template <class Int>
     explicit Decimal(Int value) noexcept
-        : m_size(static_cast<std::size_t>(
-              std::to_chars(m_digits.data(), m_digits.data() + m_digits.size(), value).ptr - m_digits.data()))
     {
+        char * const begin = m_digits.data();
+        m_size = static_cast<std::size_t>(std::to_chars(begin, begin + m_digits.size(), value).ptr - begin);
     }
 
     /// Valid as long as this object.
