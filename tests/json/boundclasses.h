@@ -74,7 +74,7 @@ public:
 };
 
 /// Keeps a list of `Inner` objects and writes its calls down.
-class InnerList : public qvjson::JSONSerializableArrayProviderInterface
+class InnerList final : public qvjson::JSONSerializableArrayProviderInterface
 {
 public:
     qvjson::JSONParserAcceptor * parserBeginObject(qvjson::JSONSerializable::JSONField * field) override
@@ -124,7 +124,7 @@ public:
 };
 
 /// Keeps one `Inner` object and writes its calls down.
-class InnerHolder : public qvjson::JSONRefObjInterface
+class InnerHolder final : public qvjson::JSONRefObjInterface
 {
 public:
     qvjson::JSONParserAcceptor * parserBeginObject(qvjson::JSONSerializable::JSONField * field) override
