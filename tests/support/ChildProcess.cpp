@@ -88,12 +88,30 @@ std::wstring quoted(const std::string & argument)
     return text + L'"';
 }
 
-void readAll(HANDLE pipe, std::string & text)
+/// Reads until the pipe is at its end, or until the process has ended and nothing is left. The second is
+/// needed because a service that the system starts on behalf of the child may keep the pipe open.
+void readAll(HANDLE pipe, HANDLE process, std::string & text)
 {
     std::array<char, 4096> buffer;
-    DWORD count = 0;
-    while (ReadFile(pipe, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) && count != 0)
+    for (;;)
+    {
+        const bool hasEnded = WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+        DWORD available = 0;
+        if (!PeekNamedPipe(pipe, nullptr, 0, nullptr, &available, nullptr))
+            return;
+        if (available == 0 && hasEnded)
+            return;
+        if (available == 0)
+        {
+            Sleep(1);
+            continue;
+        }
+        DWORD count = 0;
+        const DWORD wanted = std::min(available, static_cast<DWORD>(buffer.size()));
+        if (!ReadFile(pipe, buffer.data(), wanted, &count, nullptr))
+            return;
         text.append(buffer.data(), count);
+    }
 }
 
 ChildResult run(const std::vector<std::string> & words, std::chrono::milliseconds limit)
@@ -138,8 +156,8 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
     outWrite.close();
     errWrite.close();
 
-    std::thread outReader([&] { readAll(outRead.get(), result.standardOutput); });
-    std::thread errReader([&] { readAll(errRead.get(), result.standardError); });
+    std::thread outReader([&] { readAll(outRead.get(), process.get(), result.standardOutput); });
+    std::thread errReader([&] { readAll(errRead.get(), process.get(), result.standardError); });
     if (WaitForSingleObject(process.get(), static_cast<DWORD>(limit.count())) != WAIT_OBJECT_0)
     {
         result.timedOut = true;
