@@ -8,7 +8,6 @@
 #include <iostream>
 #include <memory>
 #include <new>
-#include <semaphore>
 #include <sstream>
 #include <string>
 #include <thread>

@@ -3,11 +3,11 @@
 #include "VontalBase/core/ReferencedImplMT.h"
 
 #include "core/CountedObject.h"
+#include "support/TestSemaphore.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
 #include <memory>
-#include <semaphore>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -156,7 +156,7 @@ std::uint32_t holdsOfTheLock()
 /// Whether another thread can take the lock at this moment.
 bool anotherThreadCanEnter()
 {
-    std::binary_semaphore entered(0);
+    testsupport::TestSemaphore entered;
     std::thread other(
         [&entered]
         {
@@ -164,7 +164,7 @@ bool anotherThreadCanEnter()
             g_referencedObjectMutex.release();
             entered.release();
         });
-    const bool isFree = entered.try_acquire_for(std::chrono::seconds(20));
+    const bool isFree = entered.tryAcquireFor(std::chrono::seconds(20));
     other.join();
     return isFree;
 }
@@ -208,7 +208,7 @@ TEST(ReferencedImplMT, GivesTheLockBackAfterEachChange)
 template <class Change>
 bool waitsForTheLock(const Change & change)
 {
-    std::binary_semaphore started(0);
+    testsupport::TestSemaphore started;
     std::atomic<bool> lockGivenBack{false};
     bool waited = false;
     g_referencedObjectMutex.acquire();
@@ -244,7 +244,7 @@ TEST(ReferencedImpl, ChangesItsCountWithoutTheLock)
     int destructions = 0;
     Shape * const shape = new ReferencedImpl<Circle>(destructions);
     g_referencedObjectMutex.acquire();
-    std::binary_semaphore done(0);
+    testsupport::TestSemaphore done;
     std::thread other(
         [&]
         {
@@ -254,7 +254,7 @@ TEST(ReferencedImpl, ChangesItsCountWithoutTheLock)
             shape->release();
             done.release();
         });
-    EXPECT_TRUE(done.try_acquire_for(std::chrono::seconds(20)));
+    EXPECT_TRUE(done.tryAcquireFor(std::chrono::seconds(20)));
     g_referencedObjectMutex.release();
     other.join();
     EXPECT_EQ(destructions, 1);

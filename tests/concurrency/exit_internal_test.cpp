@@ -1,0 +1,97 @@
+// The end of a process after the library's own static objects are gone.
+
+#include "VontalBase/concurrency/Thread.h"
+#include "VontalBase/core/Reference.h"
+#include "VontalBase/core/ReferencedImplMT.h"
+
+#include "concurrency/work.h"
+#include "support/ChildProcess.h"
+#include "support/Eventually.h"
+#include "support/TestSemaphore.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using qvbase::Reference;
+using qvbase::Thread;
+
+constexpr int goodExit = 3;
+constexpr int noProgress = 11;
+constexpr int noThread = 12;
+constexpr int notTheLast = 13;
+
+std::atomic<unsigned long long> changes{0};
+
+void countForEver()
+{
+    const Reference<Work> shared(newWork([] {}));
+    for (;;)
+    {
+        const Reference<Work> copy(shared);
+        ++changes;
+    }
+}
+
+/// Made before the static objects of the library where the linker puts it so, and then destroyed behind them.
+class LastWord
+{
+public:
+    LastWord()
+    {
+        // A lock that is not yet made has nothing in its first word, where its virtual table belongs.
+        std::uintptr_t firstWord = 0;
+        std::memcpy(
+            &firstWord, static_cast<const void *>(&qvbase::g_referencedObjectMutex), sizeof firstWord);
+        isBeforeTheLibrary = firstWord == 0;
+    }
+    LastWord(const LastWord &) = delete;
+    LastWord & operator=(const LastWord &) = delete;
+    ~LastWord()
+    {
+        if (changes.load() == 0)
+            return;
+        const unsigned long long from = changes.load();
+        if (!testsupport::eventually([from] { return changes.load() > from + 1000; }))
+            std::_Exit(noProgress);
+        static testsupport::TestSemaphore ran;
+        if (!Thread::execute(newWork([] { ran.release(); })) || !ran.tryAcquireFor(testsupport::patience))
+            std::_Exit(noThread);
+    }
+
+    bool isBeforeTheLibrary = false;
+};
+
+const LastWord lastWord;
+
+VONTALBASE_TEST_CHILD(worksBehindTheLibrarysStaticObjects, arguments)
+{
+    if (!lastWord.isBeforeTheLibrary)
+        return notTheLast;
+    for (int i = 0; i < 3; ++i)
+    {
+        if (!Thread::execute(newWork([] { countForEver(); })))
+            return noThread;
+    }
+    return testsupport::eventually([] { return changes.load() > 1000; }) ? goodExit : noProgress;
+}
+
+TEST(ProcessExit, LetsThreadsCountAndStartBehindTheLibrarysStaticObjects)
+{
+    for (int i = 0; i < 50; ++i)
+    {
+        const testsupport::ChildResult result = testsupport::runChild("worksBehindTheLibrarysStaticObjects");
+        if (result.exitCode == notTheLast)
+            GTEST_SKIP() << "the linker of this system makes the library's static objects first";
+        ASSERT_FALSE(result.timedOut) << i;
+        ASSERT_EQ(result.exitCode, goodExit) << i << ": " << result.standardError;
+        ASSERT_EQ(result.standardError, "") << i;
+    }
+}
+
+} // namespace

@@ -1,0 +1,307 @@
+#include "VontalBase/concurrency/Thread.h"
+#include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/core/Reference.h"
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/threads.h"
+
+#include "concurrency/Contender.h"
+#include "concurrency/work.h"
+#include "support/Eventually.h"
+#include "support/FailingAllocator.h"
+#include "support/ResourceSnapshot.h"
+#include "support/TestSemaphore.h"
+
+#include <algorithm>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <type_traits>
+#include <vector>
+
+namespace
+{
+
+using qvbase::Reference;
+using qvbase::Thread;
+using qvbase::ThreadMutexGuard;
+using qvbase::threadRegistry;
+using testsupport::eventually;
+
+static_assert(std::is_same_v<decltype(threadRegistry.threadRegistryMutex), qvbase::ThreadMutex>);
+static_assert(std::is_same_v<decltype(threadRegistry.runningThreads)::key_type, std::uint32_t>);
+static_assert(std::is_same_v<decltype(threadRegistry.endedThreads)::value_type, void *>);
+
+std::vector<void *> endedThreads()
+{
+    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+    return {threadRegistry.endedThreads.begin(), threadRegistry.endedThreads.end()};
+}
+
+std::size_t runningCount()
+{
+    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+    return threadRegistry.runningThreads.size();
+}
+
+/// The handle that stands under the number of the thread; null where none stands there.
+void * runningHandle(std::uint32_t id)
+{
+    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+    const auto entry = threadRegistry.runningThreads.find(id);
+    return entry == threadRegistry.runningThreads.end() ? nullptr : entry->second.front();
+}
+
+/// A started thread that runs until it is let go.
+class HeldThread
+{
+public:
+    HeldThread()
+    {
+        const auto run = [this]
+        {
+            m_id = platform::currentThreadId();
+            m_handle = runningHandle(m_id);
+            m_running.release();
+            m_leave.acquire();
+        };
+        m_started = Thread::execute(newWork(run));
+        if (m_started)
+            m_running.acquire();
+    }
+    HeldThread(const HeldThread &) = delete;
+    HeldThread & operator=(const HeldThread &) = delete;
+    ~HeldThread()
+    {
+        if (m_started)
+            end();
+    }
+    bool started() const
+    {
+        return m_started;
+    }
+    std::uint32_t id() const
+    {
+        return m_id;
+    }
+    /// As the thread itself found it in the registry.
+    void * handle() const
+    {
+        return m_handle;
+    }
+    /// Lets it go and waits until it has retired.
+    void end()
+    {
+        m_started = false;
+        m_leave.release();
+        EXPECT_TRUE(eventually([this] { return runningHandle(m_id) == nullptr; }));
+    }
+
+private:
+    bool m_started = false;
+    std::uint32_t m_id = 0;
+    void * m_handle = nullptr;
+    testsupport::TestSemaphore m_running;
+    testsupport::TestSemaphore m_leave;
+};
+
+bool contains(const std::vector<void *> & handles, const void * handle)
+{
+    return std::find(handles.begin(), handles.end(), handle) != handles.end();
+}
+
+TEST(ThreadRegistry, HoldsAThreadAsRunningThenAsEndedAndThenNoMore)
+{
+    HeldThread first;
+    ASSERT_TRUE(first.started());
+    EXPECT_NE(first.handle(), nullptr) << "its number was there before it could look";
+    EXPECT_EQ(runningHandle(first.id()), first.handle());
+    EXPECT_FALSE(contains(endedThreads(), first.handle()));
+    EXPECT_EQ(runningCount(), 1U);
+
+    first.end();
+    EXPECT_EQ(runningHandle(first.id()), nullptr);
+    EXPECT_EQ(endedThreads(), std::vector<void *>{first.handle()});
+
+    HeldThread second;
+    EXPECT_TRUE(contains(endedThreads(), first.handle()))
+        << "a thread reaps when it ends, not when it starts";
+    second.end();
+    EXPECT_EQ(endedThreads(), std::vector<void *>{second.handle()}) << "the first one is closed";
+}
+
+TEST(ThreadRegistry, KeepsTheThirdOfThreeThreadsThatEndInTurn)
+{
+    HeldThread first;
+    HeldThread second;
+    HeldThread third;
+    EXPECT_EQ(runningCount(), 3U);
+    first.end();
+    EXPECT_EQ(endedThreads().back(), first.handle());
+    second.end();
+    EXPECT_EQ(endedThreads(), std::vector<void *>{second.handle()});
+    third.end();
+    EXPECT_EQ(endedThreads(), std::vector<void *>{third.handle()});
+    EXPECT_EQ(runningCount(), 0U);
+}
+
+TEST(ThreadRegistry, ClosesTheHandlesOfThoseThatEndedBefore)
+{
+    HeldThread().end();
+    const auto before = testsupport::ResourceSnapshot::take();
+    for (int i = 0; i < 20; ++i)
+    {
+        HeldThread thread;
+        thread.end();
+        EXPECT_EQ(endedThreads(), std::vector<void *>{thread.handle()});
+    }
+    EXPECT_TRUE(eventually([&] { return testsupport::ResourceSnapshot::take() == before; }));
+}
+
+TEST(ThreadRegistry, MissesNoThreadThatFinishesAtOnce)
+{
+    testsupport::TestSemaphore gone;
+    for (int i = 0; i < 1000; ++i)
+    {
+        ASSERT_TRUE(Thread::execute(newWork([] {}, [&] { gone.release(); })));
+        ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
+        ASSERT_TRUE(eventually([] { return runningCount() == 0; })) << "one that was missed stays for ever";
+    }
+    EXPECT_TRUE(eventually([] { return runningCount() == 0; }));
+    HeldThread().end();
+    EXPECT_EQ(endedThreads().size(), 1U);
+}
+
+TEST(ThreadRegistry, HoldsItsLockAcrossTheStart)
+{
+    // While somebody else holds the lock no thread is started.
+    std::atomic<bool> ran{false};
+    testsupport::TestSemaphore started;
+    testsupport::TestSemaphore gone;
+    threadRegistry.threadRegistryMutex.acquire();
+    std::thread starter(
+        [&]
+        {
+            started.release();
+            Thread::execute(newWork([&] { ran = true; }, [&] { gone.release(); }));
+        });
+    started.acquire();
+    std::this_thread::sleep_for(testsupport::suspicion);
+    EXPECT_FALSE(ran.load());
+    threadRegistry.threadRegistryMutex.release();
+    starter.join();
+    EXPECT_TRUE(gone.tryAcquireFor(testsupport::patience));
+    EXPECT_TRUE(ran.load());
+    EXPECT_TRUE(isFree(threadRegistry.threadRegistryMutex));
+}
+
+TEST(ThreadRegistry, IsNotLockedWhileRunAndDestructionAreAtWork)
+{
+    bool freeInRun = false;
+    bool freeInEnd = false;
+    testsupport::TestSemaphore gone;
+    const auto end = [&]
+    {
+        freeInEnd = isFree(threadRegistry.threadRegistryMutex);
+        gone.release();
+    };
+    ASSERT_TRUE(
+        Thread::execute(newWork([&] { freeInRun = isFree(threadRegistry.threadRegistryMutex); }, end)));
+    ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
+    EXPECT_TRUE(freeInRun);
+    EXPECT_TRUE(freeInEnd);
+}
+
+TEST(ThreadRegistry, IsLeftAloneByAThreadThatIsNotInIt)
+{
+    HeldThread().end();
+    void * handle = nullptr;
+    testsupport::TestSemaphore gone;
+    const auto takeItselfOut = [&]
+    {
+        const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+        handle = runningHandle(platform::currentThreadId());
+        threadRegistry.runningThreads.erase(platform::currentThreadId());
+    };
+    ASSERT_TRUE(Thread::execute(newWork(takeItselfOut, [&] { gone.release(); })));
+    ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
+    ASSERT_NE(handle, nullptr);
+    platform::joinThread(handle); // nobody else closes it
+    EXPECT_TRUE(endedThreads().empty()) << "it reaped the others and did not retire";
+    EXPECT_EQ(runningCount(), 0U);
+}
+
+TEST(ThreadRegistry, LosesNoMemoryOverManyThreads)
+{
+    HeldThread().end();
+    const std::int64_t before = testsupport::liveAllocations();
+    for (int i = 0; i < 200; ++i)
+        HeldThread().end();
+    EXPECT_TRUE(eventually([&] { return testsupport::liveAllocations() == before; }))
+        << testsupport::liveAllocations() - before;
+}
+
+/// Leaves the gates open whatever a test did.
+class FailingStart : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        HeldThread().end();
+        platform::armGates({"start thread", 1, 1, platform::GateAnswer::Fail});
+    }
+    void TearDown() override
+    {
+        platform::disarmGates();
+    }
+};
+
+TEST_F(FailingStart, GivesFalseAndLeavesTheCallersReferenceAlone)
+{
+    std::atomic<bool> ran{false};
+    std::atomic<bool> isGone{false};
+    const std::vector<void *> ended = endedThreads();
+    const auto before = testsupport::ResourceSnapshot::take();
+    Reference<Work> own(newWork([&] { ran = true; }, [&] { isGone = true; }));
+    EXPECT_FALSE(Thread::execute(own));
+    EXPECT_STREQ(platform::faultedGate(), "start thread");
+    EXPECT_FALSE(isGone);
+    // A thread that ended before may just be giving its own handles back.
+    EXPECT_LE(testsupport::ResourceSnapshot::take().descriptors, before.descriptors);
+    EXPECT_LE(testsupport::ResourceSnapshot::take().threads, before.threads);
+    EXPECT_EQ(runningCount(), 0U);
+    EXPECT_EQ(endedThreads(), ended);
+    EXPECT_TRUE(isFree(threadRegistry.threadRegistryMutex));
+    own = nullptr;
+    EXPECT_TRUE(isGone) << "no reference was left behind";
+    EXPECT_FALSE(ran);
+}
+
+TEST_F(FailingStart, DropsTheReferenceWithTheRegistryLocked)
+{
+    std::uint32_t holds = 0;
+    bool isGone = false;
+    const auto end = [&]
+    {
+        holds = threadRegistry.threadRegistryMutex.getRecursiveCounter();
+        isGone = true;
+    };
+    EXPECT_FALSE(Thread::execute(newWork([] {}, end)));
+    EXPECT_TRUE(isGone) << "nobody else held it";
+    EXPECT_EQ(holds, 1U);
+    EXPECT_EQ(threadRegistry.threadRegistryMutex.getRecursiveCounter(), 0U);
+}
+
+TEST_F(FailingStart, MayBeTriedAgainFromTheDestructorThatItRuns)
+{
+    testsupport::TestSemaphore gone;
+    bool again = false;
+    const auto tryAgain = [&]
+    {
+        again = Thread::execute(newWork([] {}, [&] { gone.release(); }));
+    };
+    EXPECT_FALSE(Thread::execute(newWork([] {}, tryAgain)));
+    EXPECT_TRUE(again) << "the lock is recursive";
+    EXPECT_TRUE(gone.tryAcquireFor(testsupport::patience));
+}
+
+} // namespace

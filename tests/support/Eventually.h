@@ -1,0 +1,32 @@
+/// @file
+/// Waiting for what no other thread tells of.
+#pragma once
+
+#include <chrono>
+#include <thread>
+
+namespace testsupport
+{
+
+/// Long enough for anything that happens at all, on the slowest machine.
+constexpr std::chrono::seconds patience{60};
+
+/// Long enough for something that must not happen to be seen most of the time. A test in which nothing is
+/// wrong never depends on it.
+constexpr std::chrono::milliseconds suspicion{20};
+
+/// Asks again and again until `condition` is true; false if it is not by the end of the patience.
+template <class Condition>
+bool eventually(const Condition & condition)
+{
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!condition())
+    {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+} // namespace testsupport
