@@ -1,0 +1,170 @@
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/threads.h"
+
+#include "support/Apartment.h"
+#include "support/Eventually.h"
+#include "support/ResourceSnapshot.h"
+#include "support/SignalStorm.h"
+#include "support/SmallStackThread.h"
+#include "support/TestSemaphore.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <set>
+#include <thread>
+
+namespace
+{
+
+using platform::joinThread;
+using platform::StartedThread;
+using platform::startThread;
+
+struct Seen
+{
+    testsupport::TestSemaphore leave;
+    std::uint32_t id = 0;
+    void * pseudoHandle = nullptr;
+    std::size_t stackSize = 0;
+    bool ran = false;
+};
+
+unsigned int look(void * argument)
+{
+    Seen & seen = *static_cast<Seen *>(argument);
+    seen.id = platform::currentThreadId();
+    seen.pseudoHandle = platform::currentThreadPseudoHandle();
+    seen.stackSize = testsupport::stackSizeOfThisThread();
+    seen.leave.acquire();
+    seen.ran = true;
+    return 0;
+}
+
+TEST(PlatformThreads, RunTheirEntryAndTellTheirNumber)
+{
+    Seen seen;
+    const StartedThread thread = startThread(look, &seen);
+    ASSERT_NE(thread.handle, nullptr);
+    EXPECT_NE(thread.id, 0U);
+    EXPECT_NE(thread.id, platform::currentThreadId());
+    seen.leave.release();
+    joinThread(thread.handle);
+    EXPECT_TRUE(seen.ran) << "joining waits for the end";
+    EXPECT_EQ(seen.id, thread.id) << "the number is the same from both sides";
+}
+
+TEST(PlatformThreads, HaveNumbersOfTheirOwnWhileTheyRun)
+{
+    Seen seen[8];
+    StartedThread threads[8];
+    std::set<std::uint32_t> ids = {platform::currentThreadId()};
+    for (int i = 0; i < 8; ++i)
+    {
+        threads[i] = startThread(look, &seen[i]);
+        ASSERT_NE(threads[i].handle, nullptr);
+        ids.insert(threads[i].id);
+    }
+    EXPECT_EQ(ids.size(), 9U);
+    for (int i = 0; i < 8; ++i)
+    {
+        seen[i].leave.release();
+        joinThread(threads[i].handle);
+    }
+}
+
+TEST(PlatformThreads, ShareThePseudoHandleOfTheCallingThread)
+{
+    Seen seen;
+    seen.leave.release();
+    const StartedThread thread = startThread(look, &seen);
+    joinThread(thread.handle);
+    EXPECT_EQ(seen.pseudoHandle, platform::currentThreadPseudoHandle());
+    EXPECT_NE(seen.pseudoHandle, nullptr);
+}
+
+TEST(PlatformThreads, HaveTheStackThatIsAskedFor)
+{
+    constexpr std::size_t asked = std::size_t{4} << 20;
+    Seen seen;
+    seen.leave.release();
+    joinThread(startThread(look, &seen, asked).handle);
+    EXPECT_GE(seen.stackSize + (std::size_t{64} << 10), asked);
+    EXPECT_LE(seen.stackSize, 2 * asked);
+
+    Seen small;
+    small.leave.release();
+    const StartedThread thread = startThread(look, &small, 1);
+    ASSERT_NE(thread.handle, nullptr) << "less than the least is the least";
+    joinThread(thread.handle);
+    EXPECT_TRUE(small.ran);
+}
+
+TEST(PlatformThreads, GiveANullHandleWhereTheSystemRefuses)
+{
+    const auto before = testsupport::ResourceSnapshot::take();
+    Seen seen;
+    platform::armGates({"start thread", 1, 1, platform::GateAnswer::Fail});
+    const StartedThread thread = startThread(look, &seen);
+    platform::disarmGates();
+    EXPECT_EQ(thread.handle, nullptr);
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    EXPECT_FALSE(seen.ran);
+}
+
+TEST(PlatformThreads, AreRefusedAStackThatNoSystemHas)
+{
+    Seen seen;
+    seen.leave.release();
+    const StartedThread thread = startThread(look, &seen, std::size_t{1} << 46);
+    if (thread.handle != nullptr)
+    {
+        joinThread(thread.handle);
+        GTEST_SKIP() << "this system gives as much as it has";
+    }
+    EXPECT_FALSE(seen.ran);
+}
+
+TEST(PlatformThreads, GiveTheirHandlesBackWhenTheyAreJoined)
+{
+    const auto run = []
+    {
+        Seen seen;
+        seen.leave.release();
+        joinThread(startThread(look, &seen).handle);
+    };
+    run();
+    const auto before = testsupport::ResourceSnapshot::take();
+    for (int i = 0; i < 50; ++i)
+        run();
+    EXPECT_TRUE(testsupport::eventually([&] { return testsupport::ResourceSnapshot::take() == before; }));
+}
+
+TEST(PlatformThreads, AreInAnApartmentBetweenEnteringAndLeavingIt)
+{
+    testsupport::Apartment inside = testsupport::Apartment::None;
+    testsupport::Apartment outside = testsupport::Apartment::SingleThreaded;
+    std::thread(
+        [&]
+        {
+            platform::enterApartment();
+            inside = testsupport::currentApartment();
+            platform::leaveApartment();
+            outside = testsupport::currentApartment();
+        })
+        .join();
+    EXPECT_EQ(inside, testsupport::expectedApartment());
+    EXPECT_NE(outside, testsupport::Apartment::SingleThreaded);
+}
+
+TEST(PlatformThreads, SleepThroughSignals)
+{
+    using Clock = std::chrono::steady_clock;
+    const testsupport::SignalStorm storm;
+    const Clock::time_point start = Clock::now();
+    platform::sleepMilliseconds(50);
+    // The system's clock may tick a millisecond before the other one.
+    EXPECT_GE(Clock::now() - start + std::chrono::milliseconds(1), std::chrono::milliseconds(50));
+    platform::sleepMilliseconds(0);
+}
+
+} // namespace
