@@ -33,7 +33,7 @@ namespace qvbase
 {
 
 std::map<IUnknown *, std::string> debugRegistry;
-void (*debugCallback)(void) = nullptr;
+void (*debugCallback)() = nullptr;
 
 static Immortal<ThreadMutex> referencedObjectMutex;
 ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object;

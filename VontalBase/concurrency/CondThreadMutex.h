@@ -16,8 +16,8 @@ class ThreadMutex;
 class CondThreadMutex
 {
 public:
-    /// @param mutex the lock, which must outlive this object.
-    explicit CondThreadMutex(ThreadMutex & mutex);
+    /// @param guarded the lock, which must outlive this object.
+    explicit CondThreadMutex(ThreadMutex & guarded);
     CondThreadMutex(const CondThreadMutex &) = delete;
     CondThreadMutex & operator=(const CondThreadMutex &) = delete;
     virtual ~CondThreadMutex();

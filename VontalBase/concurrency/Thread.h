@@ -48,7 +48,7 @@ public:
     static Thread getCurrentThread() noexcept;
 
 private:
-    static std::uint32_t threadProc(void * runnable);
+    static std::uint32_t threadProc(void * parameter);
 
     void * m_handle;
 };

@@ -18,9 +18,9 @@ public:
     /// Kept: the guard believes that it holds the lock also when @p acquireNow is false, so that its
     /// destructor gives back a hold which the caller took.
     ///
-    /// @param mutex the lock, which must outlive the guard.
+    /// @param guarded the lock, which must outlive the guard.
     /// @param acquireNow whether to take the lock here.
-    ThreadMutexGuard(ThreadMutex & mutex, bool acquireNow);
+    ThreadMutexGuard(ThreadMutex & guarded, bool acquireNow);
     /// Kept: copies the members, so that both guards give the lock back.
     ThreadMutexGuard(const ThreadMutexGuard & other) = default;
     /// Copies the members: the hold that this guard had is no longer given back.

@@ -43,7 +43,7 @@ std::string DebugAutomation::report()
     return text;
 }
 
-void DebugAutomation::setCallback(void (*callback)(void))
+void DebugAutomation::setCallback(void (*callback)())
 {
     debugCallback = callback;
 }

@@ -33,7 +33,7 @@ public:
     /// a class, or one sentence without a line end when nothing is registered.
     static std::string report();
     /// Sets what is called after each change that an instance makes; null for nothing.
-    static void setCallback(void (*callback)(void));
+    static void setCallback(void (*callback)());
 
 private:
     IUnknown * m_object;

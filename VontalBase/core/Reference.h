@@ -62,8 +62,7 @@ public:
         return *this;
     }
     /// Lets the held object go and then holds and counts that of @p other.
-    Reference & operator=(
-        const Reference & other) // NOLINT(bugprone-unhandled-self-assignment,cert-oop54-cpp)
+    Reference & operator=(const Reference & other)
     {
         return *this = other.m_object;
     }

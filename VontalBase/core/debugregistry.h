@@ -15,6 +15,6 @@ namespace qvbase
 extern std::map<IUnknown *, std::string> debugRegistry;
 
 /// Called after each change that an instance makes, or null.
-extern void (*debugCallback)(void);
+extern void (*debugCallback)();
 
 } // namespace qvbase

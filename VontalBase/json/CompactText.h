@@ -34,6 +34,7 @@ public:
     CompactText(const CompactText & other) : CompactText(other.view())
     {
     }
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): a borrowed text is copied, and that may fail.
     CompactText(CompactText && other)
     {
         if (other.m_bytes.back() == borrowedMark)

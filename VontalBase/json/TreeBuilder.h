@@ -46,7 +46,7 @@ public:
     bool key(std::string_view text);
     bool integer(std::string_view digits);
     bool string(std::string_view text);
-    bool boolean(bool value);
+    bool boolean(bool isTrue);
     bool null();
 
     /// The tree so far, or null. Containers that are still open have the children that came by now.

@@ -21,6 +21,7 @@ constexpr std::uint32_t mostEntriesInBlock = 31;
 template <class Element>
 ItemBlock * allocateBlock(std::size_t capacity)
 {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are among the elements.
     void * const memory = ::operator new(sizeof(ItemBlock) + capacity * sizeof(Element));
     ItemBlock * const block = ::new (memory) ItemBlock;
     block->capacity = static_cast<std::uint32_t>(capacity);

@@ -96,8 +96,8 @@ VontalException::~VontalException()
 }
 
 // Kept: there is no test for self-assignment.
-VontalException & VontalException::operator=(
-    const VontalException & other) // NOLINT(bugprone-unhandled-self-assignment,cert-oop54-cpp)
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): required as it is.
+VontalException & VontalException::operator=(const VontalException & other)
 {
     clear();
     if (other.first != nullptr)

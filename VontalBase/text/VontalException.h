@@ -18,12 +18,12 @@ class VONTALBASE_API VontalExceptionDescription
 {
 public:
     /// Makes an entry.
-    /// @param next the next older entry, which the new one owns from here on, or null.
-    /// @param file the source file; it is stored as `qvbase::trimSourcePath` shortens it.
-    /// @param line the source line; negative where there is none.
-    /// @param text the message.
-    VontalExceptionDescription(VontalExceptionDescription * next, const Vontal::u8string & file, int line,
-        const Vontal::u8string & text);
+    /// @param nextEntry the next older entry, which the new one owns from here on, or null.
+    /// @param fileName the source file; it is stored as `qvbase::trimSourcePath` shortens it.
+    /// @param lineNumber the source line; negative where there is none.
+    /// @param message the message.
+    VontalExceptionDescription(VontalExceptionDescription * nextEntry, const Vontal::u8string & fileName,
+        int lineNumber, const Vontal::u8string & message);
     VontalExceptionDescription(const VontalExceptionDescription &) = delete;
     VontalExceptionDescription & operator=(const VontalExceptionDescription &) = delete;
     /// Destroys this entry and all older ones.

@@ -18,8 +18,8 @@ public:
     template <class Int>
     explicit Decimal(Int value) noexcept
     {
-        char * const begin = m_digits.data();
-        m_size = static_cast<std::size_t>(std::to_chars(begin, begin + m_digits.size(), value).ptr - begin);
+        const auto result = std::to_chars(m_digits.data(), m_digits.data() + m_digits.size(), value);
+        m_size = static_cast<std::size_t>(result.ptr - m_digits.data());
     }
 
     /// Valid as long as this object.
@@ -30,7 +30,7 @@ public:
 
 private:
     std::array<char, 24> m_digits;
-    std::size_t m_size;
+    std::size_t m_size = 0;
 };
 
 } // namespace Vontal

@@ -145,6 +145,7 @@ void ansiFromWide(std::wstring_view source, std::string & destination)
     ansi.reserve(source.size());
     for (const wchar_t c : source)
     {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): it is a wide one.
         const std::uint32_t unit = static_cast<std::uint32_t>(c);
         ansi.push_back(ansiByte(unit));
         // An element above 0xFFFF stands for the two units of a surrogate pair.
