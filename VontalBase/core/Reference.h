@@ -62,6 +62,7 @@ public:
         return *this;
     }
     /// Lets the held object go and then holds and counts that of @p other.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): required as it is.
     Reference & operator=(const Reference & other)
     {
         return *this = other.m_object;
