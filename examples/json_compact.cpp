@@ -197,6 +197,7 @@ int run(const std::string & name, bool wantStatistics)
         std::cerr << "json_compact: cannot read " << name << '\n';
         return 2;
     }
+    //! [parse]
     qvbase::Reference<qvjson::Item> root;
     VontalException exception;
     if (!qvjson::jsonParse(text, root, exception))
@@ -204,6 +205,7 @@ int run(const std::string & name, bool wantStatistics)
         std::cerr << exception.format() << '\n';
         return 1;
     }
+    //! [parse]
     if (wantStatistics)
     {
         Statistics statistics;

@@ -48,7 +48,8 @@ public:
     }
 };
 
-/// The settings of an application: nine kinds of member.
+//! [class]
+/// The settings of an application: eleven members of as many kinds.
 class Settings : public qvjson::JSONSerializable
 {
 public:
@@ -93,6 +94,7 @@ protected:
 private:
     bool m_isDeclared = false;
 };
+//! [class]
 
 constexpr const char * builtInSettings = R"({
     "maximized": true,
@@ -119,6 +121,7 @@ void change(Settings & settings)
     settings.proxy = proxy;
 }
 
+//! [use]
 int run(const Vontal::u8string & text)
 {
     const qvbase::Reference<Settings> settings = new qvbase::ReferencedImpl<Settings>;
@@ -135,6 +138,7 @@ int run(const Vontal::u8string & text)
     std::cout << changed << '\n';
     return 0;
 }
+//! [use]
 
 } // namespace
 
