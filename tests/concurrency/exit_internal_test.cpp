@@ -7,12 +7,11 @@
 #include "concurrency/work.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/RawWord.h"
 #include "support/TestSemaphore.h"
 
 #include <atomic>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <gtest/gtest.h>
 
 namespace
@@ -44,11 +43,7 @@ class LastWord
 public:
     LastWord()
     {
-        // A lock that is not yet made has nothing in its first word, where its virtual table belongs.
-        std::uintptr_t firstWord = 0;
-        std::memcpy(
-            &firstWord, static_cast<const void *>(&qvbase::g_referencedObjectMutex), sizeof firstWord);
-        isBeforeTheLibrary = firstWord == 0;
+        isBeforeTheLibrary = testsupport::firstWord(&qvbase::g_referencedObjectMutex) == 0;
     }
     LastWord(const LastWord &) = delete;
     LastWord & operator=(const LastWord &) = delete;
