@@ -5,22 +5,24 @@
 
 #include <functional>
 #include <string>
+#include <thread>
 
+/// It notes the calls of the thread that made it alone.
 class NotedMutex : public qvbase::ThreadMutex
 {
 public:
     void acquire() override
     {
-        log += "acquire ";
+        note("acquire ");
         ThreadMutex::acquire();
-        if (onAcquire)
+        if (isOwn() && onAcquire)
             onAcquire();
     }
 
     void release() override
     {
-        log += "release ";
-        if (onRelease)
+        note("release ");
+        if (isOwn() && onRelease)
             onRelease();
         ThreadMutex::release();
     }
@@ -28,4 +30,18 @@ public:
     std::string log;
     std::function<void()> onAcquire;
     std::function<void()> onRelease;
+
+private:
+    bool isOwn() const
+    {
+        return std::this_thread::get_id() == m_maker;
+    }
+
+    void note(const char * call)
+    {
+        if (isOwn())
+            log += call;
+    }
+
+    std::thread::id m_maker = std::this_thread::get_id();
 };
