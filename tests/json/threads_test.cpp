@@ -112,9 +112,14 @@ TEST(JsonThreads, TakePartsOfOneParseEach)
     {
         std::vector<ItemReference> parts(threadCount);
         {
-            const ItemReference root =
-                jsontest::parsed("[" + documentOf(0, round) + "," + documentOf(1, round) + "," +
-                                 documentOf(2, round) + "," + documentOf(3, round) + "]");
+            std::string json = "[";
+            for (int i = 0; i < threadCount; ++i)
+            {
+                json += i == 0 ? "" : ",";
+                json += documentOf(i, round);
+            }
+            json += ']';
+            const ItemReference root = jsontest::parsed(json);
             for (unsigned int i = 0; i < threadCount; ++i)
                 static_cast<qvjson::Array *>(*root)->getItem(i, parts[i]);
         }

@@ -496,8 +496,8 @@ TEST(JsonEquals, ComparesObjectsOfDifferentForms)
     const auto grown = make<Object>();
     for (int i = 0; i < 60; ++i)
     {
-        json += (i == 0 ? "\"k" : ",\"k") + std::to_string(i) + "\":" + std::to_string(i);
-        grown->add("k" + std::to_string(i), makeInt(std::to_string(i)));
+        json += (i == 0 ? "\"" : ",\"") + std::to_string(i) + "\":" + std::to_string(i);
+        grown->add(std::to_string(i), makeInt(std::to_string(i)));
     }
     const ItemReference parsedObject = jsontest::parsed(json + "}");
     EXPECT_TRUE(parsedObject->equals(grown));
