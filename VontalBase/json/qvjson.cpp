@@ -26,6 +26,12 @@ bool refuse(VontalException & exception, std::string_view text, std::string_view
     return false;
 }
 
+/// Whether the interfaces of acceptors and nodes can tell the length of a text.
+constexpr bool isTellable(std::string_view text) noexcept
+{
+    return text.size() <= std::numeric_limits<unsigned int>::max();
+}
+
 /// Gives events to a stack of acceptors.
 class AcceptorStack
 {
@@ -92,12 +98,6 @@ public:
     }
 
 private:
-    /// Whether the interface of an acceptor can tell the length of a text.
-    static constexpr bool isTellable(std::string_view text) noexcept
-    {
-        return text.size() <= std::numeric_limits<unsigned int>::max();
-    }
-
     JSONParserAcceptor & top() noexcept
     {
         return *m_acceptors.back();
@@ -122,6 +122,14 @@ public:
     static constexpr bool endChildObject() noexcept
     {
         return true;
+    }
+    bool integer(std::string_view digits)
+    {
+        return isTellable(digits) && TreeBuilder::integer(digits);
+    }
+    bool string(std::string_view text)
+    {
+        return isTellable(text) && TreeBuilder::string(text);
     }
 };
 
