@@ -7,6 +7,9 @@
 #include "VontalBase/core/debugregistry.h"
 #include "VontalBase/text/conversions.h"
 
+// Before all of them, since they may write to the standard streams.
+#include <iostream>
+
 namespace
 {
 

@@ -42,6 +42,8 @@ function(vontalbase_apply_settings target)
         endif()
     else()
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+        # A fused multiplication would change the last bits of the numbers that string2double reads.
+        target_compile_options(${target} PRIVATE -ffp-contract=off)
         if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
             # Sees overlapping copies in the standard library's own operator+ of strings, where there are none.
             target_compile_options(${target} PRIVATE -Wno-restrict)

@@ -15,11 +15,12 @@ CondThreadMutex::~CondThreadMutex() = default;
 
 void CondThreadMutex::wait()
 {
-    const std::uint32_t depth = mutex->getRecursiveCounter();
-    for (std::uint32_t i = 0; i < depth; ++i)
+    // As a signed number, so that a counter that was released too often counts as none.
+    const auto depth = static_cast<std::int32_t>(mutex->getRecursiveCounter());
+    for (std::int32_t i = 0; i < depth; ++i)
         mutex->release();
     event.wait();
-    for (std::uint32_t i = 0; i < depth; ++i)
+    for (std::int32_t i = 0; i < depth; ++i)
         mutex->acquire();
 }
 

@@ -17,15 +17,15 @@ namespace qvbase
 /// A count that threads wait to take from. Its limit is 2147483647. No failure is reported: a semaphore
 /// that could not be made, as with a negative count, makes nobody wait.
 ///
-/// Kept: copies share the one semaphore, and the first of them to be destroyed closes it for all. From
-/// then on `acquire` of the others returns at once and `release` does nothing.
+/// Kept: copies share the one semaphore, and the first of them to be destroyed closes it for all. Who waits
+/// then goes on; from then on `acquire` of the others returns at once and `release` does nothing.
 ///
 /// Any thread may call `acquire` and `release`.
 class VONTALBASE_API Semaphore
 {
 public:
     /// A semaphore whose count is @p initialCount. `std::bad_alloc` may leave it.
-    explicit Semaphore(int initialCount);
+    Semaphore(int initialCount);
     /// Shares the semaphore of @p other.
     Semaphore(const Semaphore & other) = default;
     /// Shares the semaphore of @p other; the one held so far is not closed.

@@ -29,17 +29,17 @@ bool isStarted(const void * handle) noexcept
     return handle != nullptr && static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle)) != 1;
 }
 
-/// Closes the handles of all threads that have ended. They have nothing left to do but exit.
+/// Closes the handles of all threads that have ended. They have little left to do but exit.
 void reap()
 {
-    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
-    ThreadHandleNode & ended = threadRegistry.endedThreads;
-    while (!ended.empty())
+    ThreadHandleNode ended;
     {
-        void * const handle = ended.front();
-        ended.pop_front();
-        platform::joinThread(handle);
+        const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+        ended.swap(threadRegistry.endedThreads);
     }
+    // Not under the lock: the last that an ended thread does may be to start another.
+    for (void * const handle : ended)
+        platform::joinThread(handle);
 }
 
 /// Moves the calling thread from the running to the ended ones.

@@ -14,12 +14,13 @@ class Runnable;
 /// The handle of a thread, as a value that owns nothing.
 ///
 /// Nothing stops a thread from outside and nothing joins one: a thread ends when its `run` returns. Each
-/// thread that ends closes the handles of those that ended before it.
+/// thread that ends closes the handles of those that ended before it, and the handle of the last stays open.
+/// Nothing waits for running threads when the process ends; the library must not be unloaded while they run.
 class VONTALBASE_API Thread
 {
 public:
     /// Stores @p handle as it is. It is never closed.
-    explicit Thread(void * handle) noexcept : m_handle(handle)
+    Thread(void * handle) noexcept : m_handle(handle)
     {
     }
     Thread(const Thread &) = default;
@@ -38,8 +39,12 @@ public:
     /// single-threaded COM apartment as long as it runs.
     ///
     /// @param runnable the work, or null.
+    /// Any thread may call it.
+    ///
     /// @return true if the thread was started; false, with no reference kept, if @p runnable is null or the
-    ///     system refused. `std::bad_alloc` may leave the call, which then has done nothing.
+    ///     system refused. An object that nobody else holds is then destroyed before the call returns, with
+    ///     the lock of the thread registry held. `std::bad_alloc` may leave the call, which then has done
+    ///     nothing, so that the object is still the caller's.
     static bool execute(Runnable * runnable);
 
     /// The system's pseudo-handle of the calling thread.

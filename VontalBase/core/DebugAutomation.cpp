@@ -22,7 +22,7 @@ DebugAutomation::~DebugAutomation()
 
 void DebugAutomation::addReference(const char * name, IUnknown * object)
 {
-    debugRegistry[object] = name;
+    debugRegistry.insert_or_assign(object, std::string(name));
 }
 
 void DebugAutomation::releaseReference(IUnknown * object)

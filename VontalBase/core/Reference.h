@@ -73,13 +73,14 @@ public:
     {
         return *this = static_cast<T *>(other.get());
     }
-    /// Lets the held object go and then takes over that of @p other, which becomes null.
+    /// Lets the held object go and then takes over that of @p other, which becomes null. The count of that
+    /// does not change. @p other may lie in the object that is let go, and may be this reference, which then
+    /// stays as it is.
     Reference & operator=(Reference && other) noexcept
     {
-        if (this == &other)
-            return *this;
+        T * const taken = std::exchange(other.m_object, nullptr);
         drop();
-        m_object = std::exchange(other.m_object, nullptr);
+        m_object = taken;
         return *this;
     }
 

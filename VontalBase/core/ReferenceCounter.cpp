@@ -12,13 +12,22 @@ namespace qvbase
 namespace
 {
 
+/// Writes the report as one string. A bad count is no reason to end the process, and neither is a report that
+/// cannot be made or written.
 template <class Identity>
-void reportInvalidCount(const Identity & identity, unsigned int counter)
+void reportInvalidCount(const Identity & identity, unsigned int counter) noexcept
 {
-    std::ostringstream report;
-    report.imbue(std::locale::classic());
-    report << "Invalid reference count for class: " << identity << ", counter=" << counter << '\n';
-    std::cerr << report.str() << std::flush;
+    try
+    {
+        std::ostringstream report;
+        report.imbue(std::locale::classic());
+        report.exceptions(std::ios::badbit | std::ios::failbit);
+        report << "Invalid reference count for class: " << identity << ", counter=" << counter << '\n';
+        std::cerr << report.str() << std::flush;
+    }
+    catch (...) // NOLINT(bugprone-empty-catch): see above.
+    {
+    }
 }
 
 } // namespace
@@ -44,14 +53,24 @@ unsigned int ReferenceCounter::getRefCounter()
     return m_counter;
 }
 
-SafeReferenceCounter::SafeReferenceCounter(const SafeReferenceCounter & other) : ReferenceCounter(other)
+SafeReferenceCounter::SafeReferenceCounter(const SafeReferenceCounter & other)
 {
+    m_counter = other.lockedCounter();
 }
 
 SafeReferenceCounter & SafeReferenceCounter::operator=(const SafeReferenceCounter & other)
 {
-    ReferenceCounter::operator=(other);
+    // One lock after the other, never both, so that two counters can be assigned to each other.
+    const unsigned int counter = other.lockedCounter();
+    const ThreadMutexGuard guard(m_mutex, true);
+    m_counter = counter;
     return *this;
+}
+
+unsigned int SafeReferenceCounter::lockedCounter() const
+{
+    const ThreadMutexGuard guard(m_mutex, true);
+    return m_counter;
 }
 
 void SafeReferenceCounter::addRef()

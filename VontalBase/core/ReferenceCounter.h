@@ -26,7 +26,9 @@ public:
     /// Takes over the count of @p other.
     ReferenceCounter & operator=(const ReferenceCounter & other) = default;
 
+    /// Adds one.
     void addRef() override;
+    /// Takes one, wrapping below 0. Nothing is destroyed.
     void release() override;
     /// Reports a count other than 0, with the address of this object.
     virtual ~ReferenceCounter();
@@ -34,6 +36,8 @@ public:
     virtual unsigned int getRefCounter();
 
 private:
+    friend class SafeReferenceCounter;
+
     unsigned int m_counter = 0;
 };
 
@@ -43,18 +47,23 @@ class VONTALBASE_API SafeReferenceCounter : public ReferenceCounter
 public:
     /// A counter at 0.
     SafeReferenceCounter() = default;
-    /// Takes over the count of @p other. The lock is this object's own.
+    /// Takes over the count of @p other, under its lock. The lock here is this object's own.
     SafeReferenceCounter(const SafeReferenceCounter & other);
-    /// Takes over the count of @p other. The lock stays this object's own.
+    /// Takes over the count of @p other, under its lock. The lock here stays this object's own.
     SafeReferenceCounter & operator=(const SafeReferenceCounter & other);
     ~SafeReferenceCounter() override = default;
 
+    /// Adds one. Any thread may call it.
     void addRef() override;
+    /// Takes one, wrapping below 0. Nothing is destroyed. Any thread may call it.
     void release() override;
+    /// The count. Any thread may call it.
     unsigned int getRefCounter() override;
 
 private:
-    ThreadMutex m_mutex;
+    unsigned int lockedCounter() const;
+
+    mutable ThreadMutex m_mutex;
 };
 
 /// A counter that threads may share, with a name for its report.

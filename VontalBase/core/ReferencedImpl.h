@@ -2,6 +2,7 @@
 /// Counting without a lock.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <utility>
 
@@ -17,19 +18,30 @@ template <class T>
 class ReferencedImpl final : public T
 {
 public:
-    /// Makes the object by the constructor of `T` that takes @p arguments. The count is 0.
-    template <class... Arguments>
-    explicit ReferencedImpl(Arguments &&... arguments) : T(std::forward<Arguments>(arguments)...)
+    /// The constructors are those of `T`. The count is 0.
+    using T::T;
+    /// Makes the object by the default constructor of `T`. The count is 0.
+    ReferencedImpl() = default;
+    /// Makes the object by the copy constructor of `T`. The count is 0.
+    template <std::same_as<T> Source>
+    explicit ReferencedImpl(const Source & source) : T(source)
+    {
+    }
+    /// Makes the object by the move constructor of `T`. The count is 0.
+    template <std::same_as<T> Source>
+    explicit ReferencedImpl(Source && source) : T(std::move(source))
     {
     }
     ReferencedImpl(const ReferencedImpl &) = delete;
     ReferencedImpl & operator=(const ReferencedImpl &) = delete;
 
+    /// Adds one to the count.
     void addRef() override
     {
         ++m_count;
     }
 
+    /// Takes one from the count, and destroys the object when that leaves none.
     void release() override
     {
         if (--m_count == 0)

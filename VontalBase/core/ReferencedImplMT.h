@@ -6,6 +6,7 @@
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/export.h"
 
+#include <concepts>
 #include <cstdint>
 #include <utility>
 
@@ -25,20 +26,32 @@ template <class T>
 class ReferencedImplMT final : public T
 {
 public:
-    /// Makes the object by the constructor of `T` that takes @p arguments. The count is 0.
-    template <class... Arguments>
-    explicit ReferencedImplMT(Arguments &&... arguments) : T(std::forward<Arguments>(arguments)...)
+    /// The constructors are those of `T`. The count is 0.
+    using T::T;
+    /// Makes the object by the default constructor of `T`. The count is 0.
+    ReferencedImplMT() = default;
+    /// Makes the object by the copy constructor of `T`. The count is 0.
+    template <std::same_as<T> Source>
+    explicit ReferencedImplMT(const Source & source) : T(source)
+    {
+    }
+    /// Makes the object by the move constructor of `T`. The count is 0.
+    template <std::same_as<T> Source>
+    explicit ReferencedImplMT(Source && source) : T(std::move(source))
     {
     }
     ReferencedImplMT(const ReferencedImplMT &) = delete;
     ReferencedImplMT & operator=(const ReferencedImplMT &) = delete;
 
+    /// Adds one to the count. Any thread may call it.
     void addRef() override
     {
         const ThreadMutexGuard guard(g_referencedObjectMutex, true);
         ++m_count;
     }
 
+    /// Takes one from the count, and destroys the object when that leaves none. The lock is given back before
+    /// the destructor runs. Any thread may call it.
     void release() override
     {
         g_referencedObjectMutex.acquire();

@@ -2,8 +2,9 @@
 /// The node of a JSON tree.
 ///
 /// A tree has integers and no real numbers. Nodes are counted without a lock: a tree, and every node that
-/// is reachable from it, belongs to one thread at a time. A tree may be of any depth: nothing here
-/// recurses.
+/// is reachable from it, belongs to one thread at a time; threads may share it as long as all of them only
+/// read values, and neither take references nor copy containers. A tree may be of any depth: nothing here
+/// recurses. `std::bad_alloc` may leave whatever copies, adds, compares or prints.
 #pragma once
 
 #include "VontalBase/core/ReferencedObject.h"
@@ -47,7 +48,9 @@ public:
     ///
     /// Kept: null is no value.
     virtual bool isValue() const;
-    /// Whether the two trees are equal. Objects are equal whatever the order in which their keys came.
+    /// Whether the two trees are equal. Arrays and objects within are compared by the library's own rules,
+    /// without their `equals`, so that depth costs no stack. Objects are equal whatever the order in which
+    /// their keys came.
     /// @param other the root of the other tree; null is equal to nothing.
     virtual bool equals(Item const * other) const = 0;
 
@@ -74,7 +77,9 @@ public:
     operator ValueString *();
 
 protected:
-    explicit Item(Type type) noexcept : m_type(static_cast<std::uint16_t>(type))
+    /// A node of some kind. All kinds beyond 0xFFFF count as that one.
+    explicit Item(Type type) noexcept
+        : m_type(static_cast<std::uint16_t>(type <= mostlyUnknown ? type : mostlyUnknown))
     {
     }
     /// Copies what the node is, and not where it lies.
@@ -90,6 +95,8 @@ protected:
 
 private:
     friend struct TreeAccess;
+
+    static constexpr std::uint32_t mostlyUnknown = 0xFFFF;
 
     /// A value of `Type`.
     std::uint16_t m_type;

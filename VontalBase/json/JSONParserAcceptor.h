@@ -13,13 +13,16 @@ namespace qvjson
 /// The parser keeps a stack of acceptors: the object that `parserBeginObject` answers takes the content
 /// of the new JSON object, and the acceptor below is told of its end. Elements of an array come to the
 /// acceptor of what holds the array, without a key. Numbers, bools and nulls come one step late, when the
-/// comma or bracket behind them is read.
+/// comma, bracket or comment behind them is read.
+///
+/// Calls come on the thread of the parse. After a refusal, or when the text ends early, no more calls come.
+/// The parser owns none of the acceptors.
 ///
 /// For `{"a":1,"b":[true]}`, where `parserBeginObject` of R answers C, the calls are: R `parserBeginObject`;
 /// C `parseKey("a")`; C `parseInt("1",1)`; C `parseKey("b")`; C `parserBeginArray`; C `parseBool(true)`; C
 /// `parserEndArray`; C `parserEndObject`; R `parserEndChildObject(C)`.
 ///
-/// The text of `parseInt` and `parseString` is the parser's own buffer. It is valid during the call only, has
+/// The texts are the parser's own and valid during the call only. That of `parseInt` and `parseString` has
 /// a zero byte behind its last byte, and may hold zero bytes within; the length counts bytes.
 class JSONParserAcceptor
 {

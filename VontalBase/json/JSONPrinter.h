@@ -19,8 +19,8 @@ class Item;
 /// make JSON.
 ///
 /// The operations return true, also when the stream refuses the bytes, which are then lost; only
-/// `printItem` has failures of its own. A printer is counted without a lock and belongs to one thread at a
-/// time.
+/// `printItem` has failures of its own. A stream that was told to throw does so out of them. A printer is
+/// counted without a lock and belongs to one thread at a time.
 class JSONPrinter : public qvbase::ReferencedObject
 {
 public:
@@ -37,7 +37,8 @@ public:
     virtual bool printNumber(Vontal::u8string const & digits) = 0;
     /// A number in decimal.
     virtual bool printInt(int value) = 0;
-    /// A whole tree, the keys of its objects in byte order. Depth costs no stack.
+    /// A whole tree, the keys of its objects in byte order. Depth costs no stack. The tree must not change
+    /// during the call. `std::bad_alloc` may leave it; what had been written by then stays written.
     ///
     /// Kept: only the low 32 bits of an integer are printed.
     ///
@@ -63,7 +64,7 @@ protected:
 /// Makes a printer.
 /// @param stream where it writes; it must outlive the printer. Null is refused.
 /// @param out receives the printer, in place of what it held; untouched on refusal.
-/// @return whether there is a printer.
+/// @return whether there is a printer. `std::bad_alloc` may leave the call, with @p out untouched.
 VONTALBASE_API bool jsonPrinterFactory(
     std::basic_ostream<char> * stream, qvbase::Reference<JSONPrinter> & out);
 

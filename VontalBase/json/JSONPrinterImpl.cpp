@@ -106,10 +106,24 @@ bool JSONPrinterImpl::printItem(Item * item)
         return false;
     TreePrinter tree(m_writer);
     char * to = separate();
-    const bool isWhole = tree.print(*item, to);
-    m_atStart = !isWhole && tree.stoppedAtStart();
-    m_afterKey = !isWhole && tree.stoppedAfterKey();
-    return handOver(to) && isWhole;
+    const auto stop = [&]
+    {
+        m_atStart = tree.stoppedAtStart();
+        m_afterKey = tree.stoppedAfterKey();
+        m_writer.handOver(to);
+    };
+    try
+    {
+        if (tree.print(*item, to))
+            return handOver(to);
+    }
+    catch (...)
+    {
+        stop();
+        throw;
+    }
+    stop();
+    return false;
 }
 
 bool jsonPrinterFactory(std::basic_ostream<char> * stream, qvbase::Reference<JSONPrinter> & out)

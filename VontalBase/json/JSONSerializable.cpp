@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 namespace qvjson
 {
@@ -121,9 +122,7 @@ JSONParserAcceptor * JSONSerializable::beginReferencedObject(const FactoryHolder
 {
     qvbase::Reference<JSONSerializable> & member = referencedObjectOf(holder);
     member = nullptr;
-    if (!makeObject(holder, member))
-        return nullptr;
-    if (member->jsonBeginParse())
+    if (makeObject(holder, member) && member->jsonBeginParse())
         return member;
     member = nullptr;
     return nullptr;
@@ -131,6 +130,8 @@ JSONParserAcceptor * JSONSerializable::beginReferencedObject(const FactoryHolder
 
 JSONParserAcceptor * JSONSerializable::beginVectorElement(const FactoryHolder & holder)
 {
+    if (holder.member == nullptr)
+        return nullptr;
     auto & elements = objectVectorOf(holder);
     qvbase::Reference<JSONSerializable> element;
     if (!makeObject(holder, element))
@@ -176,36 +177,24 @@ bool JSONSerializable::parserEndObject()
     return m_field == nullptr;
 }
 
-/// Whether no two fields have one key, so that any field with a key is the first.
-bool JSONSerializable::haveKeysOnce()
-{
-    for (auto field = m_fields.begin(); field != m_fields.end(); ++field)
-    {
-        const auto isSame = [&field](const auto & other)
-        {
-            return other->key == (*field)->key;
-        };
-        if (std::any_of(std::next(field), m_fields.end(), isSame))
-            return false;
-    }
-    m_distinctFields = m_fields.size();
-    return true;
-}
-
-/// The first field with the key, or null.
+/// The first field with the key, or null. Fields mostly come in the order of their declaration, and the one
+/// that is due next is the first with its key if none before it has it; that is looked at once for each
+/// field.
 JSONSerializable::JSONField * JSONSerializable::findField(const Vontal::u8string & key)
 {
     const auto isWanted = [&key](const auto & field)
     {
         return Vontal::isSameText(field->key, key);
     };
-    const bool mayTrustOrder = m_distinctFields == m_fields.size() || haveKeysOnce();
-    if (mayTrustOrder && m_expected < m_fields.size() && isWanted(m_fields[m_expected]))
-        return m_fields[m_expected++].get();
-    const auto found = std::find_if(m_fields.begin(), m_fields.end(), isWanted);
+    auto found = m_fields.begin() + static_cast<std::ptrdiff_t>(m_expected);
+    if (m_expected >= m_knownFirst || !isWanted(*found))
+        found = std::find_if(m_fields.begin(), m_fields.end(), isWanted);
     if (found == m_fields.end())
         return nullptr;
     m_expected = static_cast<std::size_t>(found - m_fields.begin()) + 1;
+    // Found from the front, in order and without a gap: so far every field is the first with its key.
+    if (m_expected == m_knownFirst + 1)
+        m_knownFirst = m_expected;
     return found->get();
 }
 
@@ -227,7 +216,7 @@ bool JSONSerializable::parseInt(char const * text, unsigned int length)
     case FieldInt:
         return readNumber<int>(digits, *m_field) && (clearField(), true);
     case FieldULong:
-        return readNumber<Vontal::ulong32>(digits, *m_field) && (clearField(), true);
+        return readULong(digits) && (clearField(), true);
     case FieldInt64:
         return readNumber<std::int64_t>(digits, *m_field) && (clearField(), true);
     case FieldIntVector:
@@ -237,6 +226,18 @@ bool JSONSerializable::parseInt(char const * text, unsigned int length)
     default:
         return false;
     }
+}
+
+/// Reads an unsigned number into a member of 32 bits or wider.
+bool JSONSerializable::readULong(std::string_view digits)
+{
+    if (!m_field->m_isWide)
+        return readNumber<Vontal::ulong32>(digits, *m_field);
+    bool ok = false;
+    const unsigned long value = Vontal::scanInteger<Vontal::ulong32>(digits, ok);
+    if (ok)
+        storeNumber(value, m_field->target);
+    return ok;
 }
 
 bool JSONSerializable::parseString(char const * text, unsigned int length)
@@ -331,6 +332,13 @@ void JSONSerializable::jsonFieldAdd(Vontal::u8string const & key, int * target)
 void JSONSerializable::jsonFieldAdd(Vontal::u8string const & key, Vontal::ulong32 * target)
 {
     jsonFieldAdd(new JSONField(FieldULong, key, target));
+}
+
+void JSONSerializable::addNativeULong(Vontal::u8string const & key, void * target)
+{
+    auto field = std::make_unique<JSONField>(FieldULong, key, target);
+    field->m_isWide = true;
+    jsonFieldAdd(field.release());
 }
 
 void JSONSerializable::jsonFieldAdd(Vontal::u8string const & key, std::int64_t * target)

@@ -14,10 +14,10 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <iosfwd>
 #include <memory>
 #include <set>
+#include <string_view>
 #include <vector>
 
 namespace qvjson
@@ -43,7 +43,14 @@ class JSONTreeParser;
 /// | a reference to another bound object | set | not assigned |
 ///
 /// Nothing is undone on failure: members that were set stay set. Text that ends early counts as parsed. After
-/// a parse that failed or ended early, `jsonEndParse` must run before the object takes text again.
+/// a parse that failed or ended early, `jsonEndParse` must run before the object takes text again; one that
+/// ended within a tree member is not to be used for text any more.
+///
+/// Members, factories and providers must outlive the object and its copies; a field holds its factory or
+/// provider. Either may be null: the field then refuses objects. Nested objects are filled, printed and
+/// destroyed by recursion, so the factory of a class that can hold itself decides how deep a text may go.
+///
+/// Kept: of integers within a tree member only the low 32 bits are printed.
 ///
 /// Kept: copies share the declared fields, which go on to point into the members of the first object.
 ///
@@ -99,6 +106,12 @@ public:
         Vontal::u8string key;
         /// The member or its holder.
         void * target;
+
+    private:
+        friend class JSONSerializable;
+
+        /// Whether the target of an unsigned number is a native `unsigned long` of more than 32 bits.
+        bool m_isWide = false;
     };
 
     JSONSerializable() = default;
@@ -161,9 +174,8 @@ public:
     /// Makes the object ready for the events of one JSON object, as the acceptor of a nested one. Declares
     /// the fields if there are none yet. @return false if it is being parsed already.
     virtual bool jsonBeginParse();
-    /// Ends a parse, also one that failed. @return false if there was none, if it ended within a member, or
-    /// if
-    ///     `onParseEnd` refuses.
+    /// Ends a parse, also one that failed, and calls `onParseEnd` if it did not end within a member.
+    /// @return false if there was no parse, if it ended within a member, or if `onParseEnd` refuses.
     virtual bool jsonEndParse();
 
 protected:
@@ -173,15 +185,13 @@ protected:
     void jsonFieldAdd(Vontal::u8string const & key, int * target);
     /// Declares an unsigned 32-bit integer.
     void jsonFieldAdd(Vontal::u8string const & key, Vontal::ulong32 * target);
-    /// Declares an `unsigned long` that is wider than 32 bits: only its low 32 bits are read and written.
+    /// Declares an `unsigned long` that is wider than 32 bits: its low 32 bits are printed, and reading
+    /// clears the others.
     template <std::same_as<unsigned long> ULong>
     requires(!std::same_as<ULong, Vontal::ulong32>) void jsonFieldAdd(
         Vontal::u8string const & key, ULong * target)
     {
-        auto * const low = reinterpret_cast<Vontal::ulong32 *>(target);
-        std::memset(
-            reinterpret_cast<unsigned char *>(target) + sizeof(*low), 0, sizeof(*target) - sizeof(*low));
-        jsonFieldAdd(key, low);
+        addNativeULong(key, target);
     }
     /// Declares a 64-bit integer.
     void jsonFieldAdd(Vontal::u8string const & key, std::int64_t * target);
@@ -216,6 +226,9 @@ protected:
     void jsonFieldAdd(JSONField * field);
 
 private:
+    void addNativeULong(Vontal::u8string const & key, void * target);
+    bool readULong(std::string_view digits);
+
     using FieldList = std::vector<std::shared_ptr<JSONField>>;
 
     bool isAtField(std::uint32_t type) const noexcept;
@@ -228,7 +241,6 @@ private:
     bool fromItem(const JSONField & field, Item * item);
     bool print(const JSONField & field, JSONPrinter & printer);
 
-    bool haveKeysOnce();
     JSONField * findField(const Vontal::u8string & key);
 
     FieldList m_fields;
@@ -238,8 +250,8 @@ private:
     std::shared_ptr<JSONTreeParser> m_childParser;
     /// Where the search for the next key begins: fields mostly come in the order of their declaration.
     std::size_t m_expected = 0;
-    /// How many fields there were when their keys were last found to differ; 0 for never.
-    std::size_t m_distinctFields = 0;
+    /// How many fields from the front are known to be the first with their keys.
+    std::size_t m_knownFirst = 0;
 };
 
 } // namespace qvjson

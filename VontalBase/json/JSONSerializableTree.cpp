@@ -137,7 +137,7 @@ bool fillReferencedObject(Item * item, const FactoryHolder & holder)
 bool fillObjectVector(Item * item, const FactoryHolder & holder)
 {
     if (holder.member == nullptr)
-        return false;
+        return isNull(item);
     objectVectorOf(holder).clear();
     if (isNull(item))
         return true;
@@ -241,13 +241,16 @@ bool JSONSerializable::fromItem(const JSONField & field, Item * item)
 
 bool JSONSerializable::fromJson(Object * object)
 {
+    jsonFieldsDeclare();
     if (object == nullptr)
         return false;
-    jsonFieldsDeclare();
-    for (const auto & field : m_fields)
+    // A tree member may be what keeps the object alive, and a factory may declare more fields.
+    const qvbase::Reference<Object> source(object);
+    for (std::size_t i = 0; i < m_fields.size(); ++i)
     {
+        const std::shared_ptr<JSONField> field = m_fields[i];
         qvbase::Reference<Item> item;
-        if (!object->getItem(field->key, item) || !fromItem(*field, item))
+        if (!source->getItem(field->key, item) || !fromItem(*field, item))
             return false;
     }
     return onParseEnd();
@@ -256,6 +259,8 @@ bool JSONSerializable::fromJson(Object * object)
 bool JSONSerializable::toJson(Vontal::u8string & text)
 {
     std::ostringstream stream;
+    // A want of memory within the stream must not pass for a text.
+    stream.exceptions(std::ios::badbit);
     if (!toJson(&stream))
         return false;
     text = std::move(stream).str();
@@ -270,13 +275,12 @@ bool JSONSerializable::toJson(std::basic_ostream<char> * stream)
 
 bool JSONSerializable::toJson(JSONPrinter * printer, bool wrap)
 {
-    if (printer == nullptr)
-        return false;
     jsonFieldsDeclare();
-    if (wrap && !printer->printObjectBegin())
+    if (printer == nullptr || (wrap && !printer->printObjectBegin()))
         return false;
-    for (const auto & field : m_fields)
+    for (std::size_t i = 0; i < m_fields.size(); ++i)
     {
+        const std::shared_ptr<JSONField> field = m_fields[i];
         if (!printer->printKey(field->key) || !print(*field, *printer))
             return false;
     }

@@ -14,10 +14,12 @@ namespace qvjson
 
 class TreeBuilder;
 
-/// Builds a tree from the events of a parse: the first object or array becomes the root.
+/// Builds a tree from the events of a parse: the first item becomes the root.
 ///
-/// An integer beyond 64 bits is refused. Where a key comes twice, the later value stands. A value behind an
-/// empty key is refused, and so is a second root. It serves one parse.
+/// An integer that `Vontal::string2Int64` refuses is refused; as there, some that do not fit 64 bits are read
+/// as their low bits. Where a key comes twice, the later value stands. A value behind an empty key is
+/// refused, and so is a second root. It serves one parse, on one thread. `std::bad_alloc` may leave every
+/// operation; after that it refuses every event.
 class VONTALBASE_API JSONTreeParser : public JSONParserAcceptor
 {
 public:
@@ -38,7 +40,9 @@ public:
     bool parserBeginArray() override;
     bool parserEndArray() override;
 
-    /// The tree, or null as long as nothing has begun. Containers that have not ended hold what came by now.
+    /// The tree, or null as long as nothing has begun. Containers that have not ended hold what came by now;
+    /// what comes later is seen after the next call, and each call costs as much as those containers hold.
+    /// @return the parser's own reference: copy it to keep the tree.
     const qvbase::Reference<Item> & root();
 
 private:

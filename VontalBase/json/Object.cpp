@@ -45,10 +45,10 @@ Object & Object::operator=(const Object & other)
 
 void Object::put(std::string_view key, Item * item)
 {
-    Item *& place = placeOf(m_items, key);
-    if (place != nullptr)
-        place->release();
-    place = item;
+    if (Item * const former = std::exchange(placeOf(m_items, key), nullptr))
+        former->release();
+    // Found anew, because what the former item did at its end may have moved it.
+    placeOf(m_items, key) = item;
     if (item != nullptr)
         item->addRef();
 }

@@ -40,6 +40,9 @@ public:
 
     /// Puts @p item under @p key, in place of what stood there, and counts it. @p item may be null.
     /// `std::bad_alloc` leaves the object as it was.
+    ///
+    /// Kept: the former item is let go first, with no test for the same one. An item that this entry alone
+    /// holds, given again, is destroyed.
     void add(Vontal::u8string const & key, Item * item);
     /// Sets the key for the next `add(Item *)`.
     /// @return false, with nothing changed, if a key that is not empty is pending already.

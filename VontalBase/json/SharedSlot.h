@@ -25,7 +25,8 @@ public:
     /// Kept: shares the contents of `other` and abandons its own, which are not freed.
     SharedSlot & operator=(const SharedSlot & other)
     {
-        if (this != &other)
+        const bool shareAlready = isShared() && m_place == other.m_place;
+        if (this != &other && !shareAlready)
             join(other);
         return *this;
     }

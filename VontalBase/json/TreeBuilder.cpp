@@ -49,11 +49,6 @@ private:
     std::uint32_t m_count = 1;
 };
 
-static_assert(sizeof(ArenaNode<ValueInt>) <= 24);
-static_assert(sizeof(ArenaNode<ValueString>) <= 40);
-static_assert(sizeof(ArenaNode<Array>) <= 32);
-static_assert(sizeof(ArenaNode<Object>) <= 40);
-
 } // namespace
 
 template <class Node>
@@ -81,6 +76,8 @@ Object & TreeBuilder::innermostObject() noexcept
 
 bool TreeBuilder::attach(OwnedItem && item)
 {
+    if (m_isBroken)
+        return false;
     if (m_root.get() == nullptr)
     {
         m_root = item.get();
@@ -132,17 +129,20 @@ bool TreeBuilder::endArray()
 
 bool TreeBuilder::endContainer(Type type)
 {
-    if (m_open.empty() || TreeAccess::type(*m_open.back().container) != type)
+    if (m_isBroken || m_open.empty() || TreeAccess::type(*m_open.back().container) != type)
         return false;
+    m_isBroken = true;
     handKeyOver();
     giveChildren(m_open.back());
     m_open.pop_back();
+    m_isBroken = false;
     return true;
 }
 
 bool TreeBuilder::key(std::string_view text)
 {
-    if (m_open.empty() || TreeAccess::type(*m_open.back().container) != TypeObject || m_keyWaits)
+    if (m_isBroken || m_open.empty() || TreeAccess::type(*m_open.back().container) != TypeObject ||
+        m_keyWaits)
         return false;
     if (m_hasHandedOver && !innermostObject().addKey({}))
         return false;
@@ -195,11 +195,15 @@ bool TreeBuilder::null()
 
 const qvbase::Reference<Item> & TreeBuilder::root()
 {
+    if (m_isBroken)
+        return m_root;
+    m_isBroken = true;
     handKeyOver();
     for (auto open = m_open.rbegin(); open != m_open.rend(); ++open)
         giveChildren(*open);
     for (Open & open : m_open)
         open.firstEntry = open.firstElement = 0;
+    m_isBroken = false;
     return m_root;
 }
 
@@ -266,7 +270,7 @@ void TreeBuilder::rank(std::size_t first, std::vector<Rank> & ranks) const
         const int order = entries[a.index].key.view().compare(entries[b.index].key.view());
         return order != 0 ? order < 0 : a.index < b.index;
     };
-    const std::size_t count = m_entries.size() - first;
+    const auto count = static_cast<std::uint32_t>(m_entries.size() - first);
     ranks.clear();
     for (std::uint32_t i = 0; i < count; ++i)
         ranks.push_back({entries[i].key.prefix(), i});
@@ -288,6 +292,8 @@ bool TreeBuilder::hasKeysOf(const Shape & shape, std::size_t first) const noexce
 const std::vector<TreeBuilder::Rank> & TreeBuilder::ranked(std::size_t first)
 {
     const std::size_t count = m_entries.size() - first;
+    if (count >= ItemBlock::large)
+        throw std::length_error("JSON object");
     if (count > mostKeysOfShape)
     {
         rank(first, m_ranks);

@@ -57,7 +57,8 @@ private:
     /// before it.
     struct Open
     {
-        Item * container;
+        /// Counted, since the tree may be changed as soon as somebody has seen its root.
+        qvbase::Reference<Item> container;
         std::size_t firstEntry;
         std::size_t firstElement;
     };
@@ -107,6 +108,9 @@ private:
     std::array<Shape, mostKeysOfShape + 1> m_shapes;
     std::vector<Rank> m_ranks;
     bool m_keyWaits = false;
+    /// Set while children are given away. It stays set if memory ran short meanwhile: every event is refused
+    /// then.
+    bool m_isBroken = false;
     /// Whether an object has ever been given a key without its value.
     bool m_hasHandedOver = false;
 };

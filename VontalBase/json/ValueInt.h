@@ -39,7 +39,9 @@ public:
     /// Reads the value as `Vontal::string2Int64` does.
     /// @param text the digits.
     /// @param length how many bytes of @p text count.
-    /// @return whether it was a number that fits. If not, the value is what had been read so far.
+    /// @return what `string2Int64` tells, which some numbers that do not fit pass. The value is what it
+    /// gives, on failure
+    ///     too.
     bool parseInt(char const * text, unsigned int length);
 
 protected:

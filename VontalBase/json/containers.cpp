@@ -189,7 +189,7 @@ ChildCursor::ChildCursor(const Item & container) noexcept
     else
     {
         m_kind = Kind::Nodes;
-        m_place.node = asLarge(block).map.begin();
+        std::construct_at(&m_place.node, asLarge(block).map.begin());
         m_left = asLarge(block).map.size();
     }
 }

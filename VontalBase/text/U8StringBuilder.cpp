@@ -100,29 +100,39 @@ U8StringBuilder & U8StringBuilder::appendInAcp(const wchar_t * text)
     return append(text);
 }
 
+// The digits are made in a text of their own, because the bytes may be the builder's.
+
 U8StringBuilder & U8StringBuilder::appendInHex(unsigned int value)
 {
-    appendNumberInHex(value, 8, m_text);
+    std::string digits;
+    appendNumberInHex(value, 8, digits);
+    m_text.append(digits);
     return *this;
 }
 
 U8StringBuilder & U8StringBuilder::appendInHex(void * address)
 {
-    appendNumberInHex(reinterpret_cast<std::uintptr_t>(address), 16, m_text);
+    std::string digits;
+    appendNumberInHex(reinterpret_cast<std::uintptr_t>(address), 16, digits);
+    m_text.append(digits);
     return *this;
 }
 
 U8StringBuilder & U8StringBuilder::appendInHex(const unsigned char * bytes, unsigned int size)
 {
+    std::string digits;
     for (unsigned int i = 0; i < size; ++i)
-        appendByteInHex(bytes[i], m_text);
+        appendByteInHex(bytes[i], digits);
+    m_text.append(digits);
     return *this;
 }
 
 U8StringBuilder & U8StringBuilder::appendInHexLE(const unsigned char * bytes, unsigned int size)
 {
+    std::string digits;
     for (unsigned int i = size; i != 0; --i)
-        appendByteInHex(bytes[i - 1], m_text);
+        appendByteInHex(bytes[i - 1], digits);
+    m_text.append(digits);
     return *this;
 }
 

@@ -15,8 +15,9 @@ namespace Vontal
 /// A text under composition. Every operation that appends returns the builder itself, so that calls chain,
 /// and the builder ends wherever a `const u8string &` is wanted.
 ///
-/// Numbers are written with no separator, no padding and without regard to any locale. A null pointer is
-/// outside the contract of every overload. `std::bad_alloc` and `std::length_error` pass through.
+/// Numbers are written with no separator, no padding and without regard to any locale. What is appended may
+/// be the builder's own text. A null pointer is outside the contract of every overload but `appendInHex(void
+/// *)`. `std::bad_alloc` and `std::length_error` pass through.
 ///
 /// A builder belongs to one thread at a time.
 class VONTALBASE_API U8StringBuilder
@@ -95,7 +96,8 @@ public:
     }
     /// Appends 8 upper-case hexadecimal digits, the most significant first.
     U8StringBuilder & appendInHex(unsigned int value);
-    /// Appends the low 32 bits as 8 upper-case hexadecimal digits, the most significant first.
+    /// Appends the low 32 bits as 8 upper-case hexadecimal digits, the most significant first; a negative
+    /// value in two's complement.
     U8StringBuilder & appendInHex(long value)
     {
         return appendInHex(static_cast<unsigned int>(value));

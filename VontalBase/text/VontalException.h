@@ -8,6 +8,13 @@
 /// needs `clear`.
 ///
 /// A record belongs to one thread at a time. Chains may be of any length: nothing here recurses.
+/// `std::bad_alloc` may leave every operation that makes entries or text: `add` and `append` then leave the
+/// record as it was, assignment leaves it empty.
+///
+/// File names end at their first zero byte; texts keep theirs.
+///
+/// Kept: a copied entry goes through its constructor again, so a file name that still begins with a build
+/// root is shortened once more.
 #pragma once
 
 #include "VontalBase/export.h"
@@ -17,7 +24,7 @@
 class VONTALBASE_API VontalExceptionDescription
 {
 public:
-    /// Makes an entry.
+    /// Makes an entry. If that fails, @p nextEntry stays the caller's.
     /// @param nextEntry the next older entry, which the new one owns from here on, or null.
     /// @param fileName the source file; it is stored as `qvbase::trimSourcePath` shortens it.
     /// @param lineNumber the source line; negative where there is none.
@@ -71,7 +78,8 @@ public:
     /// Kept: self-assignment empties the record, because the chain is cleared before it is read.
     virtual VontalException & operator=(const VontalException & other);
 
-    /// Destroys the chain. Nothing happens on an empty record.
+    /// Destroys the chain. Nothing happens on an empty record. Assignment calls it: an override must call
+    /// this one.
     virtual void clear();
 
     /// Adds an entry as the newest.
@@ -93,6 +101,7 @@ public:
     /// The whole record as text: see `VontalExceptionDescription::render`. Empty for an empty record.
     virtual Vontal::u8string format() const;
 
-    /// The newest entry, owned by this record, or null where the record is empty.
+    /// The newest entry, owned by this record, or null where the record is empty. An entry that is put here
+    /// must come from `new`.
     VontalExceptionDescription * first = nullptr;
 };

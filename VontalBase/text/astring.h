@@ -12,8 +12,9 @@ namespace Vontal
 
 /// A wide string whose every element is one UTF-16 code unit.
 ///
-/// Where `wchar_t` is wider than 16 bits an element still holds one code unit, so that lengths and
-/// indices are the same on every system: a character outside the Basic Multilingual Plane counts two.
+/// Where `wchar_t` is wider than 16 bits an element of converted text still holds one code unit, so that
+/// lengths and indices are the same on every system: a character outside the Basic Multilingual Plane counts
+/// two. Construction and assignment take elements as they stand, those of a wide literal among them.
 ///
 /// Kept: it has no `toULong`, unlike `u8string`; its virtual operations are callers' vtable slots.
 ///

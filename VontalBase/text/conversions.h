@@ -7,14 +7,14 @@
 /// - each maximal ill-formed sequence of UTF-8 becomes one U+FFFD;
 /// - so does an unpaired surrogate;
 /// - a character that the ANSI code page lacks becomes its nearest relative there, or else the code
-///   page's default character.
+///   page's default character; one outside the Basic Multilingual Plane becomes two of them.
 ///
 /// A wide element is one UTF-16 code unit on every system. Where `wchar_t` is wider, an element above
 /// 0xFFFF is read as the code point it is, so that wide literals work.
 ///
 /// A source may be the destination itself. The functions may run on any number of threads at once, as
-/// long as no two share a destination. A null source is outside the contract. `std::bad_alloc` may
-/// leave any of them.
+/// long as no two share a destination. A null source is outside the contract. `std::bad_alloc` and
+/// `std::length_error` may leave any of them; what the destination then holds is not settled.
 #pragma once
 
 #include "VontalBase/export.h"

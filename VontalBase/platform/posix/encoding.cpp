@@ -148,8 +148,8 @@ void ansiFromWide(std::wstring_view source, std::string & destination)
         // NOLINTNEXTLINE(bugprone-signed-char-misuse): it is a wide one.
         const std::uint32_t unit = static_cast<std::uint32_t>(c);
         ansi.push_back(ansiByte(unit));
-        // An element above 0xFFFF stands for the two units of a surrogate pair.
-        if (unit > 0xFFFF)
+        // An element above 0xFFFF that is a code point stands for the two units of a surrogate pair.
+        if (unit > 0xFFFF && unit <= 0x10FFFF)
             ansi.push_back(defaultCharacter);
     }
     destination = std::move(ansi);

@@ -59,11 +59,11 @@ public:
         pthread_attr_destroy(&m_attributes);
     }
 
-    void setStackBytes(std::size_t bytes) noexcept
+    bool setStackBytes(std::size_t bytes) noexcept
     {
         const long least = sysconf(_SC_THREAD_STACK_MIN);
-        pthread_attr_setstacksize(
-            &m_attributes, std::max(bytes, static_cast<std::size_t>(std::max(least, 0L))));
+        const std::size_t size = std::max(bytes, static_cast<std::size_t>(std::max(least, 0L)));
+        return pthread_attr_setstacksize(&m_attributes, size) == 0;
     }
 
     const pthread_attr_t * get() const noexcept
@@ -82,8 +82,8 @@ StartedThread startThread(ThreadEntry entry, void * argument, std::size_t stackB
     if (gateFails("start thread"))
         return {};
     Attributes attributes;
-    if (stackBytes != 0)
-        attributes.setStackBytes(stackBytes);
+    if (stackBytes != 0 && !attributes.setStackBytes(stackBytes))
+        return {};
     Start start{entry, argument, {}, {}};
     pthread_t thread{};
     if (pthread_create(&thread, attributes.get(), run, &start) != 0)

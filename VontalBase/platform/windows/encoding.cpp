@@ -28,6 +28,13 @@ std::size_t wholeCharacters(std::string_view text) noexcept
     if (text.size() <= pieceLength)
         return text.size();
     std::size_t length = 0;
+    if (GetACP() == CP_UTF8)
+    {
+        length = pieceLength;
+        while (length > pieceLength - 4 && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80)
+            --length;
+        return length;
+    }
     while (length < pieceLength)
         length += IsDBCSLeadByteEx(CP_ACP, static_cast<BYTE>(text[length])) ? 2 : 1;
     return std::min(length, text.size());

@@ -38,7 +38,8 @@ void AutoResetEvent::wait() noexcept
 
 struct CountingSemaphore::System
 {
-    std::atomic<HANDLE> handle = nullptr;
+    HANDLE handle = nullptr;
+    std::atomic<bool> isClosed = false;
 };
 
 CountingSemaphore::CountingSemaphore(int initialCount) : m_system(std::make_unique<System>())
@@ -49,24 +50,30 @@ CountingSemaphore::CountingSemaphore(int initialCount) : m_system(std::make_uniq
 
 CountingSemaphore::~CountingSemaphore()
 {
-    close();
+    if (m_system->handle != nullptr)
+        CloseHandle(m_system->handle);
 }
 
 void CountingSemaphore::acquire() noexcept
 {
+    if (m_system->isClosed)
+        return;
     WaitForSingleObject(m_system->handle, INFINITE);
+    // One waiter wakes the next. The handle itself stays open, so that its number is nobody else's.
+    if (m_system->isClosed)
+        ReleaseSemaphore(m_system->handle, 1, nullptr);
 }
 
 void CountingSemaphore::release() noexcept
 {
-    ReleaseSemaphore(m_system->handle, 1, nullptr);
+    if (!m_system->isClosed)
+        ReleaseSemaphore(m_system->handle, 1, nullptr);
 }
 
 void CountingSemaphore::close() noexcept
 {
-    const HANDLE handle = m_system->handle.exchange(nullptr);
-    if (handle != nullptr)
-        CloseHandle(handle);
+    if (!m_system->isClosed.exchange(true))
+        ReleaseSemaphore(m_system->handle, 1, nullptr);
 }
 
 } // namespace platform

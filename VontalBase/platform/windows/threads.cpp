@@ -3,6 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
+#include <limits>
 #include <objbase.h>
 #include <process.h>
 
@@ -11,7 +12,7 @@ namespace platform
 
 StartedThread startThread(ThreadEntry entry, void * argument, std::size_t stackBytes)
 {
-    if (gateFails("start thread"))
+    if (gateFails("start thread") || stackBytes > std::numeric_limits<unsigned int>::max())
         return {};
     const unsigned int flags = stackBytes == 0 ? 0U : STACK_SIZE_PARAM_IS_A_RESERVATION;
     unsigned int id = 0;
