@@ -53,6 +53,7 @@ unsigned int ReferenceCounter::getRefCounter()
     return m_counter;
 }
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): the count is read under the other's lock.
 SafeReferenceCounter::SafeReferenceCounter(const SafeReferenceCounter & other)
 {
     m_counter = other.lockedCounter();

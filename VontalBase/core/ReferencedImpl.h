@@ -2,7 +2,6 @@
 /// Counting without a lock.
 #pragma once
 
-#include <concepts>
 #include <cstdint>
 #include <utility>
 
@@ -23,13 +22,11 @@ public:
     /// Makes the object by the default constructor of `T`. The count is 0.
     ReferencedImpl() = default;
     /// Makes the object by the copy constructor of `T`. The count is 0.
-    template <std::same_as<T> Source>
-    explicit ReferencedImpl(const Source & source) : T(source)
+    explicit ReferencedImpl(const T & source) : T(source)
     {
     }
     /// Makes the object by the move constructor of `T`. The count is 0.
-    template <std::same_as<T> Source>
-    explicit ReferencedImpl(Source && source) : T(std::move(source))
+    explicit ReferencedImpl(T && source) : T(std::move(source))
     {
     }
     ReferencedImpl(const ReferencedImpl &) = delete;

@@ -6,7 +6,6 @@
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/export.h"
 
-#include <concepts>
 #include <cstdint>
 #include <utility>
 
@@ -31,13 +30,11 @@ public:
     /// Makes the object by the default constructor of `T`. The count is 0.
     ReferencedImplMT() = default;
     /// Makes the object by the copy constructor of `T`. The count is 0.
-    template <std::same_as<T> Source>
-    explicit ReferencedImplMT(const Source & source) : T(source)
+    explicit ReferencedImplMT(const T & source) : T(source)
     {
     }
     /// Makes the object by the move constructor of `T`. The count is 0.
-    template <std::same_as<T> Source>
-    explicit ReferencedImplMT(Source && source) : T(std::move(source))
+    explicit ReferencedImplMT(T && source) : T(std::move(source))
     {
     }
     ReferencedImplMT(const ReferencedImplMT &) = delete;
