@@ -26,7 +26,7 @@ void expectWide(const std::string & bytes, const std::wstring & expected)
     std::wstring destination = L"what was here before";
     EXPECT_TRUE(c_u8u16(destination, bytes.c_str()));
     EXPECT_EQ(destination, expected);
-    destination.clear();
+    destination = L"what was here before";
     EXPECT_TRUE(c_u8u16(destination, bytes));
     EXPECT_EQ(destination, expected);
 }
@@ -37,7 +37,7 @@ void expectUtf8(const std::wstring & units, const std::string & expected)
     std::string destination = "what was here before";
     EXPECT_TRUE(c_u16u8(destination, units.c_str()));
     EXPECT_EQ(destination, expected);
-    destination.clear();
+    destination = "what was here before";
     EXPECT_TRUE(c_u16u8(destination, units));
     EXPECT_EQ(destination, expected);
 }
@@ -499,33 +499,42 @@ TEST(Utf8FromWide, ReplacesEverySurrogateThatIsAlone)
     }
 }
 
+/// Whether each of the six conversions gives what it must, once.
+bool allSixAreRight()
+{
+    const std::string utf8 = "sixteen letters. \xE2\x82\xAC \xF0\x9F\x98\x80 \xFF";
+    const std::wstring wideText = wide(u"sixteen letters. \u20AC \U0001F600 \uFFFD");
+    std::wstring units;
+    std::string bytes;
+    bool isRight = c_u8u16(units, utf8) && units == wideText;
+    isRight &=
+        c_u16u8(bytes, wideText) && bytes == "sixteen letters. \xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD";
+    isRight &= Vontal::c_acpu8(bytes, "sixteen letters. \x80 \xE9") &&
+               bytes == "sixteen letters. \xE2\x82\xAC \xC3\xA9";
+    isRight &= Vontal::c_u8acp(bytes, utf8) && bytes == "sixteen letters. \x80 ?? ?";
+    isRight &= Vontal::c_acpu16(units, "sixteen letters. \x80 \xE9") &&
+               units == wide(u"sixteen letters. \u20AC \u00E9");
+    isRight &= Vontal::c_u16acp(bytes, wideText) && bytes == "sixteen letters. \x80 ?? ?";
+    return isRight;
+}
+
 TEST(Conversions, MayRunOnManyThreadsAtOnce)
 {
+    ASSERT_TRUE(allSixAreRight()) << "on one thread";
     std::vector<std::thread> threads;
-    std::array<int, 4> wrong = {};
+    std::array<int, 8> wrong = {};
     for (int & own : wrong)
     {
         threads.emplace_back(
             [&own]
             {
                 for (int i = 0; i < 500; ++i)
-                {
-                    std::wstring units;
-                    std::string bytes;
-                    std::string ansi;
-                    c_u8u16(units, "sixteen letters. \xE2\x82\xAC \xF0\x9F\x98\x80 \xFF");
-                    c_u16u8(bytes, units);
-                    Vontal::c_u16acp(ansi, wide(u"\u20AC"));
-                    const bool right =
-                        bytes == "sixteen letters. \xE2\x82\xAC \xF0\x9F\x98\x80 \xEF\xBF\xBD" &&
-                        ansi == "\x80";
-                    own += right ? 0 : 1;
-                }
+                    own += allSixAreRight() ? 0 : 1;
             });
     }
     for (std::thread & thread : threads)
         thread.join();
-    EXPECT_EQ(std::count(wrong.begin(), wrong.end(), 0), 4);
+    EXPECT_EQ(std::count(wrong.begin(), wrong.end(), 0), 8);
 }
 
 static_assert(
