@@ -1,6 +1,7 @@
 #include "VontalBase/text/conversions.h"
 
 #include "VontalBase/platform/encoding.h"
+#include "VontalBase/text/conversionsstart.h"
 #include "VontalBase/text/utf.h"
 
 #include <cstdlib>
@@ -78,25 +79,23 @@ bool c_u16acp(std::string & destination, const std::wstring & source)
     return c_u16acp(destination, source.c_str());
 }
 
-namespace
-{
-
-/// Kept: the name of the code page is made and dropped, and the step never fails.
 bool initializeConversions()
 {
     const std::string codePageName = "CP" + std::to_string(platform::ansiCodePage());
     return !codePageName.empty();
 }
 
-} // namespace
+void requireConversions(bool isInitialized)
+{
+    if (isInitialized)
+        return;
+    std::cerr << "Cannot initialize basic conversion object" << std::endl;
+    std::abort();
+}
 
 Conversions::Conversions()
 {
-    if (!initializeConversions())
-    {
-        std::cerr << "Cannot initialize basic conversion object" << std::endl;
-        std::abort();
-    }
+    requireConversions(initializeConversions());
 }
 
 } // namespace Vontal
