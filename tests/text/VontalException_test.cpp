@@ -230,6 +230,31 @@ TEST(VontalException, AppendsACopyAsTheNewerEntries)
     EXPECT_EQ(y.format(), "f:1: y1\nf:1: y2") << "it was a copy";
 }
 
+TEST(VontalException, LinksItsOwnEntriesBehindNewOnesAndCopiesThemNot)
+{
+    VontalException record = recordOf({"1", "2"});
+    VontalExceptionDescription * const newest = record.first;
+    VontalExceptionDescription * const oldest = newest->next;
+    record.add("f", 1, "3");
+    EXPECT_EQ(record.first->next, newest);
+    EXPECT_EQ(newest->next, oldest);
+
+    record.append(recordOf({"4", "5"}));
+    EXPECT_EQ(record.first->text, "5");
+    EXPECT_EQ(record.first->next->text, "4");
+    EXPECT_EQ(record.first->next->next->text, "3");
+    EXPECT_EQ(record.first->next->next->next, newest);
+    EXPECT_EQ(newest->next, oldest);
+    EXPECT_EQ(oldest->next, nullptr);
+
+    VontalExceptionDescription * const beforeDoubling = record.first;
+    record.append(record);
+    const VontalExceptionDescription * entry = record.first;
+    for (int i = 0; i < 5; ++i)
+        entry = entry->next;
+    EXPECT_EQ(entry, beforeDoubling) << "also behind a copy of itself";
+}
+
 TEST(VontalException, AppendsNothingOfAnEmptyRecord)
 {
     VontalException record = recordOf({"1"});
@@ -273,6 +298,7 @@ TEST(VontalException, ComparesForEqualityAlone)
         {"one more, older", recordOf({"2", "3"}), recordOf({"1", "2", "3"}), -1},
         {"another file", VontalException("f", 1, "t"), VontalException("g", 1, "t"), -1},
         {"the file in another case", VontalException("f", 1, "t"), VontalException("F", 1, "t"), -1},
+        {"a file that begins the other", VontalException("f", 1, "t"), VontalException("ff", 1, "t"), -1},
         {"another line", VontalException("f", 1, "t"), VontalException("f", 2, "t"), -1},
         {"two lines that both are none", VontalException("f", -1, "t"), VontalException("f", -2, "t"), -1},
         {"another text", VontalException("f", 1, "t"), VontalException("f", 1, "u"), -1},
@@ -334,6 +360,57 @@ private:
     std::string & m_log;
 };
 
+TEST(VontalExceptionDescription, KeepsZeroBytesOfTheTextInEveryCopy)
+{
+    const u8string older("a\0b", 3);
+    const u8string newer("\0c\0", 3);
+    VontalException record("f", 1, older);
+    record.add("g", 2, newer);
+    const std::string expected("f:1: a\0b\ng:2: \0c\0", 17);
+
+    const std::unique_ptr<VontalExceptionDescription> clone(record.first->clone());
+    EXPECT_EQ(clone->text, newer);
+    EXPECT_EQ(clone->next->text, older);
+    EXPECT_EQ(clone->render(), expected);
+    EXPECT_EQ(VontalException(record).format(), expected);
+    VontalException assigned;
+    assigned = record;
+    EXPECT_EQ(assigned.format(), expected);
+    VontalException appended;
+    appended.append(record);
+    EXPECT_EQ(appended.format(), expected);
+}
+
+/// An entry whose operations have the names of those of its base and other results, which would not compile
+/// if they were virtual there.
+class Shadowing : public VontalExceptionDescription
+{
+public:
+    using VontalExceptionDescription::VontalExceptionDescription;
+    static int render()
+    {
+        return 1;
+    }
+    static int clone()
+    {
+        return 2;
+    }
+    static bool equals(const VontalExceptionDescription *)
+    {
+        return true;
+    }
+};
+
+TEST(VontalExceptionDescription, HasNoVirtualOperationButItsDestructor)
+{
+    Shadowing entry(nullptr, "f", 1, "t");
+    const VontalExceptionDescription & base = entry;
+    EXPECT_EQ(base.render(), "f:1: t");
+    const std::unique_ptr<VontalExceptionDescription> copy(base.clone());
+    EXPECT_EQ(copy->render(), "f:1: t");
+    EXPECT_EQ(base.equals(nullptr), -1);
+}
+
 TEST(VontalExceptionDescription, DestroysEveryOlderEntryOnce)
 {
     std::string log;
@@ -386,6 +463,15 @@ TEST(VontalException, LetsAnApplicationOverrideAddAndClear)
     plain = source;
     EXPECT_EQ(record.log, "add clear ") << "assignment clears through the virtual table, and adds nothing";
     EXPECT_EQ(record.format(), "f:2: other");
+}
+
+TEST(VontalException, AppendsWithoutAskingAnOverrideOfAdd)
+{
+    Noting record;
+    VontalException & plain = record;
+    plain.append(recordOf({"1", "2"}));
+    EXPECT_EQ(record.log, "");
+    EXPECT_EQ(record.format(), "f:1: 1\nf:1: 2");
 }
 
 constexpr int entriesOfALongChain = 1'000'000;
