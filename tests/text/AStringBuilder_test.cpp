@@ -26,10 +26,22 @@ static_assert(std::is_convertible_v<AStringBuilder, const astring &>);
 static_assert(std::is_same_v<decltype(std::declval<const AStringBuilder &>().c_str()), const wchar_t *>);
 static_assert(std::is_same_v<decltype(std::declval<const AStringBuilder &>().getSize()), std::uint64_t>);
 
+/// Whether `append` takes these arguments.
+template <class... Arguments>
+concept Appends = requires(AStringBuilder & builder, Arguments... arguments)
+{
+    builder.append(arguments...);
+};
 template <class Builder>
 concept HasHexadecimal = requires(Builder & builder)
 {
     builder.appendInHex(1L);
+};
+template <class Builder>
+concept HasHexadecimalOfBytes = requires(Builder & builder, const unsigned char * bytes)
+{
+    builder.appendInHex(bytes, 1U);
+    builder.appendInHexLE(bytes, 1U);
 };
 template <class Builder>
 concept HasAnsi = requires(Builder & builder)
@@ -37,14 +49,21 @@ concept HasAnsi = requires(Builder & builder)
     builder.appendInAcp("a");
 };
 template <class Builder>
-concept Appends64Bits = requires(Builder & builder)
+concept HasWideAnsi = requires(Builder & builder)
 {
-    builder.append(std::int64_t{1});
+    builder.appendInAcp(L"a");
 };
 
-static_assert(!HasHexadecimal<AStringBuilder>, "kept: only U8StringBuilder has it");
-static_assert(!HasAnsi<AStringBuilder>, "kept: only U8StringBuilder has it");
-static_assert(!Appends64Bits<AStringBuilder>, "kept: only U8StringBuilder has it");
+// Kept: it has five forms of append and appendEndl, and U8StringBuilder has the rest.
+static_assert(Appends<const std::wstring &> && Appends<const wchar_t *> && Appends<const u8string &> &&
+              Appends<int> && Appends<unsigned int>);
+static_assert(!Appends<std::int64_t> && !Appends<std::uint64_t>);
+static_assert(!Appends<long> && !Appends<unsigned long>);
+static_assert(!Appends<long long> && !Appends<unsigned long long>);
+static_assert(!Appends<double>);
+static_assert(!Appends<const char *, unsigned long long> && !Appends<const wchar_t *, unsigned long long>);
+static_assert(!HasHexadecimal<AStringBuilder> && !HasHexadecimalOfBytes<AStringBuilder>);
+static_assert(!HasAnsi<AStringBuilder> && !HasWideAnsi<AStringBuilder>);
 
 /// The text of a builder.
 std::wstring textOf(const astring & text)

@@ -126,6 +126,52 @@ TEST(U8StringBuilder, AppendsItsOwnText)
                                "89");
 }
 
+/// The first bytes of a builder, as the operations for bytes take them.
+const unsigned char * bytesOf(const U8StringBuilder & builder)
+{
+    return reinterpret_cast<const unsigned char *>(builder.c_str());
+}
+
+TEST(U8StringBuilder, AppendsItsOwnBytesInHexadecimal)
+{
+    U8StringBuilder builder;
+    builder.append("0Az");
+    builder.appendInHex(bytesOf(builder), 3);
+    EXPECT_EQ(textOf(builder), "0Az30417A");
+    builder.appendInHexLE(bytesOf(builder) + 1, 2);
+    EXPECT_EQ(textOf(builder), "0Az30417A7A41");
+
+    // So long that its place must move while it grows.
+    builder = U8StringBuilder();
+    builder.append(u8string(std::string(1000, 'A')));
+    builder.appendInHex(bytesOf(builder), 1000);
+    EXPECT_EQ(builder.getSize(), 3000U);
+    EXPECT_EQ(textOf(builder).substr(998, 6), "AA4141");
+    EXPECT_EQ(textOf(builder).substr(2996), "4141");
+    builder.appendInHexLE(bytesOf(builder) + 2998, 2);
+    EXPECT_EQ(textOf(builder).substr(3000), "3134");
+}
+
+TEST(U8StringBuilder, AppendsItsOwnTextInTheAnsiCodePage)
+{
+    U8StringBuilder builder;
+    builder.append("a\x80\xE9");
+    builder.appendInAcp(static_cast<const u8string &>(builder));
+    EXPECT_EQ(textOf(builder), "a\x80\xE9"
+                               "a\xE2\x82\xAC\xC3\xA9");
+    builder = U8StringBuilder();
+    builder.append("a\x80\xE9");
+    builder.appendInAcp(builder.c_str() + 2);
+    EXPECT_EQ(textOf(builder), "a\x80\xE9\xC3\xA9");
+}
+
+TEST(U8StringBuilder, AppendsBytesThatAreNoUtf8AsTheyStand)
+{
+    U8StringBuilder builder;
+    builder.append("\xFF\xC0").append(u8string("\x80")).append("\xED\xA0\x80", 3);
+    EXPECT_EQ(textOf(builder), "\xFF\xC0\x80\xED\xA0\x80");
+}
+
 TEST(U8StringBuilder, AppendsNumbersInDecimal)
 {
     struct Row
@@ -169,6 +215,10 @@ TEST(U8StringBuilder, KeepsTheLow32BitsOfAnUnsignedLong)
     builder.append(std::numeric_limits<unsigned long>::max());
     EXPECT_EQ(textOf(builder), "4294967295");
     EXPECT_EQ(textOf(U8StringBuilder().appendInHex(std::numeric_limits<unsigned long>::max())), "FFFFFFFF");
+    EXPECT_EQ(textOf(U8StringBuilder().append(static_cast<unsigned long>(0x100000005ULL))), "5");
+    EXPECT_EQ(textOf(U8StringBuilder().appendInHex(static_cast<unsigned long>(0x100000005ULL))), "00000005");
+    EXPECT_EQ(textOf(U8StringBuilder().appendInHex(static_cast<long>(0x100000005LL))), "00000005");
+    EXPECT_EQ(textOf(U8StringBuilder().appendInHex(static_cast<long>(-0x100000005LL))), "FFFFFFFB");
 }
 
 TEST(U8StringBuilder, AppendsOneLineFeed)
@@ -208,6 +258,10 @@ TEST(U8StringBuilder, AppendsNumbersInHexadecimalOfFullWidth)
         {"long32", U8StringBuilder().appendInHex(Vontal::long32{-1}), "FFFFFFFF"},
         {"ulong32", U8StringBuilder().appendInHex(Vontal::ulong32{0xCAFE}), "0000CAFE"},
         {"the least 32-bit value", U8StringBuilder().appendInHex(-2147483647L - 1L), "80000000"},
+        {"int 255", U8StringBuilder().appendInHex(255), "000000FF"},
+        {"int -1", U8StringBuilder().appendInHex(-1), "FFFFFFFF"},
+        {"unsigned 255", U8StringBuilder().appendInHex(255U), "000000FF"},
+        {"the greatest unsigned", U8StringBuilder().appendInHex(4294967295U), "FFFFFFFF"},
         {"a null pointer", U8StringBuilder().appendInHex(nullptr), "0000000000000000"},
         {"a pointer",
             U8StringBuilder().appendInHex(

@@ -255,11 +255,12 @@ TEST(StringToUInt, ReadsTheLeadingDigitsModuloTwoToThe32nd)
 TEST(NumberReaders, CountAsciiDigitsAlone)
 {
     const std::wstring foreign[] = {
-        wide(u"\u0661"),     // Arabic-Indic
-        wide(u"\uFF11"),     // fullwidth
-        wide(u"\u00B9"),     // superscript
-        wide(u"\u0131"),     // its low byte is that of a digit
-        wide(u"\U0001D7CF"), // mathematical
+        wide(u"\u0661"),      // Arabic-Indic
+        wide(u"\uFF11"),      // fullwidth
+        wide(u"\u00B9"),      // superscript
+        wide(u"\u0131"),      // its low byte is that of a digit
+        wide(u"\U0001D7CF"),  // mathematical
+        wideUnits({0x10035}), // its low 16 bits are those of 5, where an element has more
     };
     bool ok = true;
     for (const std::wstring & digit : foreign)
@@ -272,6 +273,8 @@ TEST(NumberReaders, CountAsciiDigitsAlone)
         EXPECT_FALSE(ok);
         EXPECT_EQ(string2UInt(L"7" + digit), 7U);
         EXPECT_EQ(string2double(L"7" + digit, ok), 7.0);
+        EXPECT_EQ(string2double(L"7.5" + digit, ok), 7.5) << "behind the separator";
+        EXPECT_EQ(string2double(L"7," + digit + L"5", ok), 7.0) << "right behind the separator";
     }
     EXPECT_EQ(string2Int(std::string("\xD9\xA1"), ok), 0);
     EXPECT_FALSE(ok);
@@ -351,6 +354,29 @@ TEST(StringToDouble, LeavesTheFlagFalseForGoodTextAndBad)
         string2double(widened(row.text), ok);
         EXPECT_FALSE(ok);
     }
+}
+
+TEST(StringToDouble, EndsAtAZeroByteAsAtAnythingElse)
+{
+    bool ok = true;
+    EXPECT_EQ(string2double(std::string("1\0"
+                                        "5",
+                                3),
+                  ok),
+        1.0);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(string2double(std::string("-1.5\0"
+                                        "5",
+                                6),
+                  ok),
+        -1.5);
+    EXPECT_EQ(string2double(std::string("\0"
+                                        "5",
+                                2),
+                  ok),
+        0.0);
+    EXPECT_EQ(string2double(wideUnits({'1', '.', '5', 0, '5'}), ok), 1.5);
+    EXPECT_EQ(string2double(wideUnits({'1', 0, '5'}), ok), 1.0);
 }
 
 TEST(StringToDouble, KeepsTheSignOfZero)

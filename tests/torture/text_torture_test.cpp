@@ -191,6 +191,87 @@ TEST(TextTorture, BuildersKeepTheirTextWhenAnAppendThrows)
     EXPECT_GT(report.faultyRuns, 5U);
 }
 
+TEST(TextTorture, BuildersKeepTheirTextWhenANumberOrALineEndFindsNoPlace)
+{
+    struct Operation
+    {
+        const char * label;
+        std::function<void(Vontal::U8StringBuilder &)> append;
+        std::uint64_t size;
+    };
+    const unsigned char bytes[20] = {};
+    const Operation operations[] = {
+        {"int", [](Vontal::U8StringBuilder & builder) { builder.append(-2147483647); }, 11},
+        {"unsigned int", [](Vontal::U8StringBuilder & builder) { builder.append(4294967295U); }, 10},
+        {"unsigned long", [](Vontal::U8StringBuilder & builder) { builder.append(4294967295UL); }, 10},
+        {"64 bits",
+            [](Vontal::U8StringBuilder & builder) { builder.append(std::int64_t{-9223372036854775807}); },
+            20},
+        {"line end", [](Vontal::U8StringBuilder & builder) { builder.appendEndl(); }, 1},
+        {"hexadecimal", [](Vontal::U8StringBuilder & builder) { builder.appendInHex(1L); }, 8},
+        {"address", [](Vontal::U8StringBuilder & builder) { builder.appendInHex(nullptr); }, 16},
+        {"bytes", [&bytes](Vontal::U8StringBuilder & builder) { builder.appendInHex(bytes, 20); }, 40},
+        {"bytes from the last",
+            [&bytes](Vontal::U8StringBuilder & builder) { builder.appendInHexLE(bytes, 20); }, 40},
+    };
+    for (const Operation & operation : operations)
+    {
+        SCOPED_TRACE(operation.label);
+        const TortureReport report = torture(
+            [&operation](const Fault & fault)
+            {
+                Vontal::U8StringBuilder builder;
+                std::uint64_t expected = 0;
+                try
+                {
+                    for (int i = 0; i < 100; ++i)
+                    {
+                        operation.append(builder);
+                        expected += operation.size;
+                    }
+                }
+                catch (const std::bad_alloc &)
+                {
+                    EXPECT_TRUE(fault.isAllocation());
+                    EXPECT_EQ(builder.getSize(), expected);
+                    throw;
+                }
+                EXPECT_EQ(builder.getSize(), 100 * operation.size);
+            });
+        EXPECT_GT(report.faultyRuns, 0U);
+    }
+}
+
+TEST(TextTorture, WideBuildersKeepTheirTextWhenANumberOrALineEndFindsNoPlace)
+{
+    const TortureReport report = torture(
+        [](const Fault & fault)
+        {
+            Vontal::AStringBuilder builder;
+            std::uint64_t expected = 0;
+            try
+            {
+                for (int i = 0; i < 30; ++i)
+                {
+                    builder.append(-2147483647);
+                    expected += 11;
+                    builder.append(4294967295U);
+                    expected += 10;
+                    builder.appendEndl();
+                    expected += 1;
+                }
+            }
+            catch (const std::bad_alloc &)
+            {
+                EXPECT_TRUE(fault.isAllocation());
+                EXPECT_EQ(builder.getSize(), expected);
+                throw;
+            }
+            EXPECT_EQ(builder.getSize(), 30U * 22U);
+        });
+    EXPECT_GT(report.faultyRuns, 0U);
+}
+
 const u8string longName = "a source file with a name that is too long for the place inside a string";
 const u8string longMessage = "a message that is too long for the place inside a string";
 
