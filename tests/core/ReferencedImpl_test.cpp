@@ -3,10 +3,12 @@
 #include "VontalBase/core/ReferencedImplMT.h"
 
 #include "core/CountedObject.h"
+#include "support/Eventually.h"
 #include "support/TestSemaphore.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <thread>
@@ -133,6 +135,122 @@ TYPED_TEST(Wrappers, HaveTheConstructorsOfTheirClass)
     static_assert(!std::is_convertible_v<int, Object>);
 }
 
+/// A class whose constructors take what a forwarding constructor could not tell apart.
+class Polygon : public Shape
+{
+public:
+    explicit Polygon(const char * name) : made(name == nullptr ? "null" : name)
+    {
+    }
+    Polygon(std::initializer_list<int> corners) : made("corners")
+    {
+        for (const int corner : corners)
+            made += " " + std::to_string(corner);
+    }
+    Polygon(const std::vector<int> & corners, const char * name)
+        : made(std::to_string(corners.size()) + (name == nullptr ? " of null" : " of a name"))
+    {
+    }
+    std::string made;
+};
+
+TYPED_TEST(Wrappers, TakeBracesAndZeroAsTheirClassDoes)
+{
+    using Object = typename TypeParam::template For<Polygon>;
+    EXPECT_EQ(Reference<Polygon>(new Object(0))->made, "null");
+    EXPECT_EQ(Reference<Polygon>(new Object(nullptr))->made, "null");
+    EXPECT_EQ(Reference<Polygon>(new Object({1, 2, 3}))->made, "corners 1 2 3");
+    EXPECT_EQ(Reference<Polygon>(new Object{4, 5})->made, "corners 4 5");
+    EXPECT_EQ(Reference<Polygon>(new Object({1, 2, 3}, 0))->made, "3 of null");
+    EXPECT_EQ(Reference<Polygon>(new Object({}, "name"))->made, "0 of a name");
+}
+
+TYPED_TEST(Wrappers, RefuseWhatTheirClassCannotBeMadeFrom)
+{
+    using OfCircle = typename TypeParam::template For<Circle>;
+    static_assert(std::is_constructible_v<OfCircle, int &>);
+    static_assert(!std::is_default_constructible_v<OfCircle>, "the class has no such constructor");
+    static_assert(!std::is_constructible_v<OfCircle, int>, "a temporary is not the reference that it takes");
+    static_assert(!std::is_constructible_v<OfCircle, const int &>);
+    static_assert(!std::is_constructible_v<OfCircle, int &, int>);
+    static_assert(!std::is_constructible_v<OfCircle, std::string>);
+    using OfSquare = typename TypeParam::template For<Square>;
+    static_assert(std::is_default_constructible_v<OfSquare>);
+    static_assert(std::is_constructible_v<OfSquare, const char *>);
+    static_assert(!std::is_constructible_v<OfSquare, int &>);
+    static_assert(!std::is_constructible_v<OfSquare, int &, std::unique_ptr<int> &>, "it is moved only");
+    static_assert(!std::is_convertible_v<std::string, OfSquare>, "explicit stays explicit");
+    static_assert(!std::is_copy_assignable_v<OfSquare> && !std::is_move_assignable_v<OfSquare>);
+    static_assert(
+        !std::is_constructible_v<OfSquare, const OfSquare &> && !std::is_constructible_v<OfSquare, OfSquare>);
+}
+
+/// Classes that end behind 8, 12 and 16 bytes.
+class Bare : public Shape
+{
+};
+class HoldsAnInt : public Shape
+{
+    [[maybe_unused]] int m_number = 0;
+};
+class HoldsAPointer : public Shape
+{
+    [[maybe_unused]] void * m_pointer = nullptr;
+};
+
+TYPED_TEST(Wrappers, AddOneFieldOf32BitsToTheirClass)
+{
+    static_assert(sizeof(Bare) == 8 && sizeof(HoldsAnInt) == 16 && sizeof(HoldsAPointer) == 16);
+    static_assert(sizeof(typename TypeParam::template For<Bare>) == 16);
+    static_assert(sizeof(typename TypeParam::template For<HoldsAnInt>) == 16, "there was room for 32 bits");
+    static_assert(sizeof(typename TypeParam::template For<HoldsAPointer>) == 24);
+}
+
+/// Something that stands in front of the counted part of an object.
+class Named
+{
+public:
+    Named() = default;
+    Named(const Named &) = delete;
+    Named & operator=(const Named &) = delete;
+    virtual ~Named() = default;
+    std::string name = "name";
+};
+
+/// A class whose counted base is not its first one.
+class NamedCircle : public Named, public Circle
+{
+public:
+    explicit NamedCircle(int & destructions) : Circle(destructions)
+    {
+    }
+};
+
+TYPED_TEST(Wrappers, CountAnObjectThroughABaseAtAnOffset)
+{
+    using Object = typename TypeParam::template For<NamedCircle>;
+    int destructions = 0;
+    auto * const object = new Object(destructions);
+    ASSERT_NE(static_cast<void *>(object), static_cast<void *>(static_cast<Shape *>(object)));
+    Reference<Shape> base(object);
+    {
+        const Reference<NamedCircle> derived(object);
+        const Reference<Shape> fromDerived(derived);
+        EXPECT_EQ(fromDerived.get(), base.get());
+        EXPECT_EQ(derived->name, "name");
+        base = derived;
+        EXPECT_EQ(base.get(), static_cast<Shape *>(object));
+    }
+    EXPECT_EQ(destructions, 0);
+    base = nullptr;
+    EXPECT_EQ(destructions, 1);
+
+    const Reference<NamedCircle> null;
+    EXPECT_EQ(Reference<Shape>(null).get(), nullptr) << "null has no offset";
+    base = null;
+    EXPECT_EQ(base.get(), nullptr);
+}
+
 TYPED_TEST(Wrappers, DestroyAnObjectAndWhatItHolds)
 {
     using Object = typename TypeParam::template For<Circle>;
@@ -208,21 +326,16 @@ TEST(ReferencedImplMT, GivesTheLockBackAfterEachChange)
 template <class Change>
 bool waitsForTheLock(const Change & change)
 {
-    testsupport::TestSemaphore started;
-    std::atomic<bool> lockGivenBack{false};
-    bool waited = false;
+    testsupport::TestSemaphore changed;
     g_referencedObjectMutex.acquire();
     std::thread other(
         [&]
         {
-            started.release();
             change();
-            waited = lockGivenBack.load();
+            changed.release();
         });
-    started.acquire();
-    // Time for a change that does not wait to be seen. One that waits is seen to wait whatever the time.
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    lockGivenBack = true;
+    // A change that does not wait is seen at once. One that waits is seen to wait whatever the time.
+    const bool waited = !changed.tryAcquireFor(testsupport::suspicion);
     g_referencedObjectMutex.release();
     other.join();
     return waited;
