@@ -151,6 +151,52 @@ TEST_F(DebugAutomationTest, CallsNothingOnceTheCallbackIsNull)
     EXPECT_TRUE(reports.empty());
 }
 
+TEST_F(DebugAutomationTest, CallsTheCallbackAlsoWhereTheEntryIsGoneAlready)
+{
+    {
+        const DebugAutomation one("Document", object(0));
+        const DebugAutomation two("Node", object(1));
+        DebugAutomation::releaseReference(object(0));
+        DebugAutomation::setCallback(&noteReport);
+    }
+    ASSERT_EQ(reports.size(), 2U);
+    EXPECT_EQ(reports[0], "DebugAutomation - OK") << "of the second one";
+    EXPECT_EQ(reports[1], "DebugAutomation - OK") << "of the first one, which took nothing out";
+}
+
+TEST_F(DebugAutomationTest, HasOneEntryForTwoInstancesOnOneObject)
+{
+    const DebugAutomation one("First", object(0));
+    {
+        const DebugAutomation two("Second", object(0));
+        EXPECT_EQ(DebugAutomation::report(), "DebugAutomation - References : \nClass [Second] = 1\n");
+    }
+    EXPECT_EQ(DebugAutomation::report(), "DebugAutomation - OK") << "the one that is left has no entry";
+}
+
+TEST_F(DebugAutomationTest, CountsAThousandObjects)
+{
+    std::vector<long> many(1000);
+    const auto key = [&many](std::size_t i)
+    {
+        return reinterpret_cast<IUnknown *>(&many[i]);
+    };
+    for (std::size_t i = 0; i < many.size(); ++i)
+        DebugAutomation::addReference(i % 4 == 0 ? "Fourth" : "Other", key(i));
+    EXPECT_EQ(DebugAutomation::report(),
+        "DebugAutomation - References : \nClass [Fourth] = 250\nClass [Other] = 750\n");
+    for (std::size_t i = 0; i < many.size(); i += 4)
+        DebugAutomation::releaseReference(key(i));
+    EXPECT_EQ(DebugAutomation::report(), "DebugAutomation - References : \nClass [Other] = 750\n");
+    for (std::size_t i = 0; i < many.size(); ++i)
+        DebugAutomation::addReference("All", key(i));
+    EXPECT_EQ(DebugAutomation::report(), "DebugAutomation - References : \nClass [All] = 1000\n")
+        << "with no separators";
+    for (std::size_t i = 0; i < many.size(); ++i)
+        DebugAutomation::releaseReference(key(i));
+    EXPECT_EQ(DebugAutomation::report(), "DebugAutomation - OK");
+}
+
 TEST_F(DebugAutomationTest, CopiesAnInstanceMemberByMember)
 {
     // The copy tracks the same object, and whichever goes first takes it out of the registry.

@@ -1,6 +1,9 @@
 #include "VontalBase/core/ReferenceCounter.h"
+#include "VontalBase/core/ReferencedImplMT.h"
 
 #include "support/ChildProcess.h"
+#include "support/Eventually.h"
+#include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 
 #include <cstdio>
@@ -224,6 +227,60 @@ TEST(ReferenceCounter, WritesItsReportAsOneString)
     EXPECT_EQ(buffer.writes[0].back(), '\n');
 }
 
+TEST(NamedReferenceCounter, WritesItsTwoReportsAsOneStringEach)
+{
+    Writes buffer;
+    std::streambuf * const before = std::cerr.rdbuf(&buffer);
+    {
+        NamedReferenceCounter counter("n");
+        counter.addRef();
+    }
+    std::cerr.rdbuf(before);
+    ASSERT_EQ(buffer.writes.size(), 2U);
+    EXPECT_EQ(buffer.writes[0], "Invalid reference count for class: n, counter=1\n");
+    EXPECT_EQ(buffer.writes[1].substr(0, 35), "Invalid reference count for class: ");
+}
+
+/// A stream buffer that takes nothing.
+class Refusing : public std::stringbuf
+{
+public:
+    int attempts = 0;
+
+protected:
+    std::streamsize xsputn(const char *, std::streamsize) override
+    {
+        ++attempts;
+        return 0;
+    }
+    int_type overflow(int_type) override
+    {
+        ++attempts;
+        return traits_type::eof();
+    }
+};
+
+TEST(ReferenceCounter, EndsWellWhereTheErrorStreamThrows)
+{
+    Refusing buffer;
+    std::streambuf * const before = std::cerr.rdbuf(&buffer);
+    std::cerr.exceptions(std::ios::badbit | std::ios::failbit);
+    {
+        ReferenceCounter counter;
+        counter.addRef();
+    }
+    const int attemptsOfOne = buffer.attempts;
+    {
+        // The stream is bad by now.
+        NamedReferenceCounter counter("n");
+        counter.addRef();
+    }
+    std::cerr.exceptions(std::ios::goodbit);
+    std::cerr.rdbuf(before);
+    std::cerr.clear();
+    EXPECT_GT(attemptsOfOne, 0);
+}
+
 VONTALBASE_TEST_CHILD(destroysACounterAtTwo, arguments)
 {
     {
@@ -281,6 +338,28 @@ void countOnManyThreads(Counter & counter)
     EXPECT_EQ(counter.getRefCounter(), 32'000U);
     for (int i = 0; i < 32'000; ++i)
         counter.release();
+}
+
+TEST(SafeReferenceCounter, DoesNotUseTheLockOfTheSharedObjects)
+{
+    SafeReferenceCounter counter;
+    unsigned int seen = 0;
+    testsupport::TestSemaphore done;
+    qvbase::g_referencedObjectMutex.acquire();
+    std::thread other(
+        [&]
+        {
+            counter.addRef();
+            counter.addRef();
+            counter.release();
+            seen = counter.getRefCounter();
+            done.release();
+        });
+    EXPECT_TRUE(done.tryAcquireFor(testsupport::patience));
+    qvbase::g_referencedObjectMutex.release();
+    other.join();
+    EXPECT_EQ(seen, 1U);
+    counter.release();
 }
 
 TEST(SafeReferenceCounter, IsSharedByThirtyTwoThreads)

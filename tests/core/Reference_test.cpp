@@ -268,6 +268,65 @@ TEST_F(ReferenceOrder, GivesAccessToItsTarget)
     EXPECT_EQ(a.count, 1) << "looking counts nothing";
 }
 
+TEST_F(ReferenceOrder, TakesASecondParameterThatHasNoEffect)
+{
+    using Two = Reference<Noted, Shape>;
+    static_assert(sizeof(Two) == sizeof(Noted *));
+    static_assert(
+        std::is_convertible_v<Two, Reference<Shape>> && std::is_convertible_v<Two, Reference<Noted>>);
+    {
+        Two two(&a);
+        EXPECT_EQ(log, "+a ");
+        Noted * const raw = two;
+        EXPECT_EQ(raw, &a) << "the first parameter is what is pointed at";
+        EXPECT_EQ(two->name, "a");
+        log.clear();
+        const Reference<Noted> one(two);
+        EXPECT_EQ(log, "+a ");
+        two = &b;
+        EXPECT_EQ(log, "+a -a +b ");
+        two = one;
+        EXPECT_EQ(log, "+a -a +b -b +a ");
+        log.clear();
+    }
+    EXPECT_EQ(log, "-a -a ");
+}
+
+/// An element of a list, which owns the rest of it.
+class Link : public Shape
+{
+public:
+    Link(std::string & log, const char * name, Link * rest) : next(rest), m_log(&log), m_name(name)
+    {
+    }
+    ~Link() override
+    {
+        *m_log += m_name;
+    }
+    Reference<Link> next;
+
+private:
+    std::string * m_log;
+    const char * m_name;
+};
+
+TEST(Reference, MovesFromWithinTheObjectThatItLetsGo)
+{
+    std::string log;
+    auto * const third = new ReferencedImpl<Link>(log, "third ", nullptr);
+    auto * const second = new ReferencedImpl<Link>(log, "second ", third);
+    Reference<Link> list(new ReferencedImpl<Link>(log, "first ", second));
+    list = std::move(list->next);
+    EXPECT_EQ(log, "first ");
+    EXPECT_EQ(list.get(), second);
+    list = std::move(list->next);
+    EXPECT_EQ(log, "first second ");
+    EXPECT_EQ(list.get(), third);
+    list = std::move(list->next);
+    EXPECT_EQ(log, "first second third ");
+    EXPECT_EQ(list.get(), nullptr);
+}
+
 /// An operation that hands out a shared object, in the manner of the library.
 bool make(Reference<Shape> & result, int & destructions)
 {

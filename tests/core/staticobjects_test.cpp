@@ -1,0 +1,64 @@
+// What an application's own static objects may do with the library, whose static objects are made before
+// them.
+
+#include "VontalBase/concurrency/Thread.h"
+#include "VontalBase/core/DebugAutomation.h"
+#include "VontalBase/core/Reference.h"
+#include "VontalBase/core/ReferencedImplMT.h"
+#include "VontalBase/text/conversions.h"
+
+#include "core/CountedObject.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace
+{
+
+using qvbase::DebugAutomation;
+using qvbase::Reference;
+using qvbase::ReferencedImplMT;
+
+/// Uses the library before main begins, and keeps what it saw.
+class Early
+{
+public:
+    Early()
+    {
+        qvbase::g_referencedObjectMutex.acquire();
+        holds = qvbase::g_referencedObjectMutex.getRecursiveCounter();
+        qvbase::g_referencedObjectMutex.release();
+        {
+            const Reference<Shape> shape(new ReferencedImplMT<Circle>(destructions));
+            const Reference<Shape> copy(shape);
+        }
+        {
+            const DebugAutomation instance("Early", reinterpret_cast<IUnknown *>(this));
+            report = DebugAutomation::report();
+        }
+        reportBehind = DebugAutomation::report();
+        Vontal::c_acpu8(converted, "\x80");
+        isNullStarted = qvbase::Thread::execute(nullptr);
+    }
+
+    unsigned int holds = 0;
+    int destructions = 0;
+    std::string report;
+    std::string reportBehind;
+    std::string converted;
+    bool isNullStarted = true;
+};
+
+const Early early;
+
+TEST(StaticObjects, AreThereWhenThoseOfAnApplicationAreMade)
+{
+    EXPECT_EQ(early.holds, 1U);
+    EXPECT_EQ(early.destructions, 1);
+    EXPECT_EQ(early.report, "DebugAutomation - References : \nClass [Early] = 1\n");
+    EXPECT_EQ(early.reportBehind, "DebugAutomation - OK");
+    EXPECT_EQ(early.converted, "\xE2\x82\xAC");
+    EXPECT_FALSE(early.isNullStarted);
+}
+
+} // namespace
