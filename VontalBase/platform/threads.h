@@ -35,10 +35,11 @@ std::uint32_t currentThreadId() noexcept;
 /// The system's pseudo-handle for "the calling thread", the same value in every thread.
 void * currentThreadPseudoHandle() noexcept;
 
-/// Suspends the calling thread for at least so many milliseconds; 0 gives up the rest of its time slice.
+/// Suspends the calling thread for at least so many milliseconds; 0 gives up the rest of its time slice, and
+/// the greatest number is without end.
 void sleepMilliseconds(unsigned int milliseconds) noexcept;
 
-/// Makes the calling thread a single-threaded COM apartment, where there is COM.
+/// Makes the calling thread a single-threaded COM apartment, where there is COM. No failure is reported.
 void enterApartment() noexcept;
 /// Undoes one `enterApartment`.
 void leaveApartment() noexcept;

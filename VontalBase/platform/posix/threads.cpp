@@ -7,6 +7,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <mutex>
 #include <pthread.h>
 #include <sched.h>
@@ -115,13 +116,16 @@ void sleepMilliseconds(unsigned int milliseconds) noexcept
         sched_yield();
         return;
     }
-    timespec left{};
-    left.tv_sec = static_cast<time_t>(milliseconds / 1000);
-    left.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
-    // A signal cuts the sleep short and tells what is left of it.
-    while (nanosleep(&left, &left) != 0)
+    do
     {
-    }
+        timespec left{};
+        left.tv_sec = static_cast<time_t>(milliseconds / 1000);
+        left.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
+        // A signal cuts the sleep short and tells what is left of it.
+        while (nanosleep(&left, &left) != 0)
+        {
+        }
+    } while (milliseconds == std::numeric_limits<unsigned int>::max());
 }
 
 void enterApartment() noexcept
