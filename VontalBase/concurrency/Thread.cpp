@@ -13,22 +13,6 @@ namespace qvbase
 namespace
 {
 
-using RunningThreads = std::map<std::uint32_t, ThreadHandleNode>;
-
-/// An entry for the running threads, made before the thread is, so that entering it cannot fail.
-RunningThreads::node_type makeEntry()
-{
-    RunningThreads scratch;
-    scratch.emplace(0U, ThreadHandleNode(1, nullptr));
-    return scratch.extract(scratch.begin());
-}
-
-/// Kept: besides 0, a handle whose low 32 bits are 1 means that the start has failed.
-bool isStarted(const void * handle) noexcept
-{
-    return handle != nullptr && static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle)) != 1;
-}
-
 /// Closes the handles of all threads that have ended. They have little left to do but exit.
 void reap()
 {
@@ -57,25 +41,41 @@ void retire()
 
 } // namespace
 
+bool isStartedHandle(const void * handle) noexcept
+{
+    return handle != nullptr && static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle)) != 1;
+}
+
+RunningThreads::node_type makeRunningThread()
+{
+    RunningThreads scratch;
+    scratch.emplace(0U, ThreadHandleNode(1, nullptr));
+    return scratch.extract(scratch.begin());
+}
+
+void enterRunningThread(RunningThreads::node_type entry, std::uint32_t id, void * handle)
+{
+    entry.key() = id;
+    entry.mapped().front() = handle;
+    threadRegistry.runningThreads.erase(id);
+    threadRegistry.runningThreads.insert(std::move(entry));
+}
+
 bool Thread::execute(Runnable * runnable)
 {
     if (runnable == nullptr)
         return false;
-    RunningThreads::node_type entry = makeEntry();
+    RunningThreads::node_type entry = makeRunningThread();
     runnable->addRef();
     // Held across the start, so that the new thread cannot retire before it is entered.
     const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
     const platform::StartedThread thread = platform::startThread(threadProc, runnable);
-    if (!isStarted(thread.handle))
+    if (!isStartedHandle(thread.handle))
     {
         runnable->release();
         return false;
     }
-    entry.key() = thread.id;
-    entry.mapped().front() = thread.handle;
-    RunningThreads & running = threadRegistry.runningThreads;
-    running.erase(thread.id);
-    running.insert(std::move(entry));
+    enterRunningThread(std::move(entry), thread.id, thread.handle);
     return true;
 }
 
