@@ -77,6 +77,52 @@ TEST(CondThreadMutex, TakesAHoldOfNoneAsNone)
     EXPECT_EQ(mutex.getRecursiveCounter(), 0U);
 }
 
+TEST(CondThreadMutex, TakesACounterThatWasReleasedTooOftenAsNone)
+{
+    NotedMutex mutex;
+    // It shares the lock and holds it, so that the other one may be released below zero.
+    ThreadMutex witness(mutex);
+    witness.acquire();
+    mutex.release();
+    ASSERT_EQ(mutex.getRecursiveCounter(), 4294967295U);
+    mutex.log.clear();
+    CondThreadMutex condition(mutex);
+    condition.signal();
+    condition.wait();
+    EXPECT_EQ(mutex.log, "");
+    EXPECT_EQ(mutex.getRecursiveCounter(), 4294967295U);
+    mutex.acquire();
+    witness.release();
+}
+
+/// Operations of the same names and with other results, which would not compile if they were virtual in the
+/// base.
+class Shadowing : public CondThreadMutex
+{
+public:
+    using CondThreadMutex::CondThreadMutex;
+    static int wait()
+    {
+        return 1;
+    }
+    static int signal()
+    {
+        return 2;
+    }
+};
+
+TEST(CondThreadMutex, HasNoVirtualOperationButItsDestructor)
+{
+    ThreadMutex mutex;
+    Shadowing own(mutex);
+    CondThreadMutex & base = own;
+    mutex.acquire();
+    base.signal();
+    base.wait();
+    EXPECT_EQ(mutex.getRecursiveCounter(), 1U);
+    mutex.release();
+}
+
 /// A thread that waits as often as told and counts.
 class Waiter
 {

@@ -22,6 +22,24 @@ static_assert(std::has_virtual_destructor_v<Semaphore>);
 static_assert(std::is_constructible_v<Semaphore, int>);
 static_assert(std::is_copy_constructible_v<Semaphore> && std::is_copy_assignable_v<Semaphore>);
 
+static_assert(std::is_convertible_v<int, Semaphore>, "the constructor is not explicit");
+
+/// Operations of the same names and with other results, which would not compile if they were virtual in the
+/// base.
+class Shadowing : public Semaphore
+{
+public:
+    using Semaphore::Semaphore;
+    static int acquire()
+    {
+        return 1;
+    }
+    static int release()
+    {
+        return 2;
+    }
+};
+
 /// A thread that acquires once and says so.
 class Waiter
 {
@@ -186,6 +204,34 @@ TEST(Semaphore, IsClosedForAllCopiesByTheFirstThatIsDestroyed)
     semaphore.acquire();
     semaphore.release();
     semaphore.acquire();
+}
+
+TEST(Semaphore, HasNoVirtualOperationButItsDestructor)
+{
+    Shadowing own(0);
+    Semaphore & base = own;
+    base.release();
+    base.acquire();
+    Waiter waiter(base);
+    EXPECT_TRUE(waiter.waits());
+    base.release();
+    EXPECT_TRUE(waiter.passed());
+}
+
+TEST(Semaphore, LetsAllWaitersGoOnWhenItIsClosed)
+{
+    Semaphore semaphore(0);
+    auto copy = std::make_unique<Semaphore>(semaphore);
+    Waiter first(semaphore);
+    Waiter second(semaphore);
+    Waiter third(semaphore);
+    EXPECT_TRUE(first.waits());
+    EXPECT_TRUE(second.waits());
+    EXPECT_TRUE(third.waits());
+    copy.reset();
+    EXPECT_TRUE(first.passed());
+    EXPECT_TRUE(second.passed());
+    EXPECT_TRUE(third.passed());
 }
 
 TEST(Semaphore, GivesItsHandleBack)

@@ -6,7 +6,9 @@
 #include "support/VirtualSlot.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace
 {
@@ -165,6 +167,58 @@ TEST(ThreadMutexGuard, ForgetsItsHoldBeforeItGivesTheLockBack)
     };
     guard.release();
     EXPECT_EQ(mutex.log, "acquire release ");
+}
+
+TEST(ThreadMutexGuard, ForgetsItsHoldBeforeItsDestructorGivesTheLockBack)
+{
+    NotedMutex mutex;
+    std::optional<ThreadMutexGuard> guard(std::in_place, mutex, true);
+    ThreadMutexGuard * const seen = &*guard;
+    int calls = 0;
+    mutex.onRelease = [&]
+    {
+        // Copied into a guard that tells in turn what the dying one believes.
+        if (++calls == 1)
+            const ThreadMutexGuard copy(*seen);
+    };
+    guard.reset();
+    EXPECT_EQ(mutex.log, "acquire release ");
+    EXPECT_EQ(mutex.getRecursiveCounter(), 0U);
+}
+
+TEST(ThreadMutexGuard, TakesOverLockAndHoldByAssignment)
+{
+    NotedMutex first;
+    NotedMutex second;
+    {
+        ThreadMutexGuard guard(first, true);
+        {
+            const ThreadMutexGuard other(second, true);
+            EXPECT_EQ(&(guard = other), &guard);
+            EXPECT_EQ(first.log, "acquire ") << "the hold that it had is not given back";
+            EXPECT_EQ(second.log, "acquire ") << "and none is taken";
+            second.acquire();
+        }
+        EXPECT_EQ(second.log, "acquire acquire release ");
+    }
+    EXPECT_EQ(second.log, "acquire acquire release release ") << "kept: both guards gave it back";
+    EXPECT_EQ(first.log, "acquire ");
+    EXPECT_EQ(first.getRecursiveCounter(), 1U);
+    first.release();
+}
+
+TEST(ThreadMutexGuard, TakesOverByAssignmentThatThereIsNoHold)
+{
+    NotedMutex mutex;
+    {
+        ThreadMutexGuard guard(mutex, true);
+        ThreadMutexGuard other(mutex, true);
+        other.release();
+        guard = other;
+    }
+    EXPECT_EQ(mutex.log, "acquire acquire release ");
+    EXPECT_EQ(mutex.getRecursiveCounter(), 1U);
+    mutex.release();
 }
 
 TEST(ThreadMutexGuard, BelievesInItsHoldOnlyAfterItHasTheLock)

@@ -25,6 +25,26 @@ TEST(ThreadMutex, HasItsVirtualOperationsInTheirOrder)
     EXPECT_EQ(testsupport::virtualSlot(&ThreadMutex::release), testsupport::slotsOfDestructor + 1);
 }
 
+/// An operation of the same name and with another result, which would not compile if it were virtual in the
+/// base.
+class Shadowing : public ThreadMutex
+{
+public:
+    static const char * getRecursiveCounter()
+    {
+        return "own";
+    }
+};
+
+TEST(ThreadMutex, HasACounterThatIsNotVirtual)
+{
+    Shadowing own;
+    ThreadMutex & base = own;
+    base.acquire();
+    EXPECT_EQ(base.getRecursiveCounter(), 1U);
+    base.release();
+}
+
 TEST(ThreadMutex, CountsHowManyTimesItIsHeld)
 {
     ThreadMutex mutex;

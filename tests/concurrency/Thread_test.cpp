@@ -9,10 +9,13 @@
 #include "support/Eventually.h"
 #include "support/MemoryUse.h"
 #include "support/ResourceSnapshot.h"
+#include "support/SmallStackThread.h"
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 
 #include <atomic>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <gtest/gtest.h>
@@ -38,6 +41,10 @@ static_assert(!std::is_polymorphic_v<Thread> && sizeof(Thread) == sizeof(void *)
 static_assert(std::is_constructible_v<Thread, void *> && !std::is_default_constructible_v<Thread>);
 static_assert(std::is_copy_constructible_v<Thread> && std::is_copy_assignable_v<Thread>);
 static_assert(std::is_same_v<decltype(Thread::execute(nullptr)), bool>);
+
+static_assert(std::is_convertible_v<void *, Thread>, "the constructor is not explicit");
+static_assert(std::is_trivially_destructible_v<Thread> && std::is_trivially_copyable_v<Thread>,
+    "it owns nothing, so it closes nothing");
 
 static_assert(std::is_base_of_v<qvbase::ReferencedObject, Runnable> && std::is_abstract_v<Runnable>);
 static_assert(!std::has_virtual_destructor_v<Runnable>, "a concrete class declares it");
@@ -91,6 +98,12 @@ TEST(Thread, IsTheSameCurrentOneInEveryThread)
     std::thread([&] { other = Thread::getCurrentThread(); }).join();
     EXPECT_TRUE(other == Thread::getCurrentThread()) << "kept: no real identity is looked up";
     EXPECT_FALSE(other == Thread(nullptr));
+}
+
+TEST(Thread, HasTheSystemsPseudoHandleAsItsCurrentOne)
+{
+    // On Windows it is the constant that stands for the calling thread, and here it is the same number.
+    EXPECT_TRUE(Thread::getCurrentThread() == Thread(std::bit_cast<void *>(std::intptr_t{-2})));
 }
 
 TEST(Thread, StartsNothingForNull)
@@ -169,6 +182,56 @@ TEST(Thread, DestroysARunnableThatItAloneHoldsOnItsOwnThreadRightAfterRun)
     EXPECT_EQ(endedOn, ranOn);
     EXPECT_EQ(apartmentInRun, testsupport::expectedApartment());
     EXPECT_EQ(apartmentInEnd, testsupport::expectedApartment()) << "the apartment is left behind the release";
+}
+
+/// Looks at the apartment at the end of the thread, behind all that the library does there.
+class LooksAtTheEnd
+{
+public:
+    LooksAtTheEnd() = default;
+    LooksAtTheEnd(const LooksAtTheEnd &) = delete;
+    LooksAtTheEnd & operator=(const LooksAtTheEnd &) = delete;
+    ~LooksAtTheEnd()
+    {
+        if (seen == nullptr)
+            return;
+        *seen = testsupport::currentApartment();
+        done->release();
+    }
+
+    Apartment * seen = nullptr;
+    testsupport::TestSemaphore * done = nullptr;
+};
+
+thread_local LooksAtTheEnd looksAtTheEnd;
+
+TEST(Thread, LeavesItsApartmentBeforeItEnds)
+{
+    Apartment seen = Apartment::SingleThreaded;
+    testsupport::TestSemaphore done;
+    const auto run = [&]
+    {
+        looksAtTheEnd.seen = &seen;
+        looksAtTheEnd.done = &done;
+    };
+    ASSERT_TRUE(Thread::execute(newWork(run)));
+    ASSERT_TRUE(done.tryAcquireFor(patience));
+    EXPECT_NE(seen, Apartment::SingleThreaded);
+}
+
+TEST(Thread, HasTheDefaultStack)
+{
+    std::size_t ours = 0;
+    std::size_t standard = 0;
+    testsupport::TestSemaphore gone;
+    const auto run = [&]
+    {
+        ours = testsupport::stackSizeOfThisThread();
+    };
+    ASSERT_TRUE(Thread::execute(newWork(run, [&] { gone.release(); })));
+    ASSERT_TRUE(gone.tryAcquireFor(patience));
+    std::thread([&] { standard = testsupport::stackSizeOfThisThread(); }).join();
+    EXPECT_EQ(ours, standard);
 }
 
 TEST(Thread, LeavesTheApartmentOfTheStartingThreadAlone)

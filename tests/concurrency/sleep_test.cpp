@@ -1,5 +1,6 @@
 #include "VontalBase/concurrency/sleep.h"
 
+#include "support/Eventually.h"
 #include "support/SignalStorm.h"
 
 #include <chrono>
@@ -26,6 +27,12 @@ TEST(Sleep, LastsAtLeastAsLongAsTold)
     for (const unsigned int milliseconds : {1U, 20U, 60U})
         EXPECT_GE(durationOf(milliseconds) + tick, std::chrono::milliseconds(milliseconds));
     EXPECT_GE(durationOf(1005) + tick, std::chrono::milliseconds(1005)) << "more than a second";
+}
+
+TEST(Sleep, CountsInMilliseconds)
+{
+    // As seconds it would be a quarter of an hour.
+    EXPECT_LT(durationOf(1000), testsupport::patience);
 }
 
 TEST(Sleep, OfNothingReturns)

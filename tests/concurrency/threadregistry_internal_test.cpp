@@ -1,3 +1,4 @@
+#include "VontalBase/concurrency/Runnable.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/concurrency/threadregistry.h"
@@ -14,7 +15,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
+#include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -191,24 +196,140 @@ TEST_F(ThreadRegistryTest, MissesNoThreadThatFinishesAtOnce)
 TEST_F(ThreadRegistryTest, HoldsItsLockAcrossTheStart)
 {
     // While somebody else holds the lock no thread is started.
-    std::atomic<bool> ran{false};
-    testsupport::TestSemaphore started;
+    testsupport::TestSemaphore ran;
     testsupport::TestSemaphore gone;
     threadRegistry.threadRegistryMutex.acquire();
-    std::thread starter(
-        [&]
-        {
-            started.release();
-            Thread::execute(newWork([&] { ran = true; }, [&] { gone.release(); }));
-        });
-    started.acquire();
-    std::this_thread::sleep_for(testsupport::suspicion);
-    EXPECT_FALSE(ran.load());
+    std::thread starter([&] { Thread::execute(newWork([&] { ran.release(); }, [&] { gone.release(); })); });
+    EXPECT_FALSE(ran.tryAcquireFor(testsupport::suspicion));
     threadRegistry.threadRegistryMutex.release();
     starter.join();
     EXPECT_TRUE(gone.tryAcquireFor(testsupport::patience));
-    EXPECT_TRUE(ran.load());
+    EXPECT_TRUE(ran.tryAcquire());
     EXPECT_TRUE(isFree(threadRegistry.threadRegistryMutex));
+}
+
+/// Tells of the first count that is made of it.
+class TellsOfItsCount : public qvbase::Runnable
+{
+public:
+    void addRef() override
+    {
+        counted.release();
+    }
+    void release() override
+    {
+        dropped.release();
+    }
+    void run() override
+    {
+    }
+    testsupport::TestSemaphore counted;
+    testsupport::TestSemaphore dropped;
+};
+
+TEST_F(ThreadRegistryTest, IsLockedOnlyWhenTheReferenceIsTaken)
+{
+    TellsOfItsCount runnable;
+    threadRegistry.threadRegistryMutex.acquire();
+    std::thread starter([&] { EXPECT_TRUE(Thread::execute(&runnable)); });
+    EXPECT_TRUE(runnable.counted.tryAcquireFor(testsupport::patience)) << "with the lock in other hands";
+    threadRegistry.threadRegistryMutex.release();
+    starter.join();
+    EXPECT_TRUE(runnable.dropped.tryAcquireFor(testsupport::patience));
+}
+
+TEST_F(ThreadRegistryTest, ReplacesAnEntryWithTheSameNumber)
+{
+    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
+    int stale = 0;
+    int other = 0;
+    int fresh = 0;
+    qvbase::enterRunningThread(qvbase::makeRunningThread(), 7, &stale);
+    qvbase::enterRunningThread(qvbase::makeRunningThread(), 8, &other);
+    qvbase::enterRunningThread(qvbase::makeRunningThread(), 7, &fresh);
+    EXPECT_EQ(threadRegistry.runningThreads,
+        (qvbase::RunningThreads{{7U, {static_cast<void *>(&fresh)}}, {8U, {static_cast<void *>(&other)}}}));
+    threadRegistry.runningThreads.clear();
+}
+
+TEST(ThreadHandles, TellAStartThatFailedByNullAndByLow32BitsOfOne)
+{
+    struct Row
+    {
+        const char * label;
+        std::uintptr_t handle;
+        bool isStarted;
+    };
+    const Row rows[] = {
+        {"null", 0, false},
+        {"one", 1, false},
+        {"its neighbour above", 2, true},
+        {"four, as a first handle may be", 4, true},
+        {"kept: its low 32 bits are one", 0x100000001, false},
+        {"kept: the highest with such bits", 0xFFFFFFFF00000001, false},
+        {"its low 32 bits are 0", 0x100000000, true},
+        {"its low 32 bits are two", 0x100000002, true},
+        {"only the low 16 bits are one", 0x10001, true},
+        {"all bits", 0xFFFFFFFFFFFFFFFF, true},
+    };
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        EXPECT_EQ(qvbase::isStartedHandle(std::bit_cast<void *>(row.handle)), row.isStarted);
+    }
+}
+
+/// Does something at the end of its thread, when the thread has retired.
+class ActsAtTheEnd
+{
+public:
+    ActsAtTheEnd() = default;
+    ActsAtTheEnd(const ActsAtTheEnd &) = delete;
+    ActsAtTheEnd & operator=(const ActsAtTheEnd &) = delete;
+    ~ActsAtTheEnd()
+    {
+        if (action)
+            action();
+    }
+
+    std::function<void()> action;
+};
+
+thread_local ActsAtTheEnd actsAtTheEnd;
+
+TEST_F(ThreadRegistryTest, MayBeUsedByAThreadThatIsBeingReaped)
+{
+    for (int round = 0; round < 50; ++round)
+    {
+        testsupport::TestSemaphore reaping;
+        testsupport::TestSemaphore gone;
+        std::atomic<bool> isStarted{false};
+        const auto startAtTheEnd = [&]
+        {
+            actsAtTheEnd.action = [&]
+            {
+                // Where a thread that ends keeps others from beginning, this is in vain.
+                static_cast<void>(reaping.tryAcquireFor(testsupport::suspicion));
+                isStarted = Thread::execute(newWork([] {}, [&] { gone.release(); }));
+            };
+        };
+        ASSERT_TRUE(Thread::execute(newWork(startAtTheEnd, [&] { gone.release(); })));
+        ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
+        ASSERT_TRUE(eventually([] { return runningCount() == 0; })) << "it has retired and has not ended";
+
+        const auto end = [&]
+        {
+            reaping.release();
+            gone.release();
+        };
+        ASSERT_TRUE(Thread::execute(newWork([] {}, end)));
+        ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
+        ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience)) << "a lock is held while a thread is awaited";
+        EXPECT_TRUE(eventually([&] { return isStarted.load(); }));
+        ASSERT_TRUE(eventually([] { return runningCount() == 0; }));
+    }
+    HeldThread().end();
+    EXPECT_EQ(endedThreads().size(), 1U);
 }
 
 TEST_F(ThreadRegistryTest, IsNotLockedWhileRunAndDestructionAreAtWork)
