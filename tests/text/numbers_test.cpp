@@ -255,12 +255,11 @@ TEST(StringToUInt, ReadsTheLeadingDigitsModuloTwoToThe32nd)
 TEST(NumberReaders, CountAsciiDigitsAlone)
 {
     const std::wstring foreign[] = {
-        wide(u"\u0661"),      // Arabic-Indic
-        wide(u"\uFF11"),      // fullwidth
-        wide(u"\u00B9"),      // superscript
-        wide(u"\u0131"),      // its low byte is that of a digit
-        wide(u"\U0001D7CF"),  // mathematical
-        wideUnits({0x10035}), // its low 16 bits are those of 5, where an element has more
+        wide(u"\u0661"),     // Arabic-Indic
+        wide(u"\uFF11"),     // fullwidth
+        wide(u"\u00B9"),     // superscript
+        wide(u"\u0131"),     // its low byte is that of a digit
+        wide(u"\U0001D7CF"), // mathematical
     };
     bool ok = true;
     for (const std::wstring & digit : foreign)
@@ -287,6 +286,26 @@ TEST(NumberReaders, CountAsciiDigitsAlone)
         0)
         << "a minus sign that is not ASCII";
     EXPECT_FALSE(ok);
+}
+
+TEST(NumberReaders, LookAtMoreThanTheLow16BitsOfAnElementWhereItHasMore)
+{
+    if (sizeof(wchar_t) == 2)
+        GTEST_SKIP() << "a wide element has 16 bits on this system";
+    const std::wstring almostFive = wideUnits({0x10035});
+    bool ok = true;
+    EXPECT_EQ(string2Int(almostFive, ok), 0);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(string2Int64(L"7" + almostFive, ok), 7);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(string2ULong(L"7" + almostFive, ok), 7U);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(string2UInt(L"7" + almostFive), 7U);
+    EXPECT_EQ(string2double(L"7" + almostFive, ok), 7.0);
+    EXPECT_EQ(string2double(L"7.5" + almostFive, ok), 7.5);
+    EXPECT_EQ(string2Int(wideUnits({0x1002D, '7'}), ok), 0) << "almost a minus sign";
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(string2double(wideUnits({'7', 0x1002E, '5'}), ok), 7.0) << "almost a separator";
 }
 
 struct RealRow

@@ -1,0 +1,47 @@
+#!/usr/bin/env python3
+"""Checks that the static objects which no code uses are in the shared library all the same.
+
+    check_statics.py [--nm NM] LIBRARY
+
+They are local to one source file, so that only the table of all symbols shows them. Works on mangled names.
+"""
+
+import argparse
+import re
+import subprocess
+import sys
+
+# What must be there exactly once: a description, and the name of the object as g++ and clang mangle it.
+OBJECTS = {
+    "the object of the conversions": re.compile(r"_ZL11conversions\Z"),
+    "the counter of the name FileCounter": re.compile(r"_ZN6qvbaseL11fileCounterE\Z"),
+    "the registry of COM objects": re.compile(r"_ZN6qvbase13debugRegistryB5cxx11E\Z"),
+    "the lock of all counts": re.compile(r"_ZN6qvbaseL21referencedObjectMutexE\Z"),
+    "the registry of threads": re.compile(r"_ZN6qvbaseL8registryE\Z"),
+}
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--nm", default="nm")
+    parser.add_argument("library")
+    arguments = parser.parse_args()
+
+    listing = subprocess.run([arguments.nm, "--defined-only", arguments.library],
+                             check=True, capture_output=True, text=True).stdout
+    # Data in any section, of this library alone or of the whole process.
+    data = [fields[2] for fields in map(str.split, listing.splitlines()) if fields[1] in "bBdD"]
+    failed = False
+    for description, name in OBJECTS.items():
+        count = sum(1 for symbol in data if name.match(symbol))
+        if count != 1:
+            print(f"{description}: {count} instead of 1")
+            failed = True
+    if failed:
+        return 1
+    print(f"{len(OBJECTS)} static objects, each of them once")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
