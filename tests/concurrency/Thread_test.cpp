@@ -11,6 +11,7 @@
 #include "support/ResourceSnapshot.h"
 #include "support/SmallStackThread.h"
 #include "support/TestSemaphore.h"
+#include "support/ThreadEnd.h"
 #include "support/VirtualSlot.h"
 
 #include <atomic>
@@ -184,35 +185,18 @@ TEST(Thread, DestroysARunnableThatItAloneHoldsOnItsOwnThreadRightAfterRun)
     EXPECT_EQ(apartmentInEnd, testsupport::expectedApartment()) << "the apartment is left behind the release";
 }
 
-/// Looks at the apartment at the end of the thread, behind all that the library does there.
-class LooksAtTheEnd
-{
-public:
-    LooksAtTheEnd() = default;
-    LooksAtTheEnd(const LooksAtTheEnd &) = delete;
-    LooksAtTheEnd & operator=(const LooksAtTheEnd &) = delete;
-    ~LooksAtTheEnd()
-    {
-        if (seen == nullptr)
-            return;
-        *seen = testsupport::currentApartment();
-        done->release();
-    }
-
-    Apartment * seen = nullptr;
-    testsupport::TestSemaphore * done = nullptr;
-};
-
-thread_local LooksAtTheEnd looksAtTheEnd;
-
 TEST(Thread, LeavesItsApartmentBeforeItEnds)
 {
     Apartment seen = Apartment::SingleThreaded;
     testsupport::TestSemaphore done;
+    const auto look = [&]
+    {
+        seen = testsupport::currentApartment();
+        done.release();
+    };
     const auto run = [&]
     {
-        looksAtTheEnd.seen = &seen;
-        looksAtTheEnd.done = &done;
+        testsupport::atThreadEnd(look);
     };
     ASSERT_TRUE(Thread::execute(newWork(run)));
     ASSERT_TRUE(done.tryAcquireFor(patience));

@@ -12,12 +12,13 @@
 #include "support/FailingAllocator.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TestSemaphore.h"
+#include "support/ThreadEnd.h"
 
 #include <algorithm>
 #include <atomic>
 #include <bit>
+#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 #include <type_traits>
@@ -279,47 +280,32 @@ TEST(ThreadHandles, TellAStartThatFailedByNullAndByLow32BitsOfOne)
     }
 }
 
-/// Does something at the end of its thread, when the thread has retired.
-class ActsAtTheEnd
-{
-public:
-    ActsAtTheEnd() = default;
-    ActsAtTheEnd(const ActsAtTheEnd &) = delete;
-    ActsAtTheEnd & operator=(const ActsAtTheEnd &) = delete;
-    ~ActsAtTheEnd()
-    {
-        if (action)
-            action();
-    }
-
-    std::function<void()> action;
-};
-
-thread_local ActsAtTheEnd actsAtTheEnd;
-
 TEST_F(ThreadRegistryTest, MayBeUsedByAThreadThatIsBeingReaped)
 {
     for (int round = 0; round < 50; ++round)
     {
-        testsupport::TestSemaphore reaping;
+        std::atomic<bool> isReaping{false};
         testsupport::TestSemaphore gone;
         std::atomic<bool> isStarted{false};
-        const auto startAtTheEnd = [&]
+        const auto startAnother = [&]
         {
-            actsAtTheEnd.action = [&]
-            {
-                // Where a thread that ends keeps others from beginning, this is in vain.
-                static_cast<void>(reaping.tryAcquireFor(testsupport::suspicion));
-                isStarted = Thread::execute(newWork([] {}, [&] { gone.release(); }));
-            };
+            // In vain where a thread that ends keeps others from beginning.
+            const auto end = std::chrono::steady_clock::now() + testsupport::suspicion;
+            while (!isReaping && std::chrono::steady_clock::now() < end)
+                std::this_thread::yield();
+            isStarted = Thread::execute(newWork([] {}, [&] { gone.release(); }));
         };
-        ASSERT_TRUE(Thread::execute(newWork(startAtTheEnd, [&] { gone.release(); })));
+        const auto run = [&]
+        {
+            testsupport::atThreadEnd(startAnother);
+        };
+        ASSERT_TRUE(Thread::execute(newWork(run, [&] { gone.release(); })));
         ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
         ASSERT_TRUE(eventually([] { return runningCount() == 0; })) << "it has retired and has not ended";
 
         const auto end = [&]
         {
-            reaping.release();
+            isReaping = true;
             gone.release();
         };
         ASSERT_TRUE(Thread::execute(newWork([] {}, end)));
