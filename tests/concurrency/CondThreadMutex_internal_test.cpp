@@ -8,7 +8,6 @@
 #include "support/ResourceSnapshot.h"
 #include "support/TestSemaphore.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 #include <type_traits>
@@ -127,14 +126,14 @@ TEST(CondThreadMutex, HasNoVirtualOperationButItsDestructor)
 class Waiter
 {
 public:
-    Waiter(ThreadMutex & mutex, CondThreadMutex & condition, std::atomic<int> & passed)
+    Waiter(ThreadMutex & mutex, CondThreadMutex & condition, testsupport::TestSemaphore & passed)
         : m_thread(
               [&, this]
               {
                   mutex.acquire();
                   m_holds.release();
                   condition.wait();
-                  ++passed;
+                  passed.release();
                   mutex.release();
               })
     {
@@ -171,30 +170,27 @@ TEST(CondThreadMutex, KeepsOneSignalForTheNextWaitAndNotTwo)
     EXPECT_EQ(mutex.getRecursiveCounter(), 1U) << "it returned at once";
     mutex.release();
 
-    std::atomic<int> passed{0};
+    testsupport::TestSemaphore passed;
     Waiter waiter(mutex, condition, passed);
-    std::this_thread::sleep_for(testsupport::suspicion);
-    EXPECT_EQ(passed.load(), 0) << "the second signal added nothing";
+    EXPECT_FALSE(passed.tryAcquireFor(testsupport::suspicion)) << "the second signal added nothing";
     signal(mutex, condition);
-    EXPECT_TRUE(testsupport::eventually([&] { return passed.load() == 1; }));
+    EXPECT_TRUE(passed.tryAcquireFor(testsupport::patience));
 }
 
 TEST(CondThreadMutex, FreesOneWaiterForEachSignal)
 {
     ThreadMutex mutex;
     CondThreadMutex condition(mutex);
-    std::atomic<int> passed{0};
+    testsupport::TestSemaphore passed;
     const Waiter first(mutex, condition, passed);
     const Waiter second(mutex, condition, passed);
     const Waiter third(mutex, condition, passed);
-    std::this_thread::sleep_for(testsupport::suspicion);
-    EXPECT_EQ(passed.load(), 0);
+    EXPECT_FALSE(passed.tryAcquireFor(testsupport::suspicion));
     for (int signals = 1; signals <= 3; ++signals)
     {
         signal(mutex, condition);
-        EXPECT_TRUE(testsupport::eventually([&] { return passed.load() == signals; }));
-        std::this_thread::sleep_for(testsupport::suspicion);
-        EXPECT_EQ(passed.load(), signals);
+        EXPECT_TRUE(passed.tryAcquireFor(testsupport::patience)) << "signal " << signals;
+        EXPECT_FALSE(passed.tryAcquireFor(testsupport::suspicion)) << "it freed one alone";
     }
 }
 

@@ -104,7 +104,7 @@ TEST(Semaphore, LetsOnePassForEachRelease)
     semaphore.release();
     semaphore.acquire();
     semaphore.acquire();
-    std::atomic<int> passed{0};
+    testsupport::TestSemaphore passed;
     std::vector<std::thread> waiters;
     for (int i = 0; i < 2; ++i)
     {
@@ -112,17 +112,16 @@ TEST(Semaphore, LetsOnePassForEachRelease)
             [&]
             {
                 semaphore.acquire();
-                ++passed;
+                passed.release();
             });
     }
     semaphore.release();
-    EXPECT_TRUE(testsupport::eventually([&] { return passed.load() == 1; }));
-    std::this_thread::sleep_for(suspicion);
-    EXPECT_EQ(passed.load(), 1);
+    EXPECT_TRUE(passed.tryAcquireFor(patience));
+    EXPECT_FALSE(passed.tryAcquireFor(suspicion));
     semaphore.release();
     for (std::thread & waiter : waiters)
         waiter.join();
-    EXPECT_EQ(passed.load(), 2);
+    EXPECT_TRUE(passed.tryAcquire());
 }
 
 TEST(Semaphore, IgnoresAReleaseAtItsLimit)
