@@ -254,7 +254,7 @@ TEST(JsonFields, TakesReadyFieldsAndDestroysThem)
     EXPECT_EQ(deaths, 2);
 }
 
-TEST(JsonFields, AFieldOfNoKnownTypeTakesNothing)
+TEST(JsonFields, AFieldOfNoKnownTypeIsRefusedEverywhere)
 {
     for (const char * const value : {"true", "1", "\"x\"", "null", "[]", "{}"})
     {
@@ -262,8 +262,14 @@ TEST(JsonFields, AFieldOfNoKnownTypeTakesNothing)
         int deaths = 0;
         const auto object = make<Custom>();
         object->fields = {new MortalField(15, "odd", nullptr, deaths)};
+        const std::string json = "{\"odd\":" + std::string(value) + "}";
         VontalException record;
-        EXPECT_FALSE(object->fromJson(text("{\"odd\":" + std::string(value) + "}"), record));
+        EXPECT_FALSE(object->fromJson(text(json), record));
+        const jsontest::ItemReference tree = jsontest::parsed(json);
+        EXPECT_FALSE(object->fromJson(static_cast<qvjson::Object *>(*tree)));
+        Vontal::u8string printed = "before";
+        EXPECT_FALSE(object->toJson(printed));
+        EXPECT_EQ(printed, "before");
     }
 }
 

@@ -10,6 +10,7 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 // From the members into text.
 
@@ -218,6 +219,98 @@ TEST(JsonToText, FailsWhereAnInnerObjectDoes)
     const auto ofObjects = make<Everything>();
     ofObjects->objects.emplace_back(make<Unprintable>());
     EXPECT_FALSE(ofObjects->toJson(json));
+}
+
+/// Writes its calls down and refuses one of them.
+class RefusingPrinter : public JSONPrinter
+{
+public:
+    bool printObjectBegin() override
+    {
+        return take("{");
+    }
+    bool printObjectEnd() override
+    {
+        return take("}");
+    }
+    bool printKey(Vontal::u8string const & key) override
+    {
+        return take("key " + key);
+    }
+    bool printString(Vontal::u8string const & string) override
+    {
+        return take("string " + string);
+    }
+    bool printNumber(Vontal::u8string const & digits) override
+    {
+        return take("number " + digits);
+    }
+    bool printInt(int value) override
+    {
+        return take("int " + std::to_string(value));
+    }
+    bool printItem(qvjson::Item * item) override
+    {
+        return take("item " + jsontest::printed(item));
+    }
+    bool printNull() override
+    {
+        return take("null");
+    }
+    bool printBool(bool value) override
+    {
+        return take(value ? "true" : "false");
+    }
+    bool printArrayBegin() override
+    {
+        return take("[");
+    }
+    bool printArrayEnd() override
+    {
+        return take("]");
+    }
+
+    /// Which call is refused, counted from 1; 0 for none.
+    std::size_t refused = 0;
+    std::vector<std::string> calls;
+
+private:
+    bool take(const std::string & call)
+    {
+        calls.push_back(call);
+        return calls.size() != refused;
+    }
+};
+
+TEST(JsonToText, EndsAtTheFirstTokenThatIsRefused)
+{
+    const auto object = make<Everything>();
+    VontalException record;
+    ASSERT_TRUE(object->fromJson(
+        "{\"flag\":true,\"number\":-7,\"ulong\":8,\"wide\":9,\"string\":\"s\",\"set\":[\"a\"],\"list\":["
+        "\"b\"],"
+        "\"ints\":[1],\"wides\":[2],\"tree\":{\"a\":[1]},\"raw\":{\"n\":1},\"objects\":[{\"n\":3}],"
+        "\"provider\":[{\"n\":5}],\"holder\":{\"n\":7}}",
+        record));
+    const std::vector<std::string> whole = {"{", "key flag", "true", "key number", "number -7", "key ulong",
+        "number 8", "key wide", "number 9", "key string", "string s", "key set", "[", "string a", "]",
+        "key list", "[", "string b", "]", "key ints", "[", "number 1", "]", "key wides", "[", "number 2", "]",
+        "key tree", "item {\"a\":[1]}", "key raw", "{", "key n", "number 1", "}", "key referenced", "null",
+        "key objects", "[", "{", "key n", "number 3", "}", "]", "key provider", "[", "{", "key n", "number 5",
+        "}", "]", "key holder", "{", "key n", "number 7", "}", "}"};
+    for (std::size_t refused = 0; refused <= whole.size(); ++refused)
+    {
+        SCOPED_TRACE(refused);
+        const auto printer = make<RefusingPrinter>();
+        printer->refused = refused;
+        EXPECT_EQ(object->toJson(printer, true), refused == 0);
+        const std::size_t made = refused == 0 ? whole.size() : refused;
+        EXPECT_EQ(printer->calls,
+            std::vector<std::string>(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(made)));
+    }
+    const auto bare = make<RefusingPrinter>();
+    EXPECT_TRUE(object->toJson(bare, false));
+    EXPECT_EQ(bare->calls, std::vector<std::string>(whole.begin() + 1, whole.end() - 1));
 }
 
 TEST(JsonToText, GoesBareIntoAContainerOfTheCaller)

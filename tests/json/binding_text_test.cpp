@@ -451,6 +451,7 @@ TEST(JsonFromText, FailsWhereThereIsNobodyToMakeTheObject)
         readBadly(*make<Orphan>(), json, "Failed to create new object");
     }
     read(*make<Orphan>(), "{\"raw\":null,\"referenced\":null,\"objects\":[]}");
+    readBadly(*make<Orphan>(), "{\"provider\":[]}", "Failed to begin parse array");
 }
 
 TEST(JsonFromText, FailsWhereAProviderOrHolderRefuses)

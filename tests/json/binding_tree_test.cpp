@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -170,6 +171,7 @@ TEST(JsonFromTree, TakesOnlyWhatTheFieldIsOf)
         {"[{\"n\":1}]", {"objects", "provider"}},
         {"[{\"n\":1},{}]", {}},
         {"[{\"n\":1},1]", {}},
+        {"[null]", {"objects"}},
         {"[{\"n\":\"x\"}]", {}},
         {"{\"n\":1}", objects},
         {"{\"n\":1,\"unknown\":2}", objects},
@@ -305,6 +307,55 @@ TEST(JsonFromTree, FailsWhereSomebodyRefuses)
     ofHolder->holder->isRefusing = true;
     EXPECT_FALSE(fill(*ofHolder, members + "}"));
     EXPECT_EQ(ofHolder->ends, 0);
+}
+
+TEST(JsonFromTree, RefusesANullObject)
+{
+    const auto object = make<Everything>();
+    EXPECT_FALSE(object->fromJson(static_cast<Object *>(nullptr)));
+    EXPECT_EQ(object->ends, 0);
+}
+
+/// A class whose members of other classes have nobody to make or keep them.
+class Orphan : public qvjson::JSONSerializable
+{
+public:
+    void jsonFieldsDeclare() override
+    {
+        if (field == 0)
+            jsonFieldAdd("k", &raw, nullptr);
+        else if (field == 1)
+            jsonFieldAdd("k", &referenced, nullptr);
+        else if (field == 2)
+            jsonFieldAdd("k", &objects, nullptr);
+        else if (field == 3)
+            jsonFieldAdd("k", std::shared_ptr<qvjson::JSONSerializableArrayProviderInterface>());
+        else
+            jsonFieldAdd("k", std::shared_ptr<qvjson::JSONRefObjInterface>());
+    }
+
+    int field = 0;
+    JSONSerializable * raw = nullptr;
+    jsontest::BoundReference referenced;
+    std::vector<jsontest::BoundReference> objects;
+};
+
+TEST(JsonFromTree, FailsWhereThereIsNobodyToMakeTheObject)
+{
+    for (int field = 0; field <= 4; ++field)
+    {
+        SCOPED_TRACE(field);
+        const auto orphan = make<Orphan>();
+        orphan->field = field;
+        const bool isList = field == 2 || field == 3;
+        const ItemReference tree = jsontest::parsed(isList ? "{\"k\":[{\"n\":1}]}" : "{\"k\":{\"n\":1}}");
+        EXPECT_FALSE(orphan->fromJson(static_cast<Object *>(*tree)));
+        // With null there is nothing to make.
+        const auto other = make<Orphan>();
+        other->field = field;
+        const ItemReference null = jsontest::parsed("{\"k\":null}");
+        EXPECT_TRUE(other->fromJson(static_cast<Object *>(*null)));
+    }
 }
 
 TEST(JsonFromTree, TheLastElementIsRemovedWhereItCannotBeFilled)

@@ -117,8 +117,16 @@ TEST(JsonMemory, BuffersThatCannotGrowEndTheScan)
 {
     SilentAcceptor acceptor;
     const std::vector<std::string> grown = {"Failed to parse JSON"};
-    for (const std::string & json : {"[\"" + std::string(5000, 'x') + "\"]",
-             "[1" + std::string(5000, '0') + "]", std::string(300, '[') + std::string(300, ']')})
+    std::string escapes;
+    std::string codes;
+    for (int i = 0; i < 5000; ++i)
+    {
+        escapes += "\\n";
+        codes += "\\u20ac";
+    }
+    for (const std::string & json :
+        {"[\"" + std::string(5000, 'x') + "\"]", "[1" + std::string(5000, '0') + "]",
+            "{\"" + escapes + "\":1}", "[\"" + codes + "\"]", std::string(300, '[') + std::string(300, ']')})
     {
         const Vontal::u8string text = json;
         const auto result =

@@ -251,15 +251,15 @@ public:
         std::string json = blank();
         json += container(0);
         json += blank();
-        for (unsigned int i = below(4); i != 0; --i)
+        for (std::size_t i = below(4); i != 0; --i)
             mutate(json);
         return json;
     }
 
 private:
-    unsigned int below(unsigned int limit)
+    std::size_t below(std::size_t limit)
     {
-        return static_cast<unsigned int>(random_() % limit);
+        return random_() % limit;
     }
 
     std::string blank()
@@ -267,7 +267,7 @@ private:
         std::string blanks;
         if (below(4) == 0)
         {
-            for (unsigned int i = below(below(4) == 0 ? 40 : 3); i != 0; --i)
+            for (std::size_t i = below(below(4) == 0 ? 40 : 3); i != 0; --i)
                 blanks += " \t\n\r"[below(4)];
         }
         return blanks;
@@ -279,7 +279,7 @@ private:
             "\\u0041", "\\u00e4", "\\u20AC", "\\u0000", "\\ud83d\\ude00", "\xC3\xA4", "\xE2\x82\xAC",
             "\xF0\x9F\x98\x80", "sixteen bytes...", "fifteen bytes.."};
         std::string result = "\"";
-        for (unsigned int i = below(below(4) == 0 ? 12 : 3); i != 0; --i)
+        for (std::size_t i = below(below(4) == 0 ? 12 : 3); i != 0; --i)
             result += pieces[below(std::size(pieces))];
         return result + "\"";
     }
@@ -317,8 +317,8 @@ private:
         const bool isObject = below(2) == 0;
         std::string result(1, isObject ? '{' : '[');
         result += blank();
-        const unsigned int count = below(below(16) == 0 ? 40 : 4);
-        for (unsigned int i = 0; i < count; ++i)
+        const std::size_t count = below(below(16) == 0 ? 40 : 4);
+        for (std::size_t i = 0; i < count; ++i)
         {
             if (i != 0)
                 result += ',';
@@ -333,27 +333,27 @@ private:
     {
         static const std::string_view telling =
             "{}[]:,\"\\/#-+.0123456789eEtfnu \n\t\x80\xC3\xE2\xF0\xFD\xFF";
-        const std::size_t place = json.empty() ? 0 : below(static_cast<unsigned int>(json.size()));
+        const std::size_t place = json.empty() ? 0 : below(json.size());
         switch (below(6))
         {
         case 0:
             json.insert(place, 1, static_cast<char>(below(256)));
             break;
         case 1:
-            json.insert(place, 1, telling[below(static_cast<unsigned int>(telling.size()))]);
+            json.insert(place, 1, telling[below(telling.size())]);
             break;
         case 2:
             json.erase(place, 1 + below(3));
             break;
         case 3:
             if (!json.empty())
-                json[place] = telling[below(static_cast<unsigned int>(telling.size()))];
+                json[place] = telling[below(telling.size())];
             break;
         case 4:
             json.resize(place);
             break;
         default:
-            json.insert(place, json.substr(below(static_cast<unsigned int>(json.size() + 1)), below(8)));
+            json.insert(place, json.substr(below(json.size() + 1), below(8)));
             break;
         }
     }

@@ -396,6 +396,28 @@ TEST(JsonLeaves, CopiesOfParsedLeavesOutliveTheTree)
     EXPECT_EQ(number->getInt64(), -7);
 }
 
+TEST(JsonLeaves, TextsMovedOutOfAParsedTreeOutliveIt)
+{
+    for (const std::size_t size : {3U, 30U, 300U, 6000U})
+    {
+        SCOPED_TRACE(size);
+        const std::string bytes(size, 'q');
+        ItemReference root = jsontest::parsed("[\"" + bytes + "\",\"" + bytes + "\"]");
+        ItemReference item;
+        ASSERT_TRUE(static_cast<Array *>(*root)->getItem(0, item));
+        const qvbase::Reference<ValueString> made = new qvbase::ReferencedImpl<ValueString>(
+            static_cast<ValueString &&>(*static_cast<ValueString *>(*item)));
+        ASSERT_TRUE(static_cast<Array *>(*root)->getItem(1, item));
+        const auto assigned = makeString("before");
+        static_cast<ValueString &>(*assigned) =
+            static_cast<ValueString &&>(*static_cast<ValueString *>(*item));
+        item = nullptr;
+        root = nullptr;
+        EXPECT_EQ(made->getValue(), bytes);
+        EXPECT_EQ(assigned->getValue(), bytes);
+    }
+}
+
 // ---------------------------------------------------------------------------------------------------
 // Equality
 

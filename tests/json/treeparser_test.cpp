@@ -208,14 +208,53 @@ public:
 
     JSONTreeParser parser;
     std::string trees;
+    /// Asks at every so many events only.
+    int period = 1;
 
 private:
     bool ask(bool answer)
     {
-        trees += printed(parser.root()) + '\n';
+        if (++events_ % period == 0)
+            trees += printed(parser.root()) + '\n';
         return answer;
     }
+
+    int events_ = 0;
 };
+
+TEST(JsonTreeParser, BuildsTheSameTreeWheneverItIsAsked)
+{
+    const std::string json =
+        "{\"a\":[1,{\"b\":{},\"c\":2,\"b\":3},[4,[5],6],7],\"a\":8,\"d\":{\"e\":null,\"a\":[9,{}],"
+        "\"e\":\"x\"},\"a\":{\"b\":[],\"b\":10},\"f\":[11,12,13]}";
+    for (int period = 1; period <= 60; ++period)
+    {
+        SCOPED_TRACE(period);
+        AskingAcceptor acceptor;
+        acceptor.period = period;
+        VontalException record;
+        EXPECT_TRUE(qvjson::jsonParse(jsontest::text(json), &acceptor, record));
+        EXPECT_EQ(printed(acceptor.parser.root()),
+            "{\"a\":{\"b\":10},\"d\":{\"a\":[9,{}],\"e\":\"x\"},\"f\":[11,12,13]}");
+    }
+}
+
+TEST(JsonTreeParser, AKeyThatWaitedWhileItWasAskedStillWaits)
+{
+    JSONTreeParser parser;
+    EXPECT_NE(parser.parserBeginObject(), nullptr);
+    EXPECT_TRUE(parser.parseKey("a"));
+    EXPECT_EQ(printed(parser.root()), "{}");
+    EXPECT_FALSE(parser.parseKey("b"));
+    EXPECT_FALSE(parser.parseKey(""));
+    EXPECT_TRUE(parser.parserBeginArray());
+    EXPECT_TRUE(parser.parserEndArray());
+    EXPECT_FALSE(parser.parseNull());
+    EXPECT_TRUE(parser.parseKey("b"));
+    EXPECT_TRUE(parser.parseNull());
+    EXPECT_TRUE(parser.parserEndObject());
+    EXPECT_EQ(printed(parser.root()), "{\"a\":[],\"b\":null}");
+}
 
 TEST(JsonTreeParser, ShowsTheTreeSoFarAtAnyTime)
 {
