@@ -45,10 +45,14 @@ Object & Object::operator=(const Object & other)
 
 void Object::put(std::string_view key, Item * item)
 {
-    if (Item * const former = std::exchange(placeOf(m_items, key), nullptr))
+    Item ** place = &placeOf(m_items, key);
+    while (Item * const former = std::exchange(*place, nullptr))
+    {
         former->release();
-    // Found anew, because what the former item did at its end may have moved it.
-    placeOf(m_items, key) = item;
+        // Found anew, because what the former item did at its end may have moved it or filled it again.
+        place = &placeOf(m_items, key);
+    }
+    *place = item;
     if (item != nullptr)
         item->addRef();
 }
@@ -72,7 +76,9 @@ bool Object::add(Item * item)
 {
     if (m_pendingKey == nullptr)
         return false;
-    put(*m_pendingKey, item);
+    // A copy, because what the former item does at its end may use up the pending key.
+    const Vontal::u8string key = *m_pendingKey;
+    put(key, item);
     m_pendingKey = nullptr;
     return true;
 }
