@@ -92,7 +92,7 @@ bool TreeBuilder::attach(OwnedItem && item)
         return true;
     }
     if (!m_keyWaits)
-        return m_hasHandedOver && innermostObject().add(item.get());
+        return m_isSeen && innermostObject().add(item.get());
     m_entries.back().item = item.release();
     m_keyWaits = false;
     return true;
@@ -144,7 +144,7 @@ bool TreeBuilder::key(std::string_view text)
     if (m_isBroken || m_open.empty() || TreeAccess::type(*m_open.back().container) != TypeObject ||
         m_keyWaits)
         return false;
-    if (m_hasHandedOver && !innermostObject().addKey({}))
+    if (m_isSeen && !innermostObject().addKey({}))
         return false;
     // Kept: an empty key is taken, and then the value behind it refused.
     if (text.empty())
@@ -197,6 +197,7 @@ const qvbase::Reference<Item> & TreeBuilder::root()
 {
     if (m_isBroken)
         return m_root;
+    m_isSeen = true;
     m_isBroken = true;
     handKeyOver();
     for (auto open = m_open.rbegin(); open != m_open.rend(); ++open)
@@ -216,7 +217,6 @@ void TreeBuilder::handKeyOver()
     innermostObject().addKey(Vontal::u8string(key.data(), key.size()));
     m_entries.pop_back();
     m_keyWaits = false;
-    m_hasHandedOver = true;
 }
 
 void TreeBuilder::giveChildren(const Open & open)

@@ -111,8 +111,8 @@ private:
     /// Set while children are given away. It stays set if memory ran short meanwhile: every event is refused
     /// then.
     bool m_isBroken = false;
-    /// Whether an object has ever been given a key without its value.
-    bool m_hasHandedOver = false;
+    /// Whether somebody has seen the tree. From then on an object that is open may have a key pending.
+    bool m_isSeen = false;
 };
 
 } // namespace qvjson
