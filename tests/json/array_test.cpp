@@ -334,6 +334,26 @@ TEST(JsonArray, KeepsAssignmentSharingAndAbandoningWhatTheTargetHeld)
     EXPECT_EQ(abandoned.count, 1);
 }
 
+TEST(JsonArray, AssigningWhatIsSharedAlreadyChangesNothing)
+{
+    CountingItem item;
+    {
+        const auto array = make<Array>();
+        array->add(&item);
+        const auto second = copyOf(*array);
+        const auto third = copyOf(*second);
+        static_cast<Array &>(*second) = *array;
+        static_cast<Array &>(*array) = *third;
+        static_cast<Array &>(*third) = *second;
+        EXPECT_EQ(item.count, 1);
+        third->add(&item);
+        EXPECT_EQ(array->getLength(), 2U);
+        EXPECT_EQ(second->getLength(), 2U);
+    }
+    // Each of them has left once, and the last has let the elements go.
+    EXPECT_EQ(item.count, 0);
+}
+
 TEST(JsonArray, AssigningToItselfChangesNothing)
 {
     CountingItem item;

@@ -285,6 +285,24 @@ TEST(JsonObject, GetItemsCopiesTheMapAndSharesTheItems)
     EXPECT_TRUE(object->getItem("b", got));
 }
 
+TEST(JsonObject, GettingAnItemOfAnObjectThatOnlyTheReferenceHolds)
+{
+    const std::string json = "{\"a\":{\"a\":{\"a\":\"x\"}}}";
+    ItemReference item = jsontest::parsed(json);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(static_cast<Object *>(*item)->getItem("a", item));
+    EXPECT_EQ(item->getType(), qvjson::TypeString);
+    ObjectReference object = static_cast<Object *>(*jsontest::parsed(json));
+    ASSERT_TRUE(object->getObject("a", object));
+    ASSERT_TRUE(object->getObject("a", object));
+    EXPECT_EQ(jsontest::printed(object.get()), "{\"a\":\"x\"}");
+    // A null item lets the object go as well.
+    item = jsontest::parsed("{}");
+    static_cast<Object *>(*item)->add("a", nullptr);
+    EXPECT_TRUE(static_cast<Object *>(*item)->getItem("a", item));
+    EXPECT_EQ(item.get(), nullptr);
+}
+
 TEST(JsonObject, GetItemsMayLetTheObjectItselfGo)
 {
     ItemMap items;
@@ -688,6 +706,28 @@ TEST(JsonObject, KeepsAssignmentSharingAndAbandoningWhatTheTargetHeld)
     // What was abandoned is still what it was.
     EXPECT_TRUE(keeper->getItem("old", item));
     EXPECT_EQ(item.get(), &abandoned);
+}
+
+TEST(JsonObject, AssigningWhatIsSharedAlreadyTakesThePendingKeyOnly)
+{
+    CountingItem item;
+    {
+        const auto object = make<Object>();
+        object->add("a", &item);
+        const auto second = copyOf(*object);
+        const auto third = copyOf(*second);
+        EXPECT_TRUE(object->addKey("b"));
+        static_cast<Object &>(*second) = *object;
+        static_cast<Object &>(*third) = *second;
+        static_cast<Object &>(*object) = *third;
+        EXPECT_EQ(item.count, 1);
+        EXPECT_TRUE(third->add(&item));
+        EXPECT_EQ(item.count, 2);
+        EXPECT_TRUE(object->equals(third));
+        EXPECT_TRUE(second->equals(third));
+    }
+    // Each of them has left once, and the last has let the items go.
+    EXPECT_EQ(item.count, 0);
 }
 
 TEST(JsonObject, AssigningToItselfChangesNothing)

@@ -163,6 +163,58 @@ TEST(JsonItem, IsAValueFromThreeToSix)
     expectAnswers(reserved, {qvjson::TypeReserved, true, false, false, false});
 }
 
+TEST(JsonItem, TypesBeyondTheKnownOnesAreTakenForNoneOfThem)
+{
+    for (const std::uint32_t number : {7U, 0xFFU, 0x100U, 0x102U, 0xFFFEU, 0xFFFFU, 0x10000U, 0x10001U,
+             0x10002U, 0x10006U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFEU, 0xFFFFFFFFU})
+    {
+        SCOPED_TRACE(number);
+        CountingItem item(static_cast<Type>(number));
+        EXPECT_GE(item.getType(), 7U);
+        expectAnswers(item, {item.getType(), false, false, false, false});
+        EXPECT_FALSE(make<ValueNull>()->equals(&item));
+        EXPECT_FALSE(make<Array>()->equals(&item));
+        EXPECT_FALSE(make<Object>()->equals(&item));
+    }
+}
+
+/// A node of the library that counts its references, and is not destroyed by the last release.
+template <class Node>
+class Counted : public Node
+{
+public:
+    void addRef() override
+    {
+        ++count;
+    }
+    void release() override
+    {
+        --count;
+    }
+
+    int count = 3;
+};
+
+template <class Node>
+void expectNoCountByConversions()
+{
+    Counted<Node> node;
+    EXPECT_EQ(static_cast<Node *>(static_cast<Item &>(node)), &node);
+    expectAnswers(node, {node.getType(), node.isValue(), node.getType() == qvjson::TypeBool,
+                            node.getType() == qvjson::TypeInt, node.getType() == qvjson::TypeString});
+    EXPECT_EQ(node.count, 3);
+}
+
+TEST(JsonItem, ConversionsOfNoClassChangeACount)
+{
+    expectNoCountByConversions<Array>();
+    expectNoCountByConversions<Object>();
+    expectNoCountByConversions<ValueBool>();
+    expectNoCountByConversions<ValueInt>();
+    expectNoCountByConversions<ValueNull>();
+    expectNoCountByConversions<ValueString>();
+}
+
 TEST(JsonItem, ConversionsChangeNoCount)
 {
     CountingItem item;
@@ -248,6 +300,9 @@ TEST(JsonValueInt, KeepsWhatAFailedConversionReturned)
          "3"s,
             false, 12},
         {"9223372036854775808", false, 922337203685477580},
+        // Kept: some that do not fit are not noticed.
+        {"45000000000000000000", true, 8106511852580896768},
+        {"27670116110564327423", true, 9223372036854775807},
         {"-9223372036854775808", false, -922337203685477580},
     };
     for (const Row & row : rows)
@@ -416,6 +471,52 @@ TEST(JsonLeaves, TextsMovedOutOfAParsedTreeOutliveIt)
         EXPECT_EQ(made->getValue(), bytes);
         EXPECT_EQ(assigned->getValue(), bytes);
     }
+}
+
+/// The leaf at a place of a parsed array.
+template <class Leaf>
+qvbase::Reference<Leaf> leafAt(const ItemReference & root, unsigned int index)
+{
+    ItemReference item;
+    EXPECT_TRUE(static_cast<Array *>(*root)->getItem(index, item));
+    return static_cast<Leaf *>(*item);
+}
+
+/// Copies, moves and assigns a parsed leaf in every direction, and holds what came of it against its text.
+template <class Leaf>
+void expectParsedLeafIsAValue(const std::string & leaf, const std::string & other)
+{
+    SCOPED_TRACE(leaf);
+    const std::string json = "[" + leaf + "," + leaf + "," + other + "," + other + "," + leaf + "]";
+    ItemReference root = jsontest::parsed(json);
+    const auto first = leafAt<Leaf>(root, 0);
+    const auto fromCopy = leafAt<Leaf>(root, 2);
+    const auto fromMove = leafAt<Leaf>(root, 3);
+    const qvbase::Reference<Leaf> copy = new qvbase::ReferencedImpl<Leaf>(static_cast<const Leaf &>(*first));
+    const qvbase::Reference<Leaf> moved =
+        new qvbase::ReferencedImpl<Leaf>(static_cast<Leaf &&>(*leafAt<Leaf>(root, 1)));
+    // Nodes that lie elsewhere in the memory of the parse stay where they are.
+    static_cast<Leaf &>(*fromCopy) = static_cast<const Leaf &>(*first);
+    static_cast<Leaf &>(*fromMove) = static_cast<Leaf &&>(*leafAt<Leaf>(root, 4));
+    root = nullptr;
+    for (const auto & node : {first, copy, moved, fromCopy, fromMove})
+        EXPECT_EQ(jsontest::printed(node.get()), leaf);
+    // And one that was not parsed gives what it has to one that was.
+    static_cast<Leaf &>(*copy) = *leafAt<Leaf>(jsontest::parsed("[" + other + "]"), 0);
+    static_cast<Leaf &>(*first) = *copy;
+    EXPECT_EQ(jsontest::printed(first.get()), other);
+}
+
+TEST(JsonLeaves, ParsedOnesAreCopiedAndMovedLikeValues)
+{
+    expectParsedLeafIsAValue<ValueInt>("-7", "8");
+    expectParsedLeafIsAValue<ValueBool>("true", "false");
+    expectParsedLeafIsAValue<ValueNull>("null", "null");
+    const std::string longText(40, 'l');
+    expectParsedLeafIsAValue<ValueString>("\"short\"", "\"other\"");
+    expectParsedLeafIsAValue<ValueString>('"' + longText + '"', "\"short\"");
+    expectParsedLeafIsAValue<ValueString>("\"short\"", '"' + longText + '"');
+    expectParsedLeafIsAValue<ValueString>('"' + std::string(6000, 'm') + '"', '"' + longText + '"');
 }
 
 // ---------------------------------------------------------------------------------------------------
