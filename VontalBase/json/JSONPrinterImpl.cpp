@@ -25,6 +25,19 @@ bool JSONPrinterImpl::handOver(const char * to)
     return true;
 }
 
+/// For a call that fails already, and whose failure is not to be replaced by another one.
+void JSONPrinterImpl::handOverQuietly(const char * to) noexcept
+{
+    try
+    {
+        m_writer.handOver(to);
+    }
+    catch (...)
+    {
+        // The stream has had its say: it keeps its state, and what it refused is lost.
+    }
+}
+
 bool JSONPrinterImpl::open(char bracket)
 {
     char * to = separate();
@@ -106,12 +119,6 @@ bool JSONPrinterImpl::printItem(Item * item)
         return false;
     TreePrinter tree(m_writer);
     char * to = separate();
-    const auto stop = [&]
-    {
-        m_atStart = tree.stoppedAtStart();
-        m_afterKey = tree.stoppedAfterKey();
-        m_writer.handOver(to);
-    };
     try
     {
         if (tree.print(*item, to))
@@ -119,10 +126,12 @@ bool JSONPrinterImpl::printItem(Item * item)
     }
     catch (...)
     {
-        stop();
+        m_atStart = tree.stoppedWithoutComma();
+        handOverQuietly(to);
         throw;
     }
-    stop();
+    m_atStart = tree.stoppedWithoutComma();
+    handOver(to);
     return false;
 }
 

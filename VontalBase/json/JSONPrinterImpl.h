@@ -40,6 +40,7 @@ private:
     bool close(char bracket);
     bool word(std::string_view text);
     bool handOver(const char * to);
+    void handOverQuietly(const char * to) noexcept;
 
     JSONWriter m_writer;
     bool m_afterKey = false;

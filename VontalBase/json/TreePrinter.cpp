@@ -62,8 +62,8 @@ void TreePrinter::put(const Item & item, char *& to)
     case TypeObject:
     case TypeArray:
         *to++ = TreeAccess::type(item) == TypeArray ? '[' : '{';
-        m_open.emplace_back(item);
         m_isFirst = true;
+        m_open.emplace_back(item);
         break;
     case TypeString:
         to = m_writer.putString(to, static_cast<const ValueString &>(item).view());

@@ -29,15 +29,10 @@ public:
     /// @return false where it stops, at a child that is not printable.
     bool print(const Item & root, char *& to);
 
-    /// Whether it stopped behind an opening bracket.
-    bool stoppedAtStart() const noexcept
+    /// Whether what comes where it stopped takes no comma, as behind an opening bracket or a key.
+    bool stoppedWithoutComma() const noexcept
     {
-        return !m_open.empty() && m_open.back().isArray() && m_isFirst;
-    }
-    /// Whether it stopped behind a key.
-    bool stoppedAfterKey() const noexcept
-    {
-        return !m_open.empty() && !m_open.back().isArray();
+        return m_isFirst || (!m_open.empty() && !m_open.back().isArray());
     }
 
 private:
@@ -47,7 +42,8 @@ private:
     JSONWriter & m_writer;
     /// The containers now open, the innermost last.
     std::vector<ChildCursor> m_open;
-    /// Whether the next child is the first of its container.
+    /// Whether the next child is the first of its container. Set with the bracket, since there may be no
+    /// memory for the container then.
     bool m_isFirst = false;
 };
 
