@@ -11,9 +11,24 @@ JSONTreeParser::JSONTreeParser() : m_builder(std::make_unique<TreeBuilder>())
 
 JSONTreeParser::~JSONTreeParser() = default;
 
+/// Gives an event to the builder, which takes no further one if memory runs short.
+template <class Event>
+bool JSONTreeParser::take(Event event)
+{
+    try
+    {
+        return event(*m_builder);
+    }
+    catch (...)
+    {
+        m_builder->refuseFromNowOn();
+        throw;
+    }
+}
+
 JSONParserAcceptor * JSONTreeParser::parserBeginObject()
 {
-    return m_builder->beginObject() ? this : nullptr;
+    return take([](TreeBuilder & builder) { return builder.beginObject(); }) ? this : nullptr;
 }
 
 bool JSONTreeParser::parserEndChildObject(JSONParserAcceptor *)
@@ -23,42 +38,42 @@ bool JSONTreeParser::parserEndChildObject(JSONParserAcceptor *)
 
 bool JSONTreeParser::parserEndObject()
 {
-    return m_builder->endObject();
+    return take([](TreeBuilder & builder) { return builder.endObject(); });
 }
 
 bool JSONTreeParser::parseKey(Vontal::u8string const & key)
 {
-    return m_builder->key(key);
+    return take([&](TreeBuilder & builder) { return builder.key(key); });
 }
 
 bool JSONTreeParser::parseInt(char const * text, unsigned int length)
 {
-    return m_builder->integer({text, length});
+    return take([=](TreeBuilder & builder) { return builder.integer({text, length}); });
 }
 
 bool JSONTreeParser::parseString(char const * text, unsigned int length)
 {
-    return m_builder->string({text, length});
+    return take([=](TreeBuilder & builder) { return builder.string({text, length}); });
 }
 
 bool JSONTreeParser::parseBool(bool value)
 {
-    return m_builder->boolean(value);
+    return take([=](TreeBuilder & builder) { return builder.boolean(value); });
 }
 
 bool JSONTreeParser::parseNull()
 {
-    return m_builder->null();
+    return take([](TreeBuilder & builder) { return builder.null(); });
 }
 
 bool JSONTreeParser::parserBeginArray()
 {
-    return m_builder->beginArray();
+    return take([](TreeBuilder & builder) { return builder.beginArray(); });
 }
 
 bool JSONTreeParser::parserEndArray()
 {
-    return m_builder->endArray();
+    return take([](TreeBuilder & builder) { return builder.endArray(); });
 }
 
 const qvbase::Reference<Item> & JSONTreeParser::root()

@@ -46,6 +46,9 @@ public:
     const qvbase::Reference<Item> & root();
 
 private:
+    template <class Event>
+    bool take(Event event);
+
     std::unique_ptr<TreeBuilder> m_builder;
 };
 

@@ -49,6 +49,12 @@ public:
     bool boolean(bool isTrue);
     bool null();
 
+    /// For whoever goes on although `std::bad_alloc` has left an operation, and an event is lost.
+    void refuseFromNowOn() noexcept
+    {
+        m_isBroken = true;
+    }
+
     /// The tree so far, or null. Containers that are still open have the children that came by now.
     const qvbase::Reference<Item> & root();
 
