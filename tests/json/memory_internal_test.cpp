@@ -1,16 +1,22 @@
 // What the documented results are where memory is refused.
 
+#include "VontalBase/json/JSONPrinter.h"
+#include "VontalBase/json/JSONTreeParser.h"
 #include "VontalBase/json/jsonparse.h"
 
 #include "json/CountingItem.h"
 #include "json/LoggingAcceptor.h"
+#include "json/boundclasses.h"
 #include "json/jsonsupport.h"
 #include "support/FailingAllocator.h"
 
+#include <array>
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
+#include <ostream>
 #include <set>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -244,6 +250,134 @@ TEST(JsonMemory, StringsStayAsTheyWereWhereSetFails)
             { string->set(std::string_view("a text of more than twenty bytes").data(), 32); },
             [&string] { return std::string(string->getValue()); });
         EXPECT_EQ(string->getValue(), "a text of more than twenty bytes");
+    }
+}
+
+/// A stream buffer of fixed size, so that writing to it needs no memory.
+class FixedBuffer : public std::streambuf
+{
+public:
+    FixedBuffer()
+    {
+        setp(bytes_.data(), bytes_.data() + bytes_.size());
+    }
+
+    std::string text() const
+    {
+        return {pbase(), pptr()};
+    }
+
+private:
+    std::array<char, 1000> bytes_ = {};
+};
+
+TEST(JsonMemory, PrintingGoesOnBehindWhatWasWrittenWhereATreeFails)
+{
+    // Each time it fails at an opening bracket for which there is no room among the open ones.
+    const std::string json = "[[1,[{\"a\":[[[2,[[[[[[[[[[3]]]]]]]]]]]]],\"b\":4}]],5]";
+    const ItemReference tree = jsontest::parsed(json);
+    std::set<std::string> texts;
+    for (std::uint64_t number = 1;; ++number)
+    {
+        FixedBuffer buffer;
+        std::ostream stream(&buffer);
+        qvbase::Reference<qvjson::JSONPrinter> printer;
+        ASSERT_TRUE(qvjson::jsonPrinterFactory(&stream, printer));
+        bool isThrown = false;
+        {
+            const FailingAllocator window({.allocation = number});
+            try
+            {
+                EXPECT_TRUE(printer->printItem(tree));
+            }
+            catch (const std::bad_alloc &)
+            {
+                isThrown = true;
+            }
+            EXPECT_EQ(isThrown, window.refused() != 0);
+        }
+        if (!isThrown)
+        {
+            EXPECT_EQ(buffer.text(), json);
+            break;
+        }
+        const std::string written = buffer.text();
+        ASSERT_FALSE(written.empty());
+        EXPECT_EQ(json.substr(0, written.size()), written);
+        EXPECT_EQ(written.back(), '[');
+        texts.insert(written);
+        EXPECT_TRUE(printer->printInt(6));
+        EXPECT_TRUE(printer->printInt(7));
+        EXPECT_EQ(buffer.text(), written + "6,7");
+    }
+    EXPECT_GE(texts.size(), 3U);
+    EXPECT_EQ(*texts.begin(), "[");
+}
+
+TEST(JsonMemory, NothingButAWantOfMemoryLeavesABoundClassThatIsPrinted)
+{
+    // Of a size at which the text goes from the printer to the stream in the middle of a tree.
+    const auto object = make<jsontest::Everything>();
+    object->jsonFieldsDeclare();
+    object->tree = make<Object>();
+    for (int i = 0; i < 100; ++i)
+        object->tree->add(std::to_string(i), jsontest::makeString(std::string(500, 'x')));
+    Vontal::u8string text = "before";
+    expectAllOrNothing([&] { EXPECT_TRUE(object->toJson(text)); }, [&text] { return std::string(text); });
+    EXPECT_GT(text.size(), 50000U);
+}
+
+/// What comes behind the beginning of an array.
+using Event = bool (*)(qvjson::JSONTreeParser & parser);
+const Vontal::u8string longKey = "a key of more than fifteen bytes";
+const Event events[] = {
+    [](qvjson::JSONTreeParser & parser) { return parser.parserBeginArray(); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parseInt("1", 1); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parserEndArray(); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parserBeginObject() != nullptr; },
+    [](qvjson::JSONTreeParser & parser) { return parser.parseKey(longKey); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parseString("text", 4); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parserEndObject(); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parseBool(true); },
+    [](qvjson::JSONTreeParser & parser) { return parser.parseNull(); },
+    [](qvjson::JSONTreeParser & parser) { return parser.root().get() != nullptr; },
+    [](qvjson::JSONTreeParser & parser) { return parser.parserEndArray(); },
+};
+
+TEST(JsonMemory, ATreeParserRefusesEveryEventAfterAWantOfMemory)
+{
+    for (std::uint64_t number = 1;; ++number)
+    {
+        SCOPED_TRACE(number);
+        qvjson::JSONTreeParser parser;
+        bool isThrown = false;
+        {
+            const FailingAllocator window({.allocation = number});
+            try
+            {
+                EXPECT_TRUE(parser.parserBeginArray());
+                for (const Event event : events)
+                    EXPECT_TRUE(event(parser));
+            }
+            catch (const std::bad_alloc &)
+            {
+                isThrown = true;
+            }
+        }
+        if (!isThrown)
+        {
+            EXPECT_GT(number, 5U);
+            return;
+        }
+        EXPECT_EQ(parser.parserBeginObject(), nullptr);
+        EXPECT_FALSE(parser.parserBeginArray());
+        EXPECT_FALSE(parser.parseKey("k"));
+        EXPECT_FALSE(parser.parseInt("1", 1));
+        EXPECT_FALSE(parser.parseString("text", 4));
+        EXPECT_FALSE(parser.parseBool(true));
+        EXPECT_FALSE(parser.parseNull());
+        EXPECT_FALSE(parser.parserEndArray());
+        EXPECT_FALSE(parser.parserEndObject());
     }
 }
 

@@ -75,6 +75,79 @@ TEST(JsonPrinterFactory, ReplacesThePrinter)
     EXPECT_EQ(second.str(), "2");
 }
 
+/// A printer that writes its references down and prints nothing.
+class CountedPrinter : public JSONPrinter
+{
+public:
+    void addRef() override
+    {
+        log += '+';
+    }
+    void release() override
+    {
+        log += '-';
+    }
+    bool printObjectBegin() override
+    {
+        return false;
+    }
+    bool printObjectEnd() override
+    {
+        return false;
+    }
+    bool printKey(Vontal::u8string const &) override
+    {
+        return false;
+    }
+    bool printString(Vontal::u8string const &) override
+    {
+        return false;
+    }
+    bool printNumber(Vontal::u8string const &) override
+    {
+        return false;
+    }
+    bool printInt(int) override
+    {
+        return false;
+    }
+    bool printItem(Item *) override
+    {
+        return false;
+    }
+    bool printNull() override
+    {
+        return false;
+    }
+    bool printBool(bool) override
+    {
+        return false;
+    }
+    bool printArrayBegin() override
+    {
+        return false;
+    }
+    bool printArrayEnd() override
+    {
+        return false;
+    }
+
+    std::string log;
+};
+
+TEST(JsonPrinterFactory, LetsTheFormerPrinterGoUnlessItRefuses)
+{
+    CountedPrinter former;
+    PrinterReference printer(&former);
+    EXPECT_EQ(former.log, "+");
+    EXPECT_FALSE(jsonPrinterFactory(nullptr, printer));
+    EXPECT_EQ(former.log, "+");
+    std::ostringstream stream;
+    EXPECT_TRUE(jsonPrinterFactory(&stream, printer));
+    EXPECT_EQ(former.log, "+-");
+    EXPECT_NE(printer.get(), &former);
+}
+
 TEST(JsonPrinterFactory, WritesNothingByItself)
 {
     std::ostringstream stream;
@@ -486,7 +559,8 @@ TEST(JsonPrinterItem, FailsAtNullAndUnknownNodesAndKeepsWhatWasWritten)
             },
             "[{\"k\":[[]"},
     };
-    for (const std::uint32_t type : {std::uint32_t{qvjson::TypeReserved}, 7U, 8U, 100U})
+    for (const std::uint32_t type :
+        {std::uint32_t{qvjson::TypeReserved}, 7U, 8U, 100U, 0xFFFFU, 0x10000U, 0x10002U, 0xFFFFFFFFU})
     {
         CountingItem unknown(static_cast<qvjson::Type>(type));
         Item * const oddOnes[] = {nullptr, &unknown};
@@ -504,26 +578,109 @@ TEST(JsonPrinterItem, FailsAtNullAndUnknownNodesAndKeepsWhatWasWritten)
     }
 }
 
+/// A tree of a text, in which every null is a null pointer.
+ItemReference withNullPointers(const ItemReference & item)
+{
+    if (item->getType() == qvjson::TypeNull)
+        return {};
+    if (Array * const array = *item)
+    {
+        const auto result = make<Array>();
+        for (unsigned int i = 0; i < array->getLength(); ++i)
+        {
+            ItemReference element;
+            EXPECT_TRUE(array->getItem(i, element));
+            result->add(withNullPointers(element));
+        }
+        return result;
+    }
+    if (Object * const object = *item)
+    {
+        const auto result = make<Object>();
+        jsontest::ItemMap items;
+        object->getItems(items);
+        for (const auto & [key, value] : items)
+            result->add(key, withNullPointers(value));
+        return result;
+    }
+    return item;
+}
+
 TEST(JsonPrinterItem, SeparatorsGoOnAfterAFailure)
 {
+    struct Row
+    {
+        const char * tree;
+        /// With a 2 and the end of an array printed behind it.
+        const char * text;
+    };
+    const Row rows[] = {
+        {"null", "2]"},
+        {"[null]", "[2]"},
+        {"[1,null]", "[1,2]"},
+        {"[[],null]", "[[],2]"},
+        {"[{},null]", "[{},2]"},
+        {"[[null]]", "[[2]"},
+        {"[[1],[null]]", "[[1],[2]"},
+        {"[[1],[3,null]]", "[[1],[3,2]"},
+        {"{\"a\":null}", "{\"a\":2]"},
+        {"{\"a\":1,\"b\":null}", "{\"a\":1,\"b\":2]"},
+        {"{\"a\":[],\"b\":null}", "{\"a\":[],\"b\":2]"},
+        {"{\"a\":[null]}", "{\"a\":[2]"},
+        {"{\"a\":[1,null]}", "{\"a\":[1,2]"},
+        {"[{\"a\":null}]", "[{\"a\":2]"},
+        {"[1,{\"a\":{\"b\":null}}]", "[1,{\"a\":{\"b\":2]"},
+    };
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.tree);
+        const ItemReference tree = withNullPointers(jsontest::parsed("[" + std::string(row.tree) + "]"));
+        ItemReference inner;
+        static_cast<Array *>(*tree)->getItem(0, inner);
+        EXPECT_EQ(printedBy(
+                      [&inner](JSONPrinter & printer)
+                      {
+                          EXPECT_FALSE(printer.printItem(inner));
+                          EXPECT_TRUE(printer.printInt(2));
+                          EXPECT_TRUE(printer.printArrayEnd());
+                      }),
+            row.text);
+    }
+}
+
+TEST(JsonPrinterItem, AFailureBehindAKeyLeavesTheKeyWaiting)
+{
+    const auto print = [](Item * item)
+    {
+        return printedBy(
+            [item](JSONPrinter & printer)
+            {
+                EXPECT_TRUE(printer.printKey("k"));
+                EXPECT_FALSE(printer.printItem(item));
+                EXPECT_TRUE(printer.printInt(2));
+                EXPECT_TRUE(printer.printInt(3));
+            });
+    };
+    EXPECT_EQ(print(nullptr), "\"k\":2,3");
+    CountingItem unknown;
+    EXPECT_EQ(print(&unknown), "\"k\":2,3");
     const auto array = make<Array>();
-    array->add(makeInt("1"));
     array->add(nullptr);
-    EXPECT_EQ(printedBy(
-                  [&array](JSONPrinter & printer)
-                  {
-                      EXPECT_FALSE(printer.printItem(array));
-                      EXPECT_TRUE(printer.printInt(2));
-                      EXPECT_TRUE(printer.printArrayEnd());
-                  }),
-        "[1,2]");
-    EXPECT_EQ(printedBy(
-                  [](JSONPrinter & printer)
-                  {
-                      EXPECT_FALSE(printer.printItem(nullptr));
-                      EXPECT_TRUE(printer.printInt(2));
-                  }),
-        "2");
+    EXPECT_EQ(print(array), "\"k\":[2,3");
+}
+
+TEST(JsonPrinterItem, KeepsWhatWasWrittenHoweverMuchItWas)
+{
+    const auto array = make<Array>();
+    std::string expected;
+    for (int i = 0; i < 20000; ++i)
+    {
+        array->add(makeInt(std::to_string(i)));
+        expected += (i == 0 ? "[" : ",") + std::to_string(i);
+    }
+    array->add(nullptr);
+    EXPECT_TRUE(
+        printedBy([&array](JSONPrinter & printer) { EXPECT_FALSE(printer.printItem(array)); }) == expected);
 }
 
 TEST(JsonPrinterItem, LeavesTheCountsAlone)

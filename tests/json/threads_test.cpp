@@ -105,6 +105,34 @@ TEST(JsonThreads, TellTheirOwnAcceptors)
         });
 }
 
+TEST(JsonThreads, ReadOneTreeAtOneTime)
+{
+    const std::string json = "[1,\"text of more than twenty bytes\"," + documentOf(1, 2) + "]";
+    const ItemReference root = jsontest::parsed(json);
+    const ItemReference same = jsontest::parsed(json);
+    const ItemReference object = jsontest::parsed("{\"n\":5000000000,\"s\":\"x\",\"b\":true}");
+    together(
+        [&](int, int)
+        {
+            const auto & array = *static_cast<qvjson::Array *>(*root);
+            int number = 0;
+            Vontal::u8string string;
+            if (array.getLength() != 3 || !array.getInt(0, number) || number != 1 ||
+                !array.getString(1, string) || string != "text of more than twenty bytes" ||
+                array.getInt(1, number) || !array.equals(same))
+                return false;
+            const auto & values = *static_cast<qvjson::Object *>(*object);
+            bool flag = false;
+            if (!values.getValue("n", number) || number != 705032704 || !values.getValue("s", string) ||
+                string != "x" || !values.getValue("b", flag) || !flag || values.getValue("absent", flag))
+                return false;
+            std::ostringstream stream;
+            qvbase::Reference<qvjson::JSONPrinter> printer;
+            return qvjson::jsonPrinterFactory(&stream, printer) && printer->printItem(root.get()) &&
+                   stream.str() == json;
+        });
+}
+
 TEST(JsonThreads, TakePartsOfOneParseEach)
 {
     // Parts of one tree belong to different threads afterwards, and are changed and let go there.
