@@ -149,6 +149,36 @@ TEST(ParserBytes, FindsSpecialBytesAmongSequences)
     }
 }
 
+TEST(ParserBytes, KeepsTakingSequencesThatAreCutOffAtAnyByte)
+{
+    // Whatever is due at the end, and wherever in a block the end is: truncation is no failure.
+    for (const std::string_view sequence :
+        {std::string_view("\xC3\xA4"), std::string_view("\xE2\x82\xAC"), std::string_view("\xF0\x9F\x98\x80"),
+            std::string_view("\xF8\x88\x80\x80\x80"), std::string_view("\xFD\xBF\xBF\xBF\xBF\xBF")})
+    {
+        for (std::size_t before = 0; before <= 34; ++before)
+        {
+            const std::string start = "[\"" + std::string(before, 'x');
+            for (std::size_t kept = 1; kept < sequence.size(); ++kept)
+            {
+                const std::string cut = start + std::string(sequence.substr(0, kept));
+                LoggingAcceptor acceptor;
+                VontalException record;
+                ASSERT_TRUE(jsonParse(text(cut), &acceptor, record)) << shown(cut);
+                ASSERT_EQ(acceptor.log, "begin array\n");
+                ASSERT_TRUE(agrees(cut));
+                // What is due does not come where the text goes on otherwise.
+                for (const char * const other : {"\"", "\"]", "x", "\\", "\xC3", "]               \""})
+                {
+                    VontalException failed;
+                    ASSERT_FALSE(jsonParse(text(cut + other), &acceptor, failed)) << shown(cut + other);
+                    ASSERT_TRUE(agrees(cut + other));
+                }
+            }
+        }
+    }
+}
+
 TEST(ParserBytes, FindsEveryByteAtEveryPlaceOfWhiteSpace)
 {
     const std::string_view blanks = " \t\n\r";
