@@ -3,17 +3,20 @@
 #include "json/bindingsupport.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
-// The operations of a bound class one by one, its fields, and its copies.
+// The operations of a bound class one by one, and its fields.
 
 namespace
 {
 
 using jsontest::Everything;
 using jsontest::make;
+using jsontest::MortalField;
 using jsontest::printed;
 using jsontest::read;
 using jsontest::readBadly;
@@ -203,23 +206,6 @@ TEST(JsonFields, TypesHaveTheirNumbers)
     static_assert(sizeof(JSONSerializable::JSONField::type) == 4);
 }
 
-/// A field that says when it dies.
-class MortalField : public JSONSerializable::JSONField
-{
-public:
-    MortalField(std::uint32_t fieldType, const char * fieldKey, void * fieldTarget, int & deaths)
-        : JSONField(fieldType, fieldKey, fieldTarget), deaths_(deaths)
-    {
-    }
-    ~MortalField() override
-    {
-        ++deaths_;
-    }
-
-private:
-    int & deaths_;
-};
-
 /// A class that declares fields which it is given, every time anew.
 class Custom : public JSONSerializable
 {
@@ -368,67 +354,77 @@ TEST(JsonFields, KeepsUnsignedLongAt32BitsWhateverItsNativeWidth)
     readBadly(*object, "{\"value\":4294967296}", "Failed to parse int: 4294967296");
 }
 
-// ---------------------------------------------------------------------------------------------------
-// Copies
-
-/// A class that can be copied.
-class Copied : public JSONSerializable
+/// A class with one number under a key.
+class OneKey : public JSONSerializable
 {
 public:
-    void jsonFieldsDeclare() override
+    explicit OneKey(std::string itsKey) : key(std::move(itsKey))
     {
-        if (isDeclared)
-            return;
-        isDeclared = true;
-        jsonFieldAdd("a", &a);
     }
 
-    using JSONSerializable::parseInt;
-    using JSONSerializable::parseKey;
+    void jsonFieldsDeclare() override
+    {
+        if (!std::exchange(isDeclared, true))
+            jsonFieldAdd(text(key), &number);
+    }
 
-    int a = 1;
+    std::string key;
+    int number = 0;
     bool isDeclared = false;
 };
 
-TEST(JsonCopies, KeepSettingTheMembersOfTheSource)
+TEST(JsonFields, KeysDifferInEveryByteAndInTheirLength)
 {
-    const auto source = make<Copied>();
-    read(*source, "{\"a\":2}");
-    const qvbase::Reference<Copied> copy =
-        new qvbase::ReferencedImpl<Copied>(static_cast<const Copied &>(*source));
-    EXPECT_EQ(copy->a, 2);
-    read(*copy, "{\"a\":3}");
-    EXPECT_EQ(source->a, 3);
-    EXPECT_EQ(copy->a, 2);
-    Vontal::u8string json;
-    EXPECT_TRUE(copy->toJson(json));
-    EXPECT_EQ(json, "{\"a\":3}");
-
-    const auto assigned = make<Copied>();
-    read(*assigned, "{\"a\":9}");
-    static_cast<Copied &>(*assigned) = *source;
-    read(*assigned, "{\"a\":4}");
-    EXPECT_EQ(source->a, 4);
-    EXPECT_EQ(assigned->a, 3);
+    // The longer keys are compared by words, of which the last two overlap.
+    for (std::size_t size = 0; size <= 25; ++size)
+    {
+        SCOPED_TRACE(size);
+        std::string key;
+        for (std::size_t i = 0; i < size; ++i)
+            key += static_cast<char>('a' + i);
+        const auto expect = [&key](const std::string & wanted, bool isFound)
+        {
+            const qvbase::Reference<OneKey> object = new qvbase::ReferencedImpl<OneKey>(key);
+            VontalException record;
+            EXPECT_EQ(object->fromJson(text("{\"" + wanted + "\":1}"), record), isFound) << wanted;
+            EXPECT_EQ(object->number, isFound ? 1 : 0);
+        };
+        expect(key, true);
+        expect(key + "x", false);
+        expect(key + "\\u0000", false);
+        for (std::size_t place = 0; place < size; ++place)
+        {
+            std::string other = key;
+            other[place] = 'A';
+            expect(other, false);
+            expect(key.substr(0, place), false);
+            expect(key.substr(place + 1), false);
+        }
+    }
 }
 
-TEST(JsonCopies, TakeTheStateOfTheParseAlong)
+TEST(JsonFields, AFieldKeepsItsFactoryProviderAndHolder)
 {
-    const auto source = make<Copied>();
-    EXPECT_TRUE(source->jsonBeginParse());
-    EXPECT_TRUE(source->parseKey("a"));
-    const qvbase::Reference<Copied> copy =
-        new qvbase::ReferencedImpl<Copied>(static_cast<const Copied &>(*source));
-    EXPECT_FALSE(copy->jsonBeginParse());
-    EXPECT_TRUE(copy->parseInt("5", 1));
-    EXPECT_EQ(source->a, 5);
-    EXPECT_TRUE(copy->jsonEndParse());
-    // The source has a state of its own.
-    EXPECT_FALSE(source->jsonEndParse());
-    const auto assigned = make<Copied>();
-    EXPECT_TRUE(assigned->jsonBeginParse());
-    static_cast<Copied &>(*assigned) = *source;
-    EXPECT_TRUE(assigned->jsonBeginParse());
+    std::weak_ptr<jsontest::InnerList> provider;
+    std::weak_ptr<jsontest::InnerHolder> holder;
+    {
+        const auto object = make<Everything>();
+        object->jsonFieldsDeclare();
+        provider = object->provider;
+        holder = object->holder;
+        const auto factory = object->factory;
+        object->provider = nullptr;
+        object->holder = nullptr;
+        object->factory = nullptr;
+        read(*object, "{\"provider\":[{\"n\":1}],\"holder\":{\"n\":2},\"referenced\":{\"n\":3}}");
+        ASSERT_FALSE(provider.expired());
+        ASSERT_FALSE(holder.expired());
+        EXPECT_EQ(provider.lock()->elements[0]->number, 1);
+        EXPECT_EQ(holder.lock()->object->number, 2);
+        EXPECT_EQ(factory->made[0]->number, 3);
+    }
+    EXPECT_TRUE(provider.expired());
+    EXPECT_TRUE(holder.expired());
 }
 
 } // namespace

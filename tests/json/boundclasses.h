@@ -233,6 +233,23 @@ protected:
     }
 };
 
+/// A field that says when it dies.
+class MortalField : public qvjson::JSONSerializable::JSONField
+{
+public:
+    MortalField(std::uint32_t fieldType, const char * fieldKey, void * fieldTarget, int & deaths)
+        : JSONField(fieldType, fieldKey, fieldTarget), deaths_(deaths)
+    {
+    }
+    ~MortalField() override
+    {
+        ++deaths_;
+    }
+
+private:
+    int & deaths_;
+};
+
 /// What is in an object that a factory, list or holder made.
 inline int numberOf(const qvjson::JSONSerializable * object)
 {
