@@ -7,10 +7,10 @@
 #include "VontalBase/json/Object.h"
 #include "VontalBase/json/jsonparse.h"
 
+#include "require.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
@@ -18,15 +18,8 @@
 namespace
 {
 
+using fuzzing::require;
 using ItemReference = qvbase::Reference<qvjson::Item>;
-
-void require(bool holds, const char * what)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
 
 bool parse(const Vontal::u8string & text, ItemReference & root)
 {

@@ -1,0 +1,20 @@
+/// @file
+/// What a fuzz target does where something does not hold.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace fuzzing
+{
+
+/// Ends the program with a message if the condition does not hold.
+inline void require(bool holds, const char * what)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "%s\n", what);
+    std::abort();
+}
+
+} // namespace fuzzing
