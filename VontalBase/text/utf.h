@@ -6,6 +6,8 @@
 /// many U+FFFD an ill-formed sequence gives.
 #pragma once
 
+#include "VontalBase/text/utfsteps.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,10 +17,12 @@ namespace Vontal
 {
 
 /// Replaces `destination` by the wide form of `source`. Zero bytes are converted like any other.
-void wideFromUtf8(std::string_view source, std::wstring & destination);
+void wideFromUtf8(
+    std::string_view source, std::wstring & destination, const UtfSteps & steps = bestUtfSteps());
 
 /// Replaces `destination` by the UTF-8 form of `source`. NUL units are converted like any other.
-void utf8FromWide(std::wstring_view source, std::string & destination);
+void utf8FromWide(
+    std::wstring_view source, std::string & destination, const UtfSteps & steps = bestUtfSteps());
 
 /// Writes a code point as UTF-8, up to four bytes, and returns how many. Surrogates are written like any
 /// other code point of their size.
