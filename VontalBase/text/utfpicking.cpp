@@ -94,7 +94,13 @@ VONTAL_PICKING inline Window windowAt(const unsigned char * p, __m128i before) n
     return {bytes, _mm_alignr_epi8(bytes, before, 15), _mm_alignr_epi8(bytes, before, 14)};
 }
 
-/// The second bytes that make a three-byte form too long or a surrogate.
+/// C0 and C1, which would begin a form of two bytes that is too long.
+VONTAL_PICKING inline __m128i wrongLeads(const Window & window) noexcept
+{
+    return _mm_cmpeq_epi8(_mm_and_si128(window.bytes, every(0xFE)), every(0xC0));
+}
+
+/// The second bytes that make a form of three bytes too long or a surrogate.
 VONTAL_PICKING inline __m128i wrongSeconds(const Window & window) noexcept
 {
     const __m128i isLow = _mm_cmplt_epi8(window.bytes, every(0xA0));
@@ -126,9 +132,11 @@ VONTAL_PICKING inline Masks look(const unsigned char * p) noexcept
         const Window window = windowAt(p + i, before);
         before = window.bytes;
         multibyte |= std::uint64_t{maskOf(window.bytes)} << i;
-        leads |= atLeast(window.bytes, 0xC2) << i;
+        leads |= atLeast(window.bytes, 0xC0) << i;
         leadsOf3 |= atLeast(window.bytes, 0xE0) << i;
-        others |= (atLeast(window.bytes, 0xF0) | maskOf(wrongSeconds(window))) << i;
+        others |=
+            (atLeast(window.bytes, 0xF0) | maskOf(_mm_or_si128(wrongLeads(window), wrongSeconds(window))))
+            << i;
     }
     const std::uint64_t continuations = multibyte & ~leads;
     return {multibyte, continuations, (continuations ^ (leads << 1 | leadsOf3 << 2)) | others};
@@ -201,10 +209,10 @@ VONTAL_PICKING inline void widenAsciiBlock(const unsigned char * p, wchar_t * to
     }
 }
 
-/// Converts what the quick way does not take, up to a place.
+/// Converts what the quick way does not take: up to a place, and on while characters of four bytes follow.
 void widenEach(Widening & at, const unsigned char * stop) noexcept
 {
-    while (at.p < stop)
+    while (at.p < stop || (at.p < at.stop && *at.p >= 0xF0))
     {
         const Decoded next = decodeFront(at.p, static_cast<std::size_t>(at.end - at.p));
         at.to = writeWide(next.codePoint, at.to);
