@@ -11,6 +11,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VONTALBASE_POISONS_DEAD_NODES
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define VONTALBASE_POISONS_DEAD_NODES
+#endif
+#if defined(VONTALBASE_POISONS_DEAD_NODES)
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace qvjson
 {
 
@@ -73,6 +84,15 @@ private:
 
 /// Gives back the memory of `count` users of one chunk.
 void leaveChunk(NodeChunk * chunk, std::uint32_t count) noexcept;
+
+/// Marks memory of an arena as given back though its chunk lives on, so that an address checker finds whoever
+/// still uses it. Without one it does nothing.
+inline void markDead([[maybe_unused]] void * memory, [[maybe_unused]] std::size_t bytes) noexcept
+{
+#if defined(VONTALBASE_POISONS_DEAD_NODES)
+    __asan_poison_memory_region(memory, bytes);
+#endif
+}
 
 /// The chunk of some memory that an arena handed out.
 inline NodeChunk * chunkOf(void * memory, std::uint16_t place) noexcept

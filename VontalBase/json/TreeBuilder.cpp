@@ -42,6 +42,7 @@ public:
             return;
         NodeChunk * const chunk = chunkOf(this, TreeAccess::place(*this));
         this->~ArenaNode();
+        markDead(this, sizeof(*this));
         leaveChunkSoon(chunk);
     }
 
