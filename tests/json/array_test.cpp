@@ -13,6 +13,7 @@
 namespace
 {
 
+using jsontest::copyOf;
 using jsontest::CountingItem;
 using jsontest::ItemReference;
 using jsontest::make;
@@ -237,11 +238,6 @@ TEST(JsonArray, GoesOnGrowingWhenAParseHasMadeIt)
 
 // ---------------------------------------------------------------------------------------------------
 // Copies
-
-ArrayReference copyOf(const Array & array)
-{
-    return new qvbase::ReferencedImpl<Array>(array);
-}
 
 TEST(JsonArray, KeepsCopiesSharingOneContainer)
 {

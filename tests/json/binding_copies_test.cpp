@@ -10,6 +10,7 @@
 namespace
 {
 
+using jsontest::copyOf;
 using jsontest::make;
 using jsontest::MortalField;
 using jsontest::read;
@@ -39,11 +40,6 @@ public:
     std::vector<int> list;
     bool isDeclared = false;
 };
-
-qvbase::Reference<Copied> copyOf(const Copied & object)
-{
-    return new qvbase::ReferencedImpl<Copied>(object);
-}
 
 TEST(JsonCopies, KeepSettingTheMembersOfTheSource)
 {

@@ -1,8 +1,8 @@
 #include "VontalBase/json/JSONPrinter.h"
 #include "VontalBase/json/JSONSerializable.h"
 
-#include "json/boundclasses.h"
-#include "json/jsonsupport.h"
+#include "json/RefusingPrinter.h"
+#include "json/bindingsupport.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -20,17 +20,12 @@ namespace
 using jsontest::BoundReference;
 using jsontest::Everything;
 using jsontest::make;
+using jsontest::printedJson;
+using jsontest::RefusingPrinter;
 using qvjson::JSONPrinter;
 using qvjson::JSONSerializable;
 
 using namespace std::string_literals;
-
-std::string printedJson(JSONSerializable & object)
-{
-    Vontal::u8string json;
-    EXPECT_TRUE(object.toJson(json));
-    return json;
-}
 
 TEST(JsonToText, PrintsMembersOfEveryTypeInTheOrderOfDeclaration)
 {
@@ -220,67 +215,6 @@ TEST(JsonToText, FailsWhereAnInnerObjectDoes)
     ofObjects->objects.emplace_back(make<Unprintable>());
     EXPECT_FALSE(ofObjects->toJson(json));
 }
-
-/// Writes its calls down and refuses one of them.
-class RefusingPrinter : public JSONPrinter
-{
-public:
-    bool printObjectBegin() override
-    {
-        return take("{");
-    }
-    bool printObjectEnd() override
-    {
-        return take("}");
-    }
-    bool printKey(Vontal::u8string const & key) override
-    {
-        return take("key " + key);
-    }
-    bool printString(Vontal::u8string const & string) override
-    {
-        return take("string " + string);
-    }
-    bool printNumber(Vontal::u8string const & digits) override
-    {
-        return take("number " + digits);
-    }
-    bool printInt(int value) override
-    {
-        return take("int " + std::to_string(value));
-    }
-    bool printItem(qvjson::Item * item) override
-    {
-        return take("item " + jsontest::printed(item));
-    }
-    bool printNull() override
-    {
-        return take("null");
-    }
-    bool printBool(bool value) override
-    {
-        return take(value ? "true" : "false");
-    }
-    bool printArrayBegin() override
-    {
-        return take("[");
-    }
-    bool printArrayEnd() override
-    {
-        return take("]");
-    }
-
-    /// Which call is refused, counted from 1; 0 for none.
-    std::size_t refused = 0;
-    std::vector<std::string> calls;
-
-private:
-    bool take(const std::string & call)
-    {
-        calls.push_back(call);
-        return calls.size() != refused;
-    }
-};
 
 TEST(JsonToText, EndsAtTheFirstTokenThatIsRefused)
 {

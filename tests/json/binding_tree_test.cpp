@@ -1,7 +1,6 @@
 #include "VontalBase/json/JSONSerializable.h"
 
-#include "json/boundclasses.h"
-#include "json/jsonsupport.h"
+#include "json/bindingsupport.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
@@ -16,6 +15,7 @@ namespace
 {
 
 using jsontest::Everything;
+using jsontest::fill;
 using jsontest::ItemReference;
 using jsontest::make;
 using jsontest::numberOf;
@@ -30,12 +30,6 @@ const std::string members =
     "\"list\":[\"b\",\"a\",\"b\"],\"ints\":[1,-2],\"wides\":[5000000000,-1],\"tree\":{\"a\":[1]},"
     "\"raw\":{\"n\":1},\"referenced\":{\"n\":2},\"objects\":[{\"n\":3},{\"n\":4}],"
     "\"provider\":[{\"n\":5},{\"n\":6}],\"holder\":{\"n\":7}";
-
-bool fill(Everything & object, const std::string & json)
-{
-    const ItemReference tree = jsontest::parsed(json);
-    return object.fromJson(static_cast<Object *>(*tree));
-}
 
 /// All members, with one of them replaced.
 bool fillWith(Everything & object, const std::string & key, const std::string & value)

@@ -20,10 +20,11 @@ namespace
 
 using jsontest::BoundReference;
 using jsontest::Everything;
+using jsontest::fill;
 using jsontest::Inner;
 using jsontest::InnerFactory;
 using jsontest::make;
-using jsontest::parsed;
+using jsontest::printedJson;
 using jsontest::read;
 using jsontest::readBadly;
 using qvjson::JSONPrinter;
@@ -31,19 +32,6 @@ using qvjson::JSONSerializable;
 using qvjson::Object;
 
 using namespace std::string_literals;
-
-bool fill(JSONSerializable & object, const std::string & json)
-{
-    const jsontest::ItemReference tree = parsed(json);
-    return object.fromJson(static_cast<Object *>(*tree));
-}
-
-std::string printedJson(JSONSerializable & object)
-{
-    Vontal::u8string json;
-    EXPECT_TRUE(object.toJson(json));
-    return json;
-}
 
 // ---------------------------------------------------------------------------------------------------
 // Fields that are declared in the middle of a walk

@@ -33,4 +33,19 @@ inline void readBadly(
     expectFailures(record, {failure, scanned, restored});
 }
 
+/// Reads the tree of a text that must be JSON.
+inline bool fill(qvjson::JSONSerializable & object, const std::string & json)
+{
+    const ItemReference tree = parsed(json);
+    return object.fromJson(static_cast<qvjson::Object *>(*tree));
+}
+
+/// An object that must be printable, as text.
+inline std::string printedJson(qvjson::JSONSerializable & object)
+{
+    Vontal::u8string json;
+    EXPECT_TRUE(object.toJson(json));
+    return json;
+}
+
 } // namespace jsontest

@@ -39,6 +39,20 @@ qvbase::Reference<Node> make()
     return new qvbase::ReferencedImpl<Node>;
 }
 
+/// A copy of a node or bound object, held.
+template <class Node>
+qvbase::Reference<Node> copyOf(const Node & node)
+{
+    return new qvbase::ReferencedImpl<Node>(node);
+}
+
+/// What has been moved out of a node, held.
+template <class Node>
+qvbase::Reference<Node> movedFrom(Node & node)
+{
+    return new qvbase::ReferencedImpl<Node>(static_cast<Node &&>(node));
+}
+
 inline qvbase::Reference<qvjson::ValueString> makeString(std::string_view text)
 {
     auto node = make<qvjson::ValueString>();

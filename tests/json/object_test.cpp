@@ -16,6 +16,7 @@
 namespace
 {
 
+using jsontest::copyOf;
 using jsontest::CountingItem;
 using jsontest::ItemMap;
 using jsontest::ItemReference;
@@ -595,11 +596,6 @@ TEST(JsonObject, ReplacingWorksInEveryForm)
 
 // ---------------------------------------------------------------------------------------------------
 // Copies
-
-ObjectReference copyOf(const Object & object)
-{
-    return new qvbase::ReferencedImpl<Object>(object);
-}
 
 TEST(JsonObject, KeepsCopiesSharingOneMap)
 {

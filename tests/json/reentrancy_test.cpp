@@ -13,6 +13,7 @@
 namespace
 {
 
+using jsontest::copyOf;
 using jsontest::CountingItem;
 using jsontest::ItemReference;
 using jsontest::make;
@@ -357,8 +358,7 @@ TEST(JsonTreeInTheMaking, CopiesShareWhatComesLater)
 {
     JSONTreeParser parser;
     ASSERT_TRUE(parser.parserBeginArray());
-    const qvbase::Reference<Array> copy =
-        new qvbase::ReferencedImpl<Array>(static_cast<const Array &>(arrayOf(parser.root())));
+    const auto copy = copyOf<Array>(arrayOf(parser.root()));
     EXPECT_TRUE(parser.parseInt("1", 1));
     copy->add(makeInt("2"));
     EXPECT_TRUE(parser.parserEndArray());

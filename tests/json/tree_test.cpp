@@ -12,12 +12,14 @@
 namespace
 {
 
+using jsontest::copyOf;
 using jsontest::CountingItem;
 using jsontest::ItemReference;
 using jsontest::make;
 using jsontest::makeBool;
 using jsontest::makeInt;
 using jsontest::makeString;
+using jsontest::movedFrom;
 using qvjson::Array;
 using qvjson::Item;
 using qvjson::Object;
@@ -397,12 +399,10 @@ TEST(JsonLeaves, AreCopiedAndMovedLikeValues)
     for (const std::string & bytes : {"short"s, std::string(200, 'l')})
     {
         const auto source = makeString(bytes);
-        const qvbase::Reference<ValueString> copy =
-            new qvbase::ReferencedImpl<ValueString>(static_cast<const ValueString &>(*source));
+        const auto copy = copyOf<ValueString>(*source);
         source->set("other", 5);
         EXPECT_EQ(copy->getValue(), bytes);
-        const qvbase::Reference<ValueString> moved =
-            new qvbase::ReferencedImpl<ValueString>(static_cast<ValueString &&>(*copy));
+        const auto moved = movedFrom<ValueString>(*copy);
         EXPECT_EQ(moved->getValue(), bytes);
         *source = *moved;
         EXPECT_EQ(source->getValue(), bytes);
@@ -411,22 +411,19 @@ TEST(JsonLeaves, AreCopiedAndMovedLikeValues)
     }
 
     const auto number = makeInt("5000000000");
-    const qvbase::Reference<ValueInt> numberCopy =
-        new qvbase::ReferencedImpl<ValueInt>(static_cast<const ValueInt &>(*number));
+    const auto numberCopy = copyOf<ValueInt>(*number);
     EXPECT_EQ(numberCopy->getInt64(), 5000000000);
     *numberCopy = *makeInt("1");
     EXPECT_EQ(numberCopy->getInt64(), 1);
     EXPECT_EQ(number->getInt64(), 5000000000);
 
     const auto flag = makeBool(true);
-    const qvbase::Reference<ValueBool> flagCopy =
-        new qvbase::ReferencedImpl<ValueBool>(static_cast<const ValueBool &>(*flag));
+    const auto flagCopy = copyOf<ValueBool>(*flag);
     EXPECT_TRUE(flagCopy->getValue());
     *flagCopy = *makeBool(false);
     EXPECT_FALSE(flagCopy->getValue());
 
-    const qvbase::Reference<ValueNull> nullCopy =
-        new qvbase::ReferencedImpl<ValueNull>(static_cast<const ValueNull &>(*make<ValueNull>()));
+    const auto nullCopy = copyOf<ValueNull>(*make<ValueNull>());
     EXPECT_EQ(nullCopy->getType(), qvjson::TypeNull);
 }
 
@@ -436,14 +433,11 @@ TEST(JsonLeaves, CopiesOfParsedLeavesOutliveTheTree)
     Array & array = *static_cast<Array *>(*root);
     ItemReference item;
     ASSERT_TRUE(array.getItem(0, item));
-    const qvbase::Reference<ValueString> large = new qvbase::ReferencedImpl<ValueString>(
-        static_cast<const ValueString &>(*static_cast<ValueString *>(*item)));
+    const auto large = copyOf<ValueString>(*static_cast<ValueString *>(*item));
     ASSERT_TRUE(array.getItem(1, item));
-    const qvbase::Reference<ValueString> small = new qvbase::ReferencedImpl<ValueString>(
-        static_cast<const ValueString &>(*static_cast<ValueString *>(*item)));
+    const auto small = copyOf<ValueString>(*static_cast<ValueString *>(*item));
     ASSERT_TRUE(array.getItem(2, item));
-    const qvbase::Reference<ValueInt> number =
-        new qvbase::ReferencedImpl<ValueInt>(static_cast<const ValueInt &>(*static_cast<ValueInt *>(*item)));
+    const auto number = copyOf<ValueInt>(*static_cast<ValueInt *>(*item));
     item = nullptr;
     root = nullptr;
     EXPECT_EQ(large->getValue(), std::string(300, 'p'));
@@ -460,8 +454,7 @@ TEST(JsonLeaves, TextsMovedOutOfAParsedTreeOutliveIt)
         ItemReference root = jsontest::parsed("[\"" + bytes + "\",\"" + bytes + "\"]");
         ItemReference item;
         ASSERT_TRUE(static_cast<Array *>(*root)->getItem(0, item));
-        const qvbase::Reference<ValueString> made = new qvbase::ReferencedImpl<ValueString>(
-            static_cast<ValueString &&>(*static_cast<ValueString *>(*item)));
+        const auto made = movedFrom<ValueString>(*static_cast<ValueString *>(*item));
         ASSERT_TRUE(static_cast<Array *>(*root)->getItem(1, item));
         const auto assigned = makeString("before");
         static_cast<ValueString &>(*assigned) =
@@ -492,9 +485,8 @@ void expectParsedLeafIsAValue(const std::string & leaf, const std::string & othe
     const auto first = leafAt<Leaf>(root, 0);
     const auto fromCopy = leafAt<Leaf>(root, 2);
     const auto fromMove = leafAt<Leaf>(root, 3);
-    const qvbase::Reference<Leaf> copy = new qvbase::ReferencedImpl<Leaf>(static_cast<const Leaf &>(*first));
-    const qvbase::Reference<Leaf> moved =
-        new qvbase::ReferencedImpl<Leaf>(static_cast<Leaf &&>(*leafAt<Leaf>(root, 1)));
+    const auto copy = copyOf<Leaf>(*first);
+    const auto moved = movedFrom<Leaf>(*leafAt<Leaf>(root, 1));
     // Nodes that lie elsewhere in the memory of the parse stay where they are.
     static_cast<Leaf &>(*fromCopy) = static_cast<const Leaf &>(*first);
     static_cast<Leaf &>(*fromMove) = static_cast<Leaf &&>(*leafAt<Leaf>(root, 4));

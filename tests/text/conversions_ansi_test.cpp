@@ -3,6 +3,7 @@
 #include "VontalBase/text/conversions.h"
 #include "VontalBase/text/u8string.h"
 
+#include "text/bothforms.h"
 #include "text/utforacle.h"
 #include "text/wide.h"
 
@@ -23,39 +24,18 @@ using Vontal::c_u8acp;
 /// Both overloads of the two conversions out of the code page.
 void expectOutOfAnsi(const std::string & ansi, const std::u16string & expected)
 {
-    std::wstring units = L"what was here before";
-    EXPECT_TRUE(c_acpu16(units, ansi.c_str()));
-    EXPECT_EQ(units, wide(expected));
-    units = L"what was here before";
-    EXPECT_TRUE(c_acpu16(units, ansi));
-    EXPECT_EQ(units, wide(expected));
-
-    const std::string expectedUtf8 = utforacle::utf8FromWide(wide(expected));
-    std::string utf8 = "what was here before";
-    EXPECT_TRUE(c_acpu8(utf8, ansi.c_str()));
-    EXPECT_EQ(utf8, expectedUtf8);
-    utf8 = "what was here before";
-    EXPECT_TRUE(c_acpu8(utf8, ansi));
-    EXPECT_EQ(utf8, expectedUtf8);
+    expectBothForms(
+        ansi, wide(expected), [](std::wstring & to, const auto & from) { return c_acpu16(to, from); });
+    expectBothForms(ansi, utforacle::utf8FromWide(wide(expected)),
+        [](std::string & to, const auto & from) { return c_acpu8(to, from); });
 }
 
 /// Both overloads of the two conversions into the code page.
 void expectIntoAnsi(const std::wstring & units, const std::string & expected)
 {
-    std::string ansi = "what was here before";
-    EXPECT_TRUE(c_u16acp(ansi, units.c_str()));
-    EXPECT_EQ(ansi, expected);
-    ansi = "what was here before";
-    EXPECT_TRUE(c_u16acp(ansi, units));
-    EXPECT_EQ(ansi, expected);
-
-    const std::string utf8 = utforacle::utf8FromWide(units);
-    ansi = "what was here before";
-    EXPECT_TRUE(c_u8acp(ansi, utf8.c_str()));
-    EXPECT_EQ(ansi, expected);
-    ansi = "what was here before";
-    EXPECT_TRUE(c_u8acp(ansi, utf8));
-    EXPECT_EQ(ansi, expected);
+    expectBothForms(units, expected, [](std::string & to, const auto & from) { return c_u16acp(to, from); });
+    expectBothForms(utforacle::utf8FromWide(units), expected,
+        [](std::string & to, const auto & from) { return c_u8acp(to, from); });
 }
 
 /// The characters of the bytes 0x80 to 0x9F. The five that the code page leaves open stand for the control

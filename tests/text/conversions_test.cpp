@@ -3,6 +3,7 @@
 #include "VontalBase/text/pstring.h"
 #include "VontalBase/text/u8string.h"
 
+#include "text/bothforms.h"
 #include "text/utforacle.h"
 #include "text/wide.h"
 
@@ -23,23 +24,13 @@ using Vontal::c_u8u16;
 /// Both overloads of `c_u8u16` give `expected`, also into a destination that held text.
 void expectWide(const std::string & bytes, const std::wstring & expected)
 {
-    std::wstring destination = L"what was here before";
-    EXPECT_TRUE(c_u8u16(destination, bytes.c_str()));
-    EXPECT_EQ(destination, expected);
-    destination = L"what was here before";
-    EXPECT_TRUE(c_u8u16(destination, bytes));
-    EXPECT_EQ(destination, expected);
+    expectBothForms(bytes, expected, [](std::wstring & to, const auto & from) { return c_u8u16(to, from); });
 }
 
 /// Both overloads of `c_u16u8` give `expected`, also into a destination that held text.
 void expectUtf8(const std::wstring & units, const std::string & expected)
 {
-    std::string destination = "what was here before";
-    EXPECT_TRUE(c_u16u8(destination, units.c_str()));
-    EXPECT_EQ(destination, expected);
-    destination = "what was here before";
-    EXPECT_TRUE(c_u16u8(destination, units));
-    EXPECT_EQ(destination, expected);
+    expectBothForms(units, expected, [](std::string & to, const auto & from) { return c_u16u8(to, from); });
 }
 
 struct Row

@@ -212,8 +212,7 @@ TEST(JsonTorture, BuildingArraysByHand)
                 array->add(nullptr);
                 EXPECT_EQ(array->getLength(), 2 * i + 2);
             }
-            const qvbase::Reference<Array> copy =
-                new qvbase::ReferencedImpl<Array>(static_cast<const Array &>(*array));
+            const auto copy = jsontest::copyOf<Array>(*array);
             copy->add(make<qvjson::ValueNull>());
             EXPECT_EQ(array->getLength(), 201U);
         });
@@ -242,8 +241,7 @@ TEST(JsonTorture, BuildingObjectsByHand)
                 }
             }
             object->addKey("pending of more than fifteen bytes");
-            const qvbase::Reference<Object> copy =
-                new qvbase::ReferencedImpl<Object>(static_cast<const Object &>(*object));
+            const auto copy = jsontest::copyOf<Object>(*object);
             copy->add("another key of more than fifteen bytes", nullptr);
             ItemReference item;
             EXPECT_TRUE(object->getItem("another key of more than fifteen bytes", item));
