@@ -351,7 +351,14 @@ TEST(JsonFields, KeepsUnsignedLongAt32BitsWhateverItsNativeWidth)
     EXPECT_EQ(object->value, 7UL);
     EXPECT_TRUE(object->toJson(json));
     EXPECT_EQ(json, "{\"value\":7}");
+    // What is above 32 bits, where there is room for it, is not printed, and goes with the next number.
+    object->value = static_cast<unsigned long>(0x500000009U);
+    EXPECT_TRUE(object->toJson(json));
+    EXPECT_EQ(json, "{\"value\":9}");
+    read(*object, "{\"value\":10}");
+    EXPECT_EQ(object->value, 10UL);
     readBadly(*object, "{\"value\":4294967296}", "Failed to parse int: 4294967296");
+    EXPECT_EQ(object->value, 10UL);
 }
 
 /// A class with one number under a key.

@@ -27,23 +27,7 @@ using qvjson::JSONSerializableArrayProviderInterface;
 using qvjson::JSONSerializableFactory;
 using testsupport::slotsOfDestructor;
 using testsupport::virtualSlot;
-
-/// Adds an operation behind those of a class.
-template <class Class>
-class Extended : public Class
-{
-public:
-    virtual void next()
-    {
-    }
-};
-
-/// How many slots the operations of a class take.
-template <class Class>
-std::size_t slotsOf()
-{
-    return virtualSlot(&Extended<Class>::next);
-}
+using testsupport::virtualSlots;
 
 TEST(JsonVirtuals, OfItems)
 {
@@ -56,18 +40,18 @@ TEST(JsonVirtuals, OfItems)
 
 TEST(JsonVirtuals, OfNodesAreThoseOfItems)
 {
-    EXPECT_EQ(slotsOf<qvjson::Array>(), 5U);
-    EXPECT_EQ(slotsOf<qvjson::ValueBool>(), 5U);
-    EXPECT_EQ(slotsOf<qvjson::ValueInt>(), 5U);
-    EXPECT_EQ(slotsOf<qvjson::ValueNull>(), 5U);
-    EXPECT_EQ(slotsOf<qvjson::ValueString>(), 5U);
+    EXPECT_EQ(virtualSlots<qvjson::Array>(), 5U);
+    EXPECT_EQ(virtualSlots<qvjson::ValueBool>(), 5U);
+    EXPECT_EQ(virtualSlots<qvjson::ValueInt>(), 5U);
+    EXPECT_EQ(virtualSlots<qvjson::ValueNull>(), 5U);
+    EXPECT_EQ(virtualSlots<qvjson::ValueString>(), 5U);
     EXPECT_EQ(virtualSlot(&qvjson::ValueInt::equals), 4U);
 }
 
 TEST(JsonVirtuals, ObjectsAddTheirDestructor)
 {
     EXPECT_EQ(virtualSlot(&qvjson::Object::equals), 4U);
-    EXPECT_EQ(slotsOf<qvjson::Object>(), 5U + slotsOfDestructor);
+    EXPECT_EQ(virtualSlots<qvjson::Object>(), 5U + slotsOfDestructor);
     static_assert(std::has_virtual_destructor_v<qvjson::Object>);
     static_assert(!std::has_virtual_destructor_v<Item>);
 }
@@ -87,7 +71,7 @@ TEST(JsonVirtuals, OfPrinters)
     EXPECT_EQ(virtualSlot(&JSONPrinter::printBool), 10U);
     EXPECT_EQ(virtualSlot(&JSONPrinter::printArrayBegin), 11U);
     EXPECT_EQ(virtualSlot(&JSONPrinter::printArrayEnd), 12U);
-    EXPECT_EQ(slotsOf<JSONPrinter>(), 13U);
+    EXPECT_EQ(virtualSlots<JSONPrinter>(), 13U);
     static_assert(std::is_base_of_v<qvbase::ReferencedObject, JSONPrinter>);
     static_assert(sizeof(JSONPrinter) == sizeof(void *), "it has no fields");
 }
@@ -104,7 +88,7 @@ TEST(JsonVirtuals, OfAcceptors)
     EXPECT_EQ(virtualSlot(&JSONParserAcceptor::parseNull), 7U);
     EXPECT_EQ(virtualSlot(&JSONParserAcceptor::parserBeginArray), 8U);
     EXPECT_EQ(virtualSlot(&JSONParserAcceptor::parserEndArray), 9U);
-    EXPECT_EQ(slotsOf<JSONParserAcceptor>(), 10U);
+    EXPECT_EQ(virtualSlots<JSONParserAcceptor>(), 10U);
     static_assert(sizeof(JSONParserAcceptor) == sizeof(void *), "it has no fields");
     static_assert(std::is_base_of_v<JSONParserAcceptor, qvjson::JSONTreeParser>);
 }
@@ -139,7 +123,7 @@ TEST(JsonVirtuals, OfBoundClasses)
     EXPECT_EQ(virtualSlot(static_cast<ToPrinter>(&JSONSerializable::toJson)), own + 7);
     EXPECT_EQ(virtualSlot(&JSONSerializable::jsonBeginParse), own + 8);
     EXPECT_EQ(virtualSlot(&JSONSerializable::jsonEndParse), own + 9);
-    EXPECT_EQ(slotsOf<JSONSerializable>(), own + 10);
+    EXPECT_EQ(virtualSlots<JSONSerializable>(), own + 10);
     static_assert(std::has_virtual_destructor_v<JSONSerializable>);
 }
 
@@ -159,7 +143,7 @@ TEST(JsonVirtuals, OfFactories)
     EXPECT_EQ(virtualSlot(&JSONSerializableFactory::addRef), 0U);
     EXPECT_EQ(virtualSlot(&JSONSerializableFactory::release), 1U);
     EXPECT_EQ(virtualSlot(&JSONSerializableFactory::createObject), 2U);
-    EXPECT_EQ(slotsOf<JSONSerializableFactory>(), 3U);
+    EXPECT_EQ(virtualSlots<JSONSerializableFactory>(), 3U);
 }
 
 TEST(JsonVirtuals, OfArrayProviders)
@@ -170,7 +154,7 @@ TEST(JsonVirtuals, OfArrayProviders)
     EXPECT_EQ(virtualSlot(&JSONSerializableArrayProviderInterface::getElement), 3U);
     EXPECT_EQ(virtualSlot(&JSONSerializableArrayProviderInterface::removeLastElement), 4U);
     EXPECT_EQ(virtualSlot(&JSONSerializableArrayProviderInterface::getSize), 5U);
-    EXPECT_EQ(slotsOf<JSONSerializableArrayProviderInterface>(), 6U);
+    EXPECT_EQ(virtualSlots<JSONSerializableArrayProviderInterface>(), 6U);
 }
 
 TEST(JsonVirtuals, OfHoldersOfOneObject)
@@ -178,7 +162,7 @@ TEST(JsonVirtuals, OfHoldersOfOneObject)
     EXPECT_EQ(virtualSlot(&JSONRefObjInterface::parserBeginObject), 0U);
     EXPECT_EQ(virtualSlot(&JSONRefObjInterface::createObject), 1U);
     EXPECT_EQ(virtualSlot(&JSONRefObjInterface::get), 2U);
-    EXPECT_EQ(slotsOf<JSONRefObjInterface>(), 3U);
+    EXPECT_EQ(virtualSlots<JSONRefObjInterface>(), 3U);
 }
 
 } // namespace

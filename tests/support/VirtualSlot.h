@@ -23,4 +23,21 @@ std::size_t virtualSlot(Pointer member)
     return static_cast<std::size_t>(words[0] - 1) / sizeof(void *);
 }
 
+/// A class with one operation more.
+template <class Class>
+class WithNextOperation : public Class
+{
+public:
+    virtual void nextOperation()
+    {
+    }
+};
+
+/// How many slots the virtual table of a class has.
+template <class Class>
+std::size_t virtualSlots()
+{
+    return virtualSlot(&WithNextOperation<Class>::nextOperation);
+}
+
 } // namespace testsupport
