@@ -5,8 +5,11 @@
 
 #include "VontalBase/json/JSONParserAcceptor.h"
 #include "VontalBase/json/TreeBuilder.h"
+#include "VontalBase/text/shortbytes.h"
 #include "VontalBase/text/u8string.h"
 
+#include <array>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 #include <vector>
@@ -19,6 +22,34 @@ constexpr bool isTellable(std::string_view text) noexcept
 {
     return text.size() <= std::numeric_limits<unsigned int>::max();
 }
+
+/// Makes keys into strings. There is one for each short length, because a string is quicker to overwrite than
+/// to assign to.
+class KeyString
+{
+public:
+    KeyString()
+    {
+        for (std::size_t length = 0; length < m_short.size(); ++length)
+            m_short[length].resize(length);
+    }
+
+    const Vontal::u8string & of(std::string_view key)
+    {
+        if (key.size() >= m_short.size())
+        {
+            m_long.assign(key);
+            return m_long;
+        }
+        Vontal::u8string & text = m_short[key.size()];
+        Vontal::copyShort(text.data(), key.data(), key.size());
+        return text;
+    }
+
+private:
+    std::array<Vontal::u8string, 16> m_short;
+    Vontal::u8string m_long;
+};
 
 /// Gives events to a stack of acceptors.
 class AcceptorStack
@@ -73,8 +104,7 @@ public:
     }
     bool key(std::string_view text)
     {
-        m_key.assign(text);
-        return top().parseKey(m_key);
+        return top().parseKey(m_keys.of(text));
     }
     bool boolean(bool value)
     {
@@ -92,7 +122,7 @@ private:
     }
 
     std::vector<JSONParserAcceptor *> m_acceptors;
-    Vontal::u8string m_key;
+    KeyString m_keys;
 };
 
 /// Gives events to the builder of a tree, as if it were the one acceptor.

@@ -37,4 +37,27 @@ inline bool isSameText(std::string_view a, std::string_view b) noexcept
     return areSame(std::uint64_t{}, size - 8);
 }
 
+/// Copies a run of up to 16 bytes.
+inline void copyShort(char * to, const char * from, std::size_t size) noexcept
+{
+    // Two words that overlap make any length between one word and two.
+    const auto copyEnds = [to, from, size]<class Word>(Word)
+    {
+        Word front = 0;
+        Word back = 0;
+        std::memcpy(&front, from, sizeof(Word));
+        std::memcpy(&back, from + size - sizeof(Word), sizeof(Word));
+        std::memcpy(to, &front, sizeof(Word));
+        std::memcpy(to + size - sizeof(Word), &back, sizeof(Word));
+    };
+    if (size >= 8)
+        return copyEnds(std::uint64_t{});
+    if (size >= 4)
+        return copyEnds(std::uint32_t{});
+    if (size >= 2)
+        return copyEnds(std::uint16_t{});
+    if (size == 1)
+        *to = *from;
+}
+
 } // namespace Vontal
