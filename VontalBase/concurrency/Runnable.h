@@ -8,7 +8,8 @@ namespace qvbase
 {
 
 /// Work for `Thread::execute`. A concrete class is made through `ReferencedImplMT`, since the thread that
-/// starts it and the thread that runs it both count.
+/// starts it and the thread that runs it both count. The running thread holds one reference; if that is the
+/// last one, the object is destroyed on that thread, right after `run`.
 class Runnable : public ReferencedObject
 {
 public:
@@ -18,7 +19,7 @@ public:
     Runnable & operator=(const Runnable &) = default;
     Runnable & operator=(Runnable &&) noexcept = default;
 
-    /// The work. An exception that leaves it ends the process.
+    /// The work, called once for each start, on the new thread. An exception that leaves it ends the process.
     virtual void run() = 0;
 
 protected:

@@ -33,7 +33,7 @@ public:
     /// Kept: copies the members as they stand, as the copy constructor does.
     ThreadMutex & operator=(const ThreadMutex & other) = default;
     /// Gives the lock back as many times as it is held, and then deletes it. A lock that other objects
-    /// share through copying lives on in them.
+    /// share through copying lives on in them. No other thread may hold it or wait for it.
     virtual ~ThreadMutex();
 
     /// Waits until the lock is free or the caller's own, and takes it once.

@@ -9,7 +9,10 @@ namespace qvbase
 
 class ThreadMutex;
 
-/// Holds a `ThreadMutex` until the end of a scope. It belongs to the thread that made it.
+/// Holds a `ThreadMutex` until the end of a scope.
+///
+/// It remembers whether it holds the lock, but not how many times: its destructor gives one hold back. Taking
+/// and giving back go through the virtual operations of the lock. A guard belongs to the thread that made it.
 class VONTALBASE_API ThreadMutexGuard
 {
 public:
@@ -28,11 +31,11 @@ public:
     /// Gives the lock back if the guard believes that it holds it.
     virtual ~ThreadMutexGuard();
 
-    /// Takes the lock.
+    /// Waits for the lock and takes it once more, whether or not the guard holds it already.
     virtual void acquire();
-    /// Gives the lock back once.
+    /// Gives the lock back once, whether or not the guard holds it: the calling thread must.
     virtual void release();
-    /// Forgets the hold and leaves the lock as it is.
+    /// Forgets the hold and leaves the lock as it is, for somebody else to give back.
     virtual void detach();
 
 private:

@@ -9,7 +9,7 @@
 namespace qvjson
 {
 
-/// Makes the objects of a field.
+/// Makes the objects of a field. The field holds a reference to it.
 class JSONSerializableFactory : public qvbase::ReferencedObject
 {
 public:
@@ -22,7 +22,9 @@ protected:
     ~JSONSerializableFactory() = default;
 };
 
-/// Keeps the objects of a list, in a form of the application's own.
+/// Keeps the objects of a list, in a form of the application's own. The field shares its ownership. None of
+/// the objects that it hands out as plain pointers is counted by the library, so it keeps them until the
+/// parse ends.
 class JSONSerializableArrayProviderInterface
 {
 public:
@@ -49,7 +51,8 @@ protected:
     ~JSONSerializableArrayProviderInterface() = default;
 };
 
-/// Keeps one object, in a form of the application's own.
+/// Keeps one object, in a form of the application's own. The field shares its ownership. None of the objects
+/// that it hands out is counted by the library, so it keeps them until the parse or the printing ends.
 class JSONRefObjInterface
 {
 public:

@@ -3,8 +3,9 @@
 ///
 /// They are scanners of their own, not wrappers of the standard conversions: their accepted forms
 /// and their results on failure are what callers rely on. The wide and narrow forms behave alike, and
-/// only ASCII digits count. The result is given on failure as well: it is what had been read so far.
-/// None of them throws, asks the locale or keeps state, so any thread may call them.
+/// only ASCII digits count. A zero character is a character like any other. The result is given on failure as
+/// well: it is what had been read so far. None of them throws, asks the locale or keeps state, so any thread
+/// may call them.
 #pragma once
 
 #include "VontalBase/export.h"
@@ -54,7 +55,8 @@ VONTALBASE_API ulong32 string2ULong(const std::string & text, bool & ok);
 VONTALBASE_API ulong32 string2ULong(const std::wstring & text, bool & ok);
 
 /// Reads a real number: digits with one comma or point among them, no exponent. A minus sign turns
-/// the sign wherever it stands before the separator.
+/// the sign wherever it stands before the separator. A second separator, a minus sign behind the first one
+/// and anything else end the reading.
 ///
 /// The fraction is added digit by digit, so its last bits can differ from a correctly rounded result.
 ///

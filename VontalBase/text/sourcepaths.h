@@ -9,7 +9,8 @@ namespace qvbase
 
 /// Cuts the build root from a source path.
 ///
-/// Two build roots are known and tried in a fixed order. They match without regard to ASCII letter
+/// Two build roots are known: "C:/Mirsa/Vontal/vontal.git" and "C:/Mirsa/vontal.release64", tried in this
+/// order. They match without regard to ASCII letter
 /// case and to the kind of slash, and only as whole path components. A path that is nothing but a
 /// build root, with or without slashes behind it, is not shortened.
 ///
