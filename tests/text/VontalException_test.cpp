@@ -469,9 +469,10 @@ TEST(VontalException, AppendsWithoutAskingAnOverrideOfAdd)
 {
     Noting record;
     VontalException & plain = record;
-    plain.append(recordOf({"1", "2"}));
+    plain.append(recordOf({"1"}));
+    plain.append(recordOf({"2", "3"}));
     EXPECT_EQ(record.log, "");
-    EXPECT_EQ(record.format(), "f:1: 1\nf:1: 2");
+    EXPECT_EQ(record.format(), "f:1: 1\nf:1: 2\nf:1: 3");
 }
 
 constexpr int entriesOfALongChain = 1'000'000;
