@@ -1,0 +1,78 @@
+#include "VontalBase/platform/clock.h"
+
+#ifdef VONTALBASE_FAULT_GATES
+#include <atomic>
+#include <limits>
+#endif
+
+namespace platform
+{
+
+#ifdef VONTALBASE_FAULT_GATES
+
+namespace
+{
+
+constexpr std::int64_t notSet = std::numeric_limits<std::int64_t>::min();
+
+// Relaxed throughout: a clock must not order the memory accesses of the threads that read it.
+std::atomic<std::int64_t> localClock{notSet};
+std::atomic<std::uint64_t> fileTimeClock{0};
+
+} // namespace
+
+void setLocalNow(const CivilTime & time) noexcept
+{
+    localClock.store(millisecondsSince1970(time), std::memory_order_relaxed);
+}
+
+void setFileTimeNow(std::uint64_t units) noexcept
+{
+    fileTimeClock.store(units, std::memory_order_relaxed);
+}
+
+void resetClocks() noexcept
+{
+    localClock.store(notSet, std::memory_order_relaxed);
+    fileTimeClock.store(0, std::memory_order_relaxed);
+}
+
+CivilTime localNow() noexcept
+{
+    const std::int64_t milliseconds = localClock.load(std::memory_order_relaxed);
+    return milliseconds == notSet ? systemLocalNow() : civilTime(milliseconds);
+}
+
+std::uint64_t fileTimeNow() noexcept
+{
+    const std::uint64_t units = fileTimeClock.load(std::memory_order_relaxed);
+    return units == 0 ? systemFileTimeNow() : units;
+}
+
+#else
+
+CivilTime localNow() noexcept
+{
+    return systemLocalNow();
+}
+
+std::uint64_t fileTimeNow() noexcept
+{
+    return systemFileTimeNow();
+}
+
+#endif
+
+CivilTime utcNow() noexcept
+{
+    constexpr std::int64_t unitsOfMillisecond = fileTimeUnits / 1000;
+    const std::int64_t since1601 = static_cast<std::int64_t>(fileTimeNow() / unitsOfMillisecond);
+    return civilTime(since1601 - secondsFrom1601To1970 * 1000);
+}
+
+std::int64_t secondsSince1970() noexcept
+{
+    return static_cast<std::int64_t>(fileTimeNow() / fileTimeUnits) - secondsFrom1601To1970;
+}
+
+} // namespace platform

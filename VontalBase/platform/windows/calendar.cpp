@@ -1,0 +1,21 @@
+#include "VontalBase/platform/calendar.h"
+
+#include "VontalBase/platform/windows/windows_headers.h"
+
+#include <time.h>
+
+namespace platform
+{
+
+bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept
+{
+    time = {};
+    const __time64_t moment = seconds;
+    if (_gmtime64_s(&time, &moment) == 0)
+        return true;
+    // The system fills a refused one with -1.
+    time = {};
+    return false;
+}
+
+} // namespace platform

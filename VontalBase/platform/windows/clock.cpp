@@ -1,0 +1,22 @@
+#include "VontalBase/platform/clock.h"
+
+#include "VontalBase/platform/windows/windows_headers.h"
+
+namespace platform
+{
+
+CivilTime systemLocalNow() noexcept
+{
+    SYSTEMTIME now{};
+    GetLocalTime(&now);
+    return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
+}
+
+std::uint64_t systemFileTimeNow() noexcept
+{
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
+}
+
+} // namespace platform

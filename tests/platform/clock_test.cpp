@@ -1,0 +1,107 @@
+#include "VontalBase/platform/clock.h"
+
+#include <chrono>
+#include <cstdint>
+#include <ctime>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using platform::CivilTime;
+
+std::int64_t standardNow()
+{
+    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
+}
+
+/// Gives the clocks back to the system in the end.
+class PlatformClock : public testing::Test
+{
+protected:
+    ~PlatformClock() override
+    {
+        platform::resetClocks();
+    }
+};
+
+/// The system's clock may tick more rarely than that of the standard library.
+constexpr std::int64_t tick = 20;
+
+TEST_F(PlatformClock, CountsFileTimesFrom1601)
+{
+    const std::int64_t before = standardNow();
+    const std::uint64_t units = platform::fileTimeNow();
+    const std::int64_t after = standardNow();
+    const std::int64_t milliseconds = static_cast<std::int64_t>(units / 10'000) - 11'644'473'600'000;
+    EXPECT_GE(milliseconds, before - tick);
+    EXPECT_LE(milliseconds, after + tick);
+}
+
+TEST_F(PlatformClock, TellsTheTimeInUtcWithMilliseconds)
+{
+    const std::int64_t before = standardNow();
+    const CivilTime now = platform::utcNow();
+    const std::int64_t after = standardNow();
+    EXPECT_GE(platform::millisecondsSince1970(now), before - tick);
+    EXPECT_LE(platform::millisecondsSince1970(now), after + tick);
+}
+
+TEST_F(PlatformClock, TellsTheTimeOfTheUsersZone)
+{
+    // That the system and the C library mean the same zone is made sure of before the tests run.
+    const std::int64_t before = standardNow();
+    const CivilTime now = platform::localNow();
+    const std::int64_t after = standardNow();
+    const std::time_t moment = static_cast<std::time_t>(before / 1000);
+    const std::tm local = *std::localtime(&moment);
+    const CivilTime expected{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+        local.tm_min, local.tm_sec, static_cast<int>(before % 1000)};
+    const std::int64_t passed =
+        platform::millisecondsSince1970(now) - platform::millisecondsSince1970(expected);
+    EXPECT_GE(passed, -tick);
+    EXPECT_LE(passed, after - before + tick);
+}
+
+TEST_F(PlatformClock, CountsWholeSecondsFrom1970)
+{
+    const std::int64_t before = standardNow();
+    const std::int64_t seconds = platform::secondsSince1970();
+    const std::int64_t after = standardNow();
+    EXPECT_GE(seconds, (before - tick) / 1000);
+    EXPECT_LE(seconds, (after + tick) / 1000);
+}
+
+TEST_F(PlatformClock, LocalTimeCanBeSetByATest)
+{
+    const CivilTime moment{2031, 12, 31, 23, 59, 59, 999};
+    platform::setLocalNow(moment);
+    EXPECT_EQ(platform::localNow(), moment);
+    EXPECT_EQ(platform::localNow(), moment) << "it stands still";
+    EXPECT_NE(platform::systemLocalNow(), moment);
+    EXPECT_NE(platform::utcNow().year, 2031) << "UTC goes on";
+    platform::resetClocks();
+    EXPECT_NE(platform::localNow(), moment);
+}
+
+TEST_F(PlatformClock, TheOtherClockCanBeSetByATest)
+{
+    // 2020-01-02 03:04:05.678, of which nine units of 100 nanoseconds are below a millisecond.
+    platform::setFileTimeNow(132'224'078'456'780'009);
+    EXPECT_EQ(platform::fileTimeNow(), 132'224'078'456'780'009U);
+    EXPECT_EQ(platform::utcNow(), (CivilTime{2020, 1, 2, 3, 4, 5, 678}));
+    EXPECT_EQ(platform::secondsSince1970(), 1'577'934'245);
+    EXPECT_NE(platform::localNow().year, 2020) << "local time goes on";
+    platform::resetClocks();
+    EXPECT_GT(platform::fileTimeNow(), 132'224'078'456'780'009U);
+}
+
+TEST_F(PlatformClock, ATimeBefore1970HasANegativeNumber)
+{
+    platform::setFileTimeNow(10'000'000);
+    EXPECT_EQ(platform::secondsSince1970(), -11'644'473'599);
+    EXPECT_EQ(platform::utcNow(), (CivilTime{1601, 1, 1, 0, 0, 1, 0}));
+}
+
+} // namespace
