@@ -1,0 +1,8 @@
+#include "VontalBase/core/InputStream.h"
+
+namespace qvbase
+{
+
+InputStream::~InputStream() = default;
+
+} // namespace qvbase

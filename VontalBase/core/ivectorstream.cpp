@@ -1,0 +1,23 @@
+#include "VontalBase/core/ivectorstream.h"
+
+#include <utility>
+
+namespace qvbase
+{
+
+// The buffer is made after the stream, which only remembers where it is.
+ivectorstream::ivectorstream(std::vector<char> & data) : std::basic_istream<char>(nullptr), m_buffer(data)
+{
+    init(&m_buffer);
+}
+
+ivectorstream & ivectorstream::operator=(ivectorstream && other)
+{
+    std::basic_istream<char>::operator=(std::move(other));
+    m_buffer = std::move(other.m_buffer);
+    return *this;
+}
+
+ivectorstream::~ivectorstream() = default;
+
+} // namespace qvbase
