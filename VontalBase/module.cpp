@@ -4,6 +4,7 @@
 #include "VontalBase/concurrency/threadregistry.h"
 #include "VontalBase/core/ReferenceCounter.h"
 #include "VontalBase/core/ReferencedImplMT.h"
+#include "VontalBase/core/dateformat.h"
 #include "VontalBase/core/debugregistry.h"
 #include "VontalBase/text/conversions.h"
 
@@ -47,6 +48,8 @@ static Vontal::Conversions conversions;
 
 namespace qvbase
 {
+
+std::wstring dateFormat;
 
 /// Kept: a counter that nothing uses.
 static NamedReferenceCounter fileCounter("FileCounter");

@@ -15,6 +15,7 @@ import sys
 OBJECTS = {
     "the object of the conversions": re.compile(r"_ZL11conversions\Z"),
     "the counter of the name FileCounter": re.compile(r"_ZN6qvbaseL11fileCounterE\Z"),
+    "the date format": re.compile(r"_ZN6qvbase10dateFormatB5cxx11E\Z"),
     "the registry of COM objects": re.compile(r"_ZN6qvbase13debugRegistryB5cxx11E\Z"),
     "the lock of all counts": re.compile(r"_ZN6qvbaseL21referencedObjectMutexE\Z"),
     "the registry of threads": re.compile(r"_ZN6qvbaseL8registryE\Z"),

@@ -1,0 +1,140 @@
+#include "VontalBase/core/EarthTime.h"
+#include "VontalBase/core/dateformat.h"
+#include "VontalBase/platform/clock.h"
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/localedate.h"
+
+#include "support/ChildProcess.h"
+
+#include <barrier>
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using qvbase::EarthTime;
+
+class EarthTimeNow : public testing::Test
+{
+protected:
+    ~EarthTimeNow() override
+    {
+        platform::resetClocks();
+    }
+};
+
+TEST_F(EarthTimeNow, IsTheLocalTimeWithMilliseconds)
+{
+    platform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
+    EarthTime value;
+    value.setNowLocal();
+    EXPECT_TRUE(value == EarthTime(2031, 12, 31, 86398987));
+}
+
+TEST_F(EarthTimeNow, IsTheTimeInUtcWithMilliseconds)
+{
+    // 2020-01-02 03:04:05.678
+    platform::setFileTimeNow(132'224'078'456'780'009);
+    platform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
+    EarthTime value;
+    value.setNowUtc();
+    EXPECT_TRUE(value == EarthTime(2020, 1, 2, 11045678));
+}
+
+TEST_F(EarthTimeNow, IsWhatTheSystemSays)
+{
+    EarthTime before;
+    EarthTime value;
+    EarthTime after;
+    before.setNowUtc();
+    value = EarthTime(platform::secondsSince1970());
+    after.setNowUtc();
+    before.time -= before.time % 1000;
+    EXPECT_TRUE(before <= value && value <= after);
+}
+
+/// In a child, since the format is looked up once in a process.
+VONTALBASE_TEST_CHILD(formatsDates, arguments)
+{
+    if (!qvbase::dateFormat.empty())
+        return 3;
+    const EarthTime value(2024, 1, 15, 0);
+    platform::armGates({"long date pattern", 1, 0});
+    const std::string first = value.formatDate();
+    if (qvbase::dateFormat != platform::longDatePattern())
+        return 4;
+    const std::string second = value.formatDate();
+    platform::disarmGates();
+    // Two passages: the first formatDate and the call above.
+    if (platform::gatePassages() != 2)
+        return 5;
+    return first == second && !first.empty() ? 0 : 6;
+}
+
+TEST(EarthTimeLocale, LooksItsDateFormatUpOnFirstUseAndOnlyThen)
+{
+    const testsupport::ChildResult result = testsupport::runChild("formatsDates");
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+}
+
+VONTALBASE_TEST_CHILD(formatsDatesOfNoFormat, arguments)
+{
+    platform::armGates({"long date pattern", 1, 1});
+    const std::string text = EarthTime(2024, 1, 15, 0).formatDate();
+    platform::disarmGates();
+    return text.empty() ? 3 : 0;
+}
+
+TEST(EarthTimeLocale, HasADateEvenWhereTheSystemTellsNoFormat)
+{
+    EXPECT_EQ(testsupport::runChild("formatsDatesOfNoFormat").exitCode, 0);
+}
+
+VONTALBASE_TEST_CHILD(formatsDatesInManyThreads, arguments)
+{
+    constexpr int count = 8;
+    std::barrier start(count);
+    std::vector<Vontal::u8string> texts(count);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i)
+    {
+        threads.emplace_back(
+            [&, i]
+            {
+                start.arrive_and_wait();
+                texts[static_cast<std::size_t>(i)] = EarthTime(2024, 1, 15, 0).formatDate();
+            });
+    }
+    for (std::thread & thread : threads)
+        thread.join();
+    for (const Vontal::u8string & text : texts)
+    {
+        if (text.empty() || text != texts.front())
+            return 3;
+    }
+    return 0;
+}
+
+TEST(EarthTimeLocale, MayBeFormattedInSeveralThreadsAtFirst)
+{
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(testsupport::runChild("formatsDatesInManyThreads").exitCode, 0);
+}
+
+TEST(EarthTimeLocale, IsEmptyWhereTheSystemRefuses)
+{
+    const EarthTime value(2024, 1, 15, 3600000);
+    EXPECT_NE(value.formatDate(), "");
+    platform::armGates({"format date", 1, 1});
+    EXPECT_EQ(value.formatDate(), "");
+    platform::armGates({"format time", 1, 2});
+    EXPECT_EQ(value.formatTime(true), "");
+    EXPECT_EQ(value.formatTime(false), "");
+    platform::disarmGates();
+}
+
+} // namespace
