@@ -14,6 +14,7 @@
 #include "VontalBase/core/EarthTime.h"
 #include "VontalBase/core/InputStream.h"
 #include "VontalBase/core/MallocPtr.h"
+#include "VontalBase/core/Md5Sum.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferenceCounter.h"
 #include "VontalBase/core/ReferencedImpl.h"

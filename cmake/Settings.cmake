@@ -2,6 +2,9 @@
 # instrumented whole or not at all, but neither our warnings nor our language settings.
 
 find_package(Threads REQUIRED)
+if(NOT WIN32)
+    find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
+endif()
 
 # All programs in one folder. On Windows the DLLs are there too, for a program finds them beside itself.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
@@ -72,5 +75,11 @@ function(vontalbase_set_up_library target)
         # calls of the C library go straight to it.
         target_compile_options(${target} PRIVATE -ftls-model=initial-exec -fno-plt)
     endif()
-    # Libraries of the system that the platform halves call are added here.
+    # Libraries of the system that the platform halves call. They are the library's own affair: an application
+    # needs neither their headers nor their names.
+    if(WIN32)
+        target_link_libraries(${target} PRIVATE crypt32 ole32)
+    else()
+        target_link_libraries(${target} PRIVATE OpenSSL::Crypto)
+    endif()
 endfunction()
