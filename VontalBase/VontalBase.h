@@ -22,6 +22,7 @@
 #include "VontalBase/core/ReferencedObject.h"
 #include "VontalBase/core/ivectorstream.h"
 #include "VontalBase/core/vectorinbuf.h"
+#include "VontalBase/disk/paths.h"
 #include "VontalBase/export.h"
 #include "VontalBase/json/Array.h"
 #include "VontalBase/json/Item.h"

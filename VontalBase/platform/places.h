@@ -1,0 +1,26 @@
+/// @internal
+/// @file
+/// Where the program and the temporary files are, and how other programs write paths.
+///
+/// Any thread may call the functions; none throws but `std::bad_alloc`.
+#pragma once
+
+#include <string>
+
+namespace platform
+{
+
+/// The full path of the running program's file; empty where the system does not tell it.
+std::wstring programPath();
+
+/// The system's directory for temporary files, ending in a separator; empty where the system does not tell
+/// it.
+std::wstring temporaryDirectory();
+
+/// A path in UTF-8 as other programs take it.
+std::string nativePath(std::string path);
+
+/// Whether a single `/` at the beginning of a path is the root of all paths.
+bool isSlashRoot() noexcept;
+
+} // namespace platform

@@ -1,0 +1,304 @@
+#include "VontalBase/platform/files.h"
+
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/openmode.h"
+#include "VontalBase/platform/posix/kernelpath.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform
+{
+
+namespace
+{
+
+constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
+constexpr mode_t usualFileMode = S_IRUSR | S_IRGRP | S_IROTH | writeBits;
+constexpr mode_t usualDirectoryMode = S_IRWXU | S_IRWXG | S_IRWXO;
+
+enum class Links
+{
+    Follow,
+    Keep
+};
+
+bool readStatus(const KernelPath & path, Links links, struct stat & status)
+{
+    return fstatat(path.directory(), path.name(), &status, links == Links::Keep ? AT_SYMLINK_NOFOLLOW : 0) ==
+           0;
+}
+
+/// `open`, until no signal interrupts it.
+int openFile(const char * service, const KernelPath & path, int flags, mode_t mode = 0)
+{
+    const GateAnswer answer = passGate(service);
+    if (answer == GateAnswer::Fail)
+        return -1;
+    bool isInterrupted = answer == GateAnswer::Interrupt;
+    for (;;)
+    {
+        const int descriptor =
+            isInterrupted ? -1 : openat(path.directory(), path.name(), flags | O_CLOEXEC, mode);
+        if (descriptor >= 0 || (!isInterrupted && errno != EINTR))
+            return descriptor;
+        isInterrupted = false;
+    }
+}
+
+int flagsOf(const OpenMode & mode)
+{
+    int flags = O_RDONLY;
+    if (mode.writes)
+        flags = mode.reads ? O_RDWR : O_WRONLY;
+    if (mode.creates)
+        flags |= O_CREAT;
+    if (mode.isExclusive)
+        flags |= O_EXCL;
+    if (mode.appends)
+        flags |= O_APPEND;
+    return flags;
+}
+
+/// The mode of a stream over a descriptor that is open already.
+const char * streamMode(const OpenMode & mode)
+{
+    if (mode.appends)
+        return mode.reads ? "a+" : "a";
+    if (mode.writes)
+        return mode.reads ? "r+" : "w";
+    return "r";
+}
+
+/// Takes the lock that goes with a mode. A file system that has no locks refuses nobody.
+bool lockFile(int descriptor, const OpenMode & mode)
+{
+    if (gateFails("lock file"))
+        return false;
+    return flock(descriptor, (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+/// Makes an open file ready for a stream. Nothing is emptied before all else has been granted.
+bool settle(int descriptor, const OpenMode & mode)
+{
+    struct stat status
+    {
+    };
+    if (gateFails("look at open file") || fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
+        return false;
+    if (!S_ISREG(status.st_mode))
+        return true;
+    if (!lockFile(descriptor, mode))
+        return false;
+    return !mode.empties || (!gateFails("empty file") && ftruncate(descriptor, 0) == 0);
+}
+
+std::int64_t secondsOf(const struct stat & status)
+{
+    return status.st_mtim.tv_sec;
+}
+
+bool readFileStatus(const KernelPath & path, FileStatus & result)
+{
+    struct stat status
+    {
+    };
+    if (gateFails("read file status") || !readStatus(path, Links::Follow, status))
+        return false;
+    result.kind = FileStatus::Kind::Other;
+    if (S_ISREG(status.st_mode))
+        result.kind = FileStatus::Kind::Regular;
+    else if (S_ISDIR(status.st_mode))
+        result.kind = FileStatus::Kind::Directory;
+    result.size = status.st_size;
+    result.modificationTime = secondsOf(status);
+    return true;
+}
+
+/// Reads a piece of a file for a copy. -1 on failure.
+ssize_t readPiece(int descriptor, char * buffer, std::size_t size)
+{
+    const GateAnswer answer = passGate("read for copy");
+    if (answer == GateAnswer::Fail)
+        return -1;
+    bool isInterrupted = answer == GateAnswer::Interrupt;
+    for (;;)
+    {
+        const ssize_t count = isInterrupted ? -1 : read(descriptor, buffer, size);
+        if (count >= 0 || (!isInterrupted && errno != EINTR))
+            return count;
+        isInterrupted = false;
+    }
+}
+
+/// Writes the whole piece, however often the system takes a part of it.
+bool writePiece(int descriptor, const char * data, std::size_t size)
+{
+    GateAnswer answer = passGate("write for copy");
+    if (answer == GateAnswer::Fail)
+        return false;
+    while (size > 0)
+    {
+        const std::size_t part = answer == GateAnswer::CutShort ? (size + 1) / 2 : size;
+        const ssize_t count = answer == GateAnswer::Interrupt ? -1 : write(descriptor, data, part);
+        if (count < 0 && answer != GateAnswer::Interrupt && errno != EINTR)
+            return false;
+        answer = GateAnswer::Pass;
+        if (count > 0)
+        {
+            data += count;
+            size -= static_cast<std::size_t>(count);
+        }
+    }
+    return true;
+}
+
+bool copyBytes(int from, int to)
+{
+    std::array<char, 65536> buffer;
+    for (;;)
+    {
+        const ssize_t count = readPiece(from, buffer.data(), buffer.size());
+        if (count <= 0)
+            return count == 0;
+        if (!writePiece(to, buffer.data(), static_cast<std::size_t>(count)))
+            return false;
+    }
+}
+
+/// Gives a copy the time of the last change and the want of write bits that the source has.
+bool copyAttributes(const struct stat & source, int target)
+{
+    struct stat before
+    {
+    };
+    if (gateFails("copy attributes") || fstat(target, &before) != 0)
+        return false;
+    const timespec times[2] = {{0, UTIME_OMIT}, source.st_mtim};
+    if (futimens(target, times) != 0)
+        return false;
+    const bool isReadOnly = (source.st_mode & writeBits) == 0;
+    return !isReadOnly || fchmod(target, before.st_mode & ~writeBits & 07777U) == 0;
+}
+
+} // namespace
+
+bool readFileStatus(const std::wstring & path, FileStatus & status)
+{
+    return readFileStatus(KernelPath(path), status);
+}
+
+bool readFileStatus(const std::string & path, FileStatus & status)
+{
+    return readFileStatus(KernelPath(path), status);
+}
+
+bool isLink(const std::wstring & path)
+{
+    struct stat status
+    {
+    };
+    const std::wstring ended = path.c_str();
+    // With a separator behind it, a link is the directory that it leads to.
+    const std::size_t last = ended.find_last_not_of(L"\\/");
+    const KernelPath kernelPath(ended.substr(0, last == std::wstring::npos ? ended.size() : last + 1));
+    return readStatus(kernelPath, Links::Keep, status) && S_ISLNK(status.st_mode);
+}
+
+std::FILE * openStream(const std::wstring & path, const std::string & mode)
+{
+    const std::optional<OpenMode> parsed = parseOpenMode(mode.c_str());
+    if (!parsed)
+        return nullptr;
+    Descriptor descriptor(openFile("open file", KernelPath(path), flagsOf(*parsed), usualFileMode));
+    if (!descriptor.isOpen())
+        return nullptr;
+    std::FILE * const stream = fdopen(descriptor.get(), streamMode(*parsed));
+    if (stream == nullptr)
+        return nullptr;
+    if (settle(descriptor.release(), *parsed))
+        return stream;
+    std::fclose(stream);
+    return nullptr;
+}
+
+bool createNewFile(const std::wstring & path)
+{
+    return Descriptor(
+        openFile("create file", KernelPath(path), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR))
+        .isOpen();
+}
+
+bool copyFile(const std::wstring & source, const std::wstring & target)
+{
+    const Descriptor from(openFile("copy file", KernelPath(source), O_RDONLY));
+    struct stat fromStatus
+    {
+    };
+    if (!from.isOpen() || fstat(from.get(), &fromStatus) != 0 || S_ISDIR(fromStatus.st_mode))
+        return false;
+    const Descriptor to(
+        openFile("open target of copy", KernelPath(target), O_WRONLY | O_CREAT, usualFileMode));
+    struct stat toStatus
+    {
+    };
+    if (!to.isOpen() || fstat(to.get(), &toStatus) != 0)
+        return false;
+    const bool isSameFile = fromStatus.st_dev == toStatus.st_dev && fromStatus.st_ino == toStatus.st_ino;
+    if (isSameFile || (S_ISREG(toStatus.st_mode) && ftruncate(to.get(), 0) != 0))
+        return false;
+    return copyBytes(from.get(), to.get()) && copyAttributes(fromStatus, to.get());
+}
+
+bool removeFile(const std::wstring & path)
+{
+    if (gateFails("remove file"))
+        return false;
+    const KernelPath kernelPath(path);
+    return unlinkat(kernelPath.directory(), kernelPath.name(), 0) == 0;
+}
+
+bool makeDirectory(const std::wstring & path)
+{
+    if (gateFails("make directory"))
+        return false;
+    const KernelPath kernelPath(path);
+    return mkdirat(kernelPath.directory(), kernelPath.name(), usualDirectoryMode) == 0;
+}
+
+bool removeDirectory(const std::wstring & path)
+{
+    if (gateFails("remove directory"))
+        return false;
+    const KernelPath kernelPath(path);
+    if (unlinkat(kernelPath.directory(), kernelPath.name(), AT_REMOVEDIR) == 0)
+        return true;
+    struct stat status
+    {
+    };
+    return errno == ENOTDIR && readStatus(kernelPath, Links::Keep, status) && S_ISLNK(status.st_mode) &&
+           readStatus(kernelPath, Links::Follow, status) && S_ISDIR(status.st_mode) &&
+           unlinkat(kernelPath.directory(), kernelPath.name(), 0) == 0;
+}
+
+void clearReadOnly(const std::wstring & path)
+{
+    struct stat status
+    {
+    };
+    const KernelPath kernelPath(path);
+    if (gateFails("clear read-only") || !readStatus(kernelPath, Links::Keep, status) ||
+        S_ISLNK(status.st_mode) || (status.st_mode & writeBits) != 0)
+    {
+        return;
+    }
+    // Were it a link by now, the call would fail.
+    fchmodat(
+        kernelPath.directory(), kernelPath.name(), (status.st_mode & 07777U) | S_IWUSR, AT_SYMLINK_NOFOLLOW);
+}
+
+} // namespace platform

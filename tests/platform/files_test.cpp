@@ -1,0 +1,386 @@
+#include "VontalBase/platform/files.h"
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/text/pstring.h"
+#include "VontalBase/text/u8string.h"
+
+#include "support/ChildProcess.h"
+#include "support/NativePaths.h"
+#include "support/ResourceSnapshot.h"
+#include "support/TempDirectory.h"
+
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using platform::FileStatus;
+using testsupport::TempDirectory;
+
+std::wstring wide(const std::string & utf8)
+{
+    return Vontal::pstring(Vontal::u8string(utf8));
+}
+
+std::wstring inside(const TempDirectory & directory, const std::string & name)
+{
+    return wide(directory.text()) + L'\\' + wide(name);
+}
+
+bool close(std::FILE * stream)
+{
+    return stream != nullptr && std::fclose(stream) == 0;
+}
+
+TEST(PlatformFiles, TellWhatAPathNames)
+{
+    const TempDirectory directory;
+    const std::time_t before = std::time(nullptr);
+    directory.write("file", "12345");
+    FileStatus status;
+    ASSERT_TRUE(platform::readFileStatus(inside(directory, "file"), status));
+    EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
+    EXPECT_EQ(status.size, 5);
+    EXPECT_GE(status.modificationTime, before - 2);
+    EXPECT_LE(status.modificationTime, std::time(nullptr) + 2);
+    ASSERT_TRUE(platform::readFileStatus(directory.text("file"), status)) << "the narrow form";
+    EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
+    EXPECT_EQ(status.size, 5);
+    ASSERT_TRUE(platform::readFileStatus(wide(directory.text()), status));
+    EXPECT_EQ(status.kind, FileStatus::Kind::Directory);
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, LeaveTheStatusAloneWhereNothingIsNamed)
+{
+    const TempDirectory directory;
+    FileStatus status;
+    status.size = 77;
+    EXPECT_FALSE(platform::readFileStatus(inside(directory, "none"), status));
+    EXPECT_FALSE(platform::readFileStatus(directory.text("none"), status));
+    EXPECT_FALSE(platform::readFileStatus(std::wstring(), status));
+    EXPECT_FALSE(platform::readFileStatus(std::string(), status));
+    EXPECT_EQ(status.size, 77);
+}
+
+TEST(PlatformFiles, EndAPathAtItsFirstNul)
+{
+    const TempDirectory directory;
+    directory.write("file", "12345");
+    FileStatus status;
+    EXPECT_TRUE(platform::readFileStatus(inside(directory, "file") + L'\0' + L"x", status));
+    EXPECT_FALSE(platform::readFileStatus(L'\0' + inside(directory, "file"), status));
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, NameNothingWithADriveOrAShareWhereThereAreNone)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "this system has drives";
+    const TempDirectory directory;
+    FileStatus status;
+    EXPECT_TRUE(platform::readFileStatus(wide(directory.text()), status));
+    EXPECT_FALSE(platform::readFileStatus(L"\\" + (L'\\' + wide(directory.text()).substr(1)), status));
+    EXPECT_FALSE(platform::makeDirectory(L"Q:\\"));
+    EXPECT_FALSE(platform::makeDirectory(L"Q:"));
+    EXPECT_FALSE(platform::makeDirectory(L"q:/x"));
+    EXPECT_FALSE(std::filesystem::exists("Q:"));
+    EXPECT_TRUE(platform::makeDirectory(inside(directory, "Q:"))) << "further in it is a name";
+    EXPECT_TRUE(platform::removeDirectory(inside(directory, "Q:")));
+}
+
+TEST(PlatformFiles, AreEmptiedOnlyWhenTheyAreOpen)
+{
+    const TempDirectory directory;
+    directory.write("file", "12345");
+    const std::wstring path = inside(directory, "file");
+    std::FILE * const first = platform::openStream(path, "r+b");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(platform::openStream(path, "wb"), nullptr);
+    EXPECT_EQ(platform::openStream(path, "ab"), nullptr);
+    EXPECT_EQ(platform::openStream(path, "rb"), nullptr) << "a reader beside a writer";
+    EXPECT_TRUE(close(first));
+    EXPECT_EQ(directory.read("file"), "12345");
+    EXPECT_TRUE(close(platform::openStream(path, "wb")));
+    EXPECT_EQ(directory.read("file"), "");
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, LetManyReadButNobodyWriteBesideThem)
+{
+    const TempDirectory directory;
+    directory.write("file", "12345");
+    const std::wstring path = inside(directory, "file");
+    std::FILE * const first = platform::openStream(path, "rb");
+    std::FILE * const second = platform::openStream(path, "rb");
+    EXPECT_EQ(platform::openStream(path, "wb"), nullptr);
+    EXPECT_EQ(platform::openStream(path, "r+b"), nullptr);
+    EXPECT_TRUE(close(first));
+    EXPECT_TRUE(close(second));
+    EXPECT_EQ(directory.read("file"), "12345");
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, OpenInTheModeThatIsAskedFor)
+{
+    const TempDirectory directory;
+    const std::wstring path = inside(directory, "file");
+    EXPECT_EQ(platform::openStream(path, "rb"), nullptr) << "reading makes no file";
+    EXPECT_EQ(platform::openStream(path, "r+b"), nullptr);
+    EXPECT_FALSE(directory.contains("file"));
+    const auto write = [&](const char * mode, const char * text)
+    {
+        std::FILE * const stream = platform::openStream(path, mode);
+        return stream != nullptr && std::fputs(text, stream) >= 0 && close(stream);
+    };
+    EXPECT_TRUE(write("wb", "one\n"));
+    EXPECT_TRUE(write("ab", "two\n"));
+    EXPECT_EQ(directory.read("file"), "one\ntwo\n");
+    EXPECT_TRUE(write("r+b", "ONE"));
+    EXPECT_EQ(directory.read("file"), "ONE\ntwo\n");
+    EXPECT_TRUE(write("wb", "3"));
+    EXPECT_EQ(directory.read("file"), "3");
+    EXPECT_EQ(platform::openStream(path, ""), nullptr);
+    EXPECT_EQ(platform::openStream(path, "q"), nullptr);
+    EXPECT_EQ(directory.read("file"), "3");
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, DoNotOpenADirectory)
+{
+    const TempDirectory directory;
+    for (const char * const mode : {"rb", "r+b", "wb", "ab"})
+    {
+        SCOPED_TRACE(mode);
+        EXPECT_EQ(platform::openStream(wide(directory.text()), mode), nullptr);
+    }
+}
+
+TEST(PlatformFiles, LetTwoWriteToADevice)
+{
+    if (testsupport::deviceThatIsNoFile().empty())
+        GTEST_SKIP() << "this system has no such device";
+    const std::wstring path = wide(testsupport::deviceThatIsNoFile());
+    std::FILE * const first = platform::openStream(path, "wb");
+    std::FILE * const second = platform::openStream(path, "wb");
+    EXPECT_TRUE(close(first));
+    EXPECT_TRUE(close(second));
+    FileStatus status;
+    ASSERT_TRUE(platform::readFileStatus(path, status));
+    EXPECT_EQ(status.kind, FileStatus::Kind::Other);
+}
+
+VONTALBASE_TEST_CHILD(opensForWriting, arguments)
+{
+    std::FILE * const stream = platform::openStream(wide(arguments.at(0)), arguments.at(1));
+    return stream == nullptr ? 3 : close(stream) ? 0 : 4;
+}
+
+TEST(PlatformFiles, AreRefusedToWritersOfOtherProcesses)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("file", "12345");
+    std::FILE * const reader = platform::openStream(wide(path), "rb");
+    EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "wb"}).exitCode, 3);
+    EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "rb"}).exitCode, 0);
+    EXPECT_TRUE(close(reader));
+    EXPECT_EQ(directory.read("file"), "12345") << "the refused open must not empty it";
+    std::FILE * const writer = platform::openStream(wide(path), "ab");
+    EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "ab"}).exitCode, 3);
+    EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "rb"}).exitCode, 3);
+    EXPECT_TRUE(close(writer));
+    EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "wb"}).exitCode, 0);
+    EXPECT_EQ(directory.read("file"), "");
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, AreMadeOnceOnly)
+{
+    const TempDirectory directory;
+    const std::wstring path = inside(directory, "new");
+    EXPECT_TRUE(platform::createNewFile(path));
+    EXPECT_EQ(directory.read("new"), "");
+    EXPECT_FALSE(platform::createNewFile(path));
+    directory.write("new", "1");
+    EXPECT_FALSE(platform::createNewFile(path));
+    EXPECT_EQ(directory.read("new"), "1");
+    EXPECT_FALSE(platform::createNewFile(inside(directory, "missing") + L"\\new"));
+    directory.remove("new");
+}
+
+TEST(PlatformFiles, AreCopiedWithTheirTimeAndTheirBeingReadOnly)
+{
+    const TempDirectory directory;
+    const std::string bytes(200'000, 'x');
+    const std::string source = directory.write("source", bytes);
+    directory.write("target", "longer than nothing");
+    const auto longAgo = std::filesystem::last_write_time(source) - std::chrono::hours(1000);
+    std::filesystem::last_write_time(source, longAgo);
+    EXPECT_TRUE(platform::copyFile(wide(source), inside(directory, "target")));
+    EXPECT_EQ(directory.read("target"), bytes);
+    EXPECT_EQ(std::filesystem::last_write_time(directory.path() / "target"), longAgo);
+    EXPECT_FALSE(testsupport::isReadOnly(directory.text("target")));
+    testsupport::setReadOnly(source, true);
+    EXPECT_TRUE(platform::copyFile(wide(source), inside(directory, "target")));
+    EXPECT_TRUE(testsupport::isReadOnly(directory.text("target")));
+    testsupport::setReadOnly(source, false);
+    testsupport::setReadOnly(directory.text("target"), false);
+    directory.clear();
+}
+
+TEST(PlatformFiles, AreNotCopiedFromNothingAndNotOntoThemselves)
+{
+    const TempDirectory directory;
+    const std::string file = directory.write("file", "12345");
+    EXPECT_FALSE(platform::copyFile(inside(directory, "none"), wide(file)));
+    EXPECT_FALSE(platform::copyFile(wide(directory.text()), wide(file)));
+    EXPECT_FALSE(platform::copyFile(wide(file), wide(file)));
+    EXPECT_EQ(directory.read("file"), "12345");
+    EXPECT_FALSE(platform::copyFile(wide(file), inside(directory, "missing") + L"\\a"));
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, AreRemovedButDirectoriesAreNot)
+{
+    const TempDirectory directory;
+    directory.write("file", "1");
+    EXPECT_TRUE(platform::makeDirectory(inside(directory, "below")));
+    EXPECT_FALSE(platform::makeDirectory(inside(directory, "below")));
+    EXPECT_FALSE(platform::removeFile(inside(directory, "below")));
+    EXPECT_FALSE(platform::removeDirectory(inside(directory, "file")));
+    EXPECT_TRUE(platform::removeFile(inside(directory, "file")));
+    EXPECT_FALSE(platform::removeFile(inside(directory, "file")));
+    EXPECT_FALSE(platform::makeDirectory(inside(directory, "missing\\below")));
+    directory.write("below/file", "1");
+    EXPECT_FALSE(platform::removeDirectory(inside(directory, "below")));
+    EXPECT_TRUE(platform::removeFile(inside(directory, "below\\file")));
+    EXPECT_TRUE(platform::removeDirectory(inside(directory, "below")));
+}
+
+TEST(PlatformFiles, CanBeMadeWritable)
+{
+    const TempDirectory directory;
+    const std::string file = directory.write("file", "1");
+    testsupport::setReadOnly(file, true);
+    platform::clearReadOnly(wide(file));
+    EXPECT_FALSE(testsupport::isReadOnly(file));
+    platform::clearReadOnly(inside(directory, "none"));
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, AreNotTouchedThroughALink)
+{
+    const TempDirectory directory;
+    const std::string file = directory.write("file", "1");
+    std::filesystem::create_directory(directory.path() / "below");
+    if (!testsupport::canMakeLinks())
+    {
+        directory.clear();
+        GTEST_SKIP() << "no links can be made here";
+    }
+    ASSERT_TRUE(testsupport::makeLink(file, directory.text("link")));
+    ASSERT_TRUE(testsupport::makeLink(directory.text("below"), directory.text("dirlink")));
+    ASSERT_TRUE(testsupport::makeLink(directory.text("none"), directory.text("dangling")));
+    ASSERT_TRUE(testsupport::makeLink(directory.text("circle"), directory.text("circle")));
+    for (const char * const name : {"link", "dirlink", "dangling", "circle"})
+    {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(platform::isLink(inside(directory, name)));
+        EXPECT_TRUE(platform::isLink(inside(directory, name) + L"\\/"));
+    }
+    EXPECT_FALSE(platform::isLink(wide(file)));
+    EXPECT_FALSE(platform::isLink(inside(directory, "below")));
+    EXPECT_FALSE(platform::isLink(inside(directory, "none")));
+    EXPECT_FALSE(platform::isLink(L""));
+
+    FileStatus status;
+    EXPECT_FALSE(platform::readFileStatus(inside(directory, "dangling"), status));
+    EXPECT_FALSE(platform::readFileStatus(inside(directory, "circle"), status));
+    ASSERT_TRUE(platform::readFileStatus(inside(directory, "dirlink"), status));
+    EXPECT_EQ(status.kind, FileStatus::Kind::Directory);
+
+    testsupport::setReadOnly(file, true);
+    platform::clearReadOnly(inside(directory, "link"));
+    EXPECT_TRUE(testsupport::isReadOnly(file)) << "the setting of what is linked to stays";
+    testsupport::setReadOnly(file, false);
+
+    EXPECT_FALSE(platform::removeDirectory(inside(directory, "link")));
+    EXPECT_FALSE(platform::removeDirectory(inside(directory, "dangling")));
+    EXPECT_TRUE(platform::removeDirectory(inside(directory, "dirlink")));
+    EXPECT_TRUE(platform::removeFile(inside(directory, "link")));
+    EXPECT_TRUE(platform::removeFile(inside(directory, "dangling")));
+    EXPECT_TRUE(platform::removeFile(inside(directory, "circle")));
+    EXPECT_EQ(directory.read("file"), "1");
+    EXPECT_TRUE(directory.contains("below"));
+    directory.clear();
+}
+
+TEST(PlatformFiles, MayHavePathsOfAnyLength)
+{
+    const TempDirectory directory;
+    const std::wstring name(200, L'n');
+    std::wstring path = wide(directory.text());
+    while (path.size() < 10'000)
+    {
+        path += L'\\' + name;
+        ASSERT_TRUE(platform::makeDirectory(path)) << path.size();
+    }
+    EXPECT_FALSE(platform::makeDirectory(path));
+    const std::wstring file = path + L"\\file";
+    std::FILE * const stream = platform::openStream(file, "wb");
+    ASSERT_NE(stream, nullptr);
+    std::fputs("12", stream);
+    EXPECT_TRUE(close(stream));
+    FileStatus status;
+    ASSERT_TRUE(platform::readFileStatus(file, status));
+    EXPECT_EQ(status.size, 2);
+    EXPECT_FALSE(platform::isLink(file));
+    EXPECT_TRUE(platform::copyFile(file, path + L"\\copy"));
+    EXPECT_TRUE(platform::removeFile(path + L"\\copy"));
+    EXPECT_FALSE(platform::removeDirectory(path));
+    EXPECT_TRUE(platform::removeFile(file));
+    EXPECT_FALSE(platform::readFileStatus(file, status));
+    while (path.size() > wide(directory.text()).size())
+    {
+        ASSERT_TRUE(platform::removeDirectory(path)) << path.size();
+        path.resize(path.size() - name.size() - 1);
+    }
+}
+
+TEST(PlatformFiles, HaveNamesThatNoFileHasBeyondALimit)
+{
+    const TempDirectory directory;
+    const std::wstring longest(255, L'n');
+    EXPECT_TRUE(platform::createNewFile(wide(directory.text()) + L'\\' + longest));
+    EXPECT_TRUE(platform::removeFile(wide(directory.text()) + L'\\' + longest));
+    EXPECT_FALSE(platform::createNewFile(wide(directory.text()) + L'\\' + longest + L'n'));
+    EXPECT_FALSE(platform::createNewFile(wide(directory.text()) + L'\\' + std::wstring(100'000, L'n')));
+}
+
+TEST(PlatformFiles, KeepNothingOpenWhereTheSystemRefuses)
+{
+    const TempDirectory directory;
+    directory.write("file", "12345");
+    const std::wstring path = inside(directory, "file");
+    const auto before = testsupport::ResourceSnapshot::take();
+    for (std::uint64_t passage = 1;; ++passage)
+    {
+        SCOPED_TRACE(passage);
+        platform::armGates({nullptr, passage, 1, platform::GateAnswer::Fail});
+        std::FILE * const stream = platform::openStream(path, "wb");
+        platform::disarmGates();
+        if (platform::faultedGate() == nullptr)
+        {
+            EXPECT_GT(passage, 1U);
+            EXPECT_TRUE(close(stream));
+            break;
+        }
+        EXPECT_EQ(stream, nullptr);
+        EXPECT_EQ(directory.read("file"), "12345");
+    }
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    directory.remove("file");
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+/// @file
+/// How the systems' paths and files differ, told in one place so that no test asks which system it runs on.
+#pragma once
+
+#include <string>
+
+namespace testsupport
+{
+
+/// Whether the system has drives and shares, and takes a backslash for a separator by itself.
+bool hasDrives();
+
+/// Whether a program may make symbolic links here. Elsewhere tests of links are skipped.
+bool canMakeLinks();
+
+/// A path that opens for writing but takes no byte; empty where the system has none.
+std::string fullDevice();
+
+/// The path of something that is neither a file nor a directory; empty where the system has none.
+std::string deviceThatIsNoFile();
+
+/// Makes a file in a directory (UTF-8, as the system writes it) whose name is these bytes. False where names
+/// are not bytes.
+bool makeFileOfBytes(const std::string & directory, const std::string & name);
+
+/// Makes a symbolic link. @return whether it was made.
+bool makeLink(const std::string & target, const std::string & link);
+
+/// Whether nobody may write to the file or directory, by its own setting.
+bool isReadOnly(const std::string & path);
+
+/// Makes a file or directory read-only, or lets it be written to again.
+void setReadOnly(const std::string & path, bool isReadOnly);
+
+/// Makes the process one without the rights of an administrator, for good. For children of tests.
+/// @return false where that is not possible, so that nothing can be shown.
+bool dropPrivileges();
+
+/// Lets no file of the process grow beyond so many bytes, for good: a write is refused. For children of
+/// tests.
+/// @return false where the system knows no such limit.
+bool limitFileSize(unsigned int bytes);
+
+} // namespace testsupport
