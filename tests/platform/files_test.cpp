@@ -223,7 +223,7 @@ TEST(PlatformFiles, AreCopiedWithTheirTimeAndTheirBeingReadOnly)
     EXPECT_FALSE(testsupport::isReadOnly(directory.text("target")));
     testsupport::setReadOnly(source, true);
     EXPECT_TRUE(platform::copyFile(wide(source), inside(directory, "target")));
-    EXPECT_TRUE(testsupport::isReadOnly(directory.text("target")));
+    EXPECT_TRUE(testsupport::isReadOnly(directory.text("target")) || !testsupport::copiesStayReadOnly());
     testsupport::setReadOnly(source, false);
     testsupport::setReadOnly(directory.text("target"), false);
     directory.clear();
@@ -321,7 +321,7 @@ TEST(PlatformFiles, MayHavePathsOfAnyLength)
     const TempDirectory directory;
     const std::wstring name(200, L'n');
     std::wstring path = wide(directory.text());
-    while (path.size() < 10'000)
+    while (path.size() < testsupport::possiblePathLength())
     {
         path += L'\\' + name;
         ASSERT_TRUE(platform::makeDirectory(path)) << path.size();

@@ -1,3 +1,4 @@
+#include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/search.h"
 #include "VontalBase/text/pstring.h"
@@ -268,22 +269,22 @@ TEST_F(PlatformSearch, LooksUpNarrowNamesAndPatterns)
 TEST(PlatformSearchPaths, MayBeOfAnyLength)
 {
     const TempDirectory directory;
-    const std::string name(200, 'n');
-    const std::filesystem::path before = std::filesystem::current_path();
+    const std::wstring name(200, L'n');
     std::wstring path = wide(directory.text());
-    std::filesystem::current_path(directory.path());
-    const int depth = testsupport::hasDrives() ? 3 : 30;
-    for (int i = 0; i < depth; ++i)
+    const std::size_t start = path.size();
+    while (path.size() < testsupport::possiblePathLength())
     {
-        std::filesystem::create_directory(name);
-        std::filesystem::current_path(name);
-        path += L'\\' + wide(name);
+        path += L'\\' + name;
+        ASSERT_TRUE(platform::makeDirectory(path));
     }
-    std::filesystem::current_path(before);
-    EXPECT_TRUE(Search().begin(path));
-    EXPECT_TRUE(Search().begin(path + L"\\*"));
+    Search search;
+    ASSERT_TRUE(search.begin(path));
+    EXPECT_TRUE(search.isDirectory());
+    ASSERT_TRUE(search.begin(path + L"\\*"));
     EXPECT_FALSE(Search().begin(path + L"\\none"));
-    directory.clear();
+    search.end();
+    for (; path.size() > start; path.resize(path.size() - name.size() - 1))
+        ASSERT_TRUE(platform::removeDirectory(path));
 }
 
 } // namespace

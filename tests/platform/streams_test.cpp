@@ -30,8 +30,10 @@ TEST(PlatformStreams, ReadWriteAndClose)
     EXPECT_EQ(platform::readStream(stream, buffer, 16), 3U);
     EXPECT_EQ(std::string(buffer), "5674");
     EXPECT_NE(std::feof(stream), 0);
-    EXPECT_FALSE(platform::writeStream(stream, "1", 1)) << "it is open for reading";
     EXPECT_TRUE(platform::closeStream(stream));
+    stream = open(directory, "rb");
+    EXPECT_FALSE(platform::writeStream(stream, "1", 1)) << "it is open for reading";
+    platform::closeStream(stream);
     directory.remove("file");
 }
 

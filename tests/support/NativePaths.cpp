@@ -3,8 +3,11 @@
 #include <filesystem>
 #include <system_error>
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -59,6 +62,18 @@ bool canMakeLinks()
     return false;
 }
 
+// Beyond, Wine has no name for it on the system below.
+unsigned int possiblePathLength()
+{
+    return 3000;
+}
+
+// Wine's copying loses it.
+bool copiesStayReadOnly()
+{
+    return false;
+}
+
 std::string fullDevice()
 {
     return {};
@@ -84,6 +99,20 @@ bool limitFileSize(unsigned int)
     return false;
 }
 
+TemporaryPlace::TemporaryPlace(const std::string & directory) : m_wasSet(true)
+{
+    std::wstring before(32768, L'\0');
+    before.resize(GetEnvironmentVariableW(L"TMP", before.data(), static_cast<DWORD>(before.size())));
+    const std::u8string text = fs::path(before).u8string();
+    m_before.assign(text.begin(), text.end());
+    SetEnvironmentVariableW(L"TMP", fromUtf8(directory).c_str());
+}
+
+TemporaryPlace::~TemporaryPlace()
+{
+    SetEnvironmentVariableW(L"TMP", fromUtf8(m_before).c_str());
+}
+
 #else
 
 bool hasDrives()
@@ -92,6 +121,16 @@ bool hasDrives()
 }
 
 bool canMakeLinks()
+{
+    return true;
+}
+
+unsigned int possiblePathLength()
+{
+    return 10'000;
+}
+
+bool copiesStayReadOnly()
 {
     return true;
 }
@@ -116,6 +155,21 @@ bool dropPrivileges()
 {
     constexpr uid_t nobody = 65534;
     return geteuid() != 0 || (setgid(nobody) == 0 && setuid(nobody) == 0);
+}
+
+TemporaryPlace::TemporaryPlace(const std::string & directory) : m_wasSet(std::getenv("TMPDIR") != nullptr)
+{
+    if (m_wasSet)
+        m_before = std::getenv("TMPDIR");
+    setenv("TMPDIR", directory.c_str(), 1);
+}
+
+TemporaryPlace::~TemporaryPlace()
+{
+    if (m_wasSet)
+        setenv("TMPDIR", m_before.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
 }
 
 bool limitFileSize(unsigned int bytes)

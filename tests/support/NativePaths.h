@@ -13,6 +13,12 @@ bool hasDrives();
 /// Whether a program may make symbolic links here. Elsewhere tests of links are skipped.
 bool canMakeLinks();
 
+/// How many characters a path may have at least, where there is no limit to be known.
+unsigned int possiblePathLength();
+
+/// Whether the system's copying of a file is known to make the copy of a read-only file read-only.
+bool copiesStayReadOnly();
+
 /// A path that opens for writing but takes no byte; empty where the system has none.
 std::string fullDevice();
 
@@ -31,6 +37,21 @@ bool isReadOnly(const std::string & path);
 
 /// Makes a file or directory read-only, or lets it be written to again.
 void setReadOnly(const std::string & path, bool isReadOnly);
+
+/// While the object lives, this is the system's directory for temporary files.
+class TemporaryPlace
+{
+public:
+    /// @param directory in UTF-8, as the system writes it.
+    explicit TemporaryPlace(const std::string & directory);
+    TemporaryPlace(const TemporaryPlace &) = delete;
+    TemporaryPlace & operator=(const TemporaryPlace &) = delete;
+    ~TemporaryPlace();
+
+private:
+    std::string m_before;
+    bool m_wasSet;
+};
 
 /// Makes the process one without the rights of an administrator, for good. For children of tests.
 /// @return false where that is not possible, so that nothing can be shown.
