@@ -21,7 +21,7 @@ class VONTALBASE_API ivectorstream : public std::basic_istream<char>
 {
 public:
     /// Begins at the first byte of @p data.
-    explicit ivectorstream(std::vector<char> & data);
+    ivectorstream(std::vector<char> & data);
     /// Takes over the bytes left to @p other and its state, and gives it those of this stream.
     ivectorstream & operator=(ivectorstream && other);
     /// Leaves the vector alone.

@@ -1,0 +1,16 @@
+/// @internal
+/// @file
+/// The standard streams of the process.
+#pragma once
+
+#include <string>
+
+namespace platform
+{
+
+/// Writes `text`, ": " and what an error number means to the standard error stream, and ends the line; for an
+/// empty text the meaning alone. No failure is reported; `std::bad_alloc` may leave the call before anything
+/// is written.
+void writeErrorText(const std::wstring & text, int error);
+
+} // namespace platform
