@@ -20,6 +20,7 @@
 #include "VontalBase/core/ReferencedImpl.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/core/ReferencedObject.h"
+#include "VontalBase/core/Secret.h"
 #include "VontalBase/core/abort.h"
 #include "VontalBase/core/ivectorstream.h"
 #include "VontalBase/core/vectorinbuf.h"
