@@ -57,4 +57,8 @@
 #include "VontalBase/text/pstring.h"
 #include "VontalBase/text/sourcepaths.h"
 #include "VontalBase/text/u8string.h"
+#include "VontalBase/utils/StringArray.h"
+#include "VontalBase/utils/TimeProfiler.h"
+#include "VontalBase/utils/convert2double.h"
+#include "VontalBase/utils/uuid.h"
 // IWYU pragma: end_exports

@@ -3,10 +3,9 @@
 #include "VontalBase/platform/windows/windows_headers.h"
 #include "VontalBase/text/conversions.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 
 namespace platform
 {
@@ -15,10 +14,10 @@ void writeErrorText(const std::wstring & text, int error)
 {
     std::string utf8;
     Vontal::c_u16u8(utf8, text);
-    // The runtime writes nothing at all if its locale lacks one of the characters.
-    const bool canBeWritten = std::wcstombs(nullptr, text.c_str(), 0) != static_cast<std::size_t>(-1);
+    // Of other text the runtime writes what its locale has, or nothing at all.
+    const bool isPlain = std::all_of(text.begin(), text.end(), [](wchar_t unit) { return unit < 0x80; });
     errno = error;
-    if (canBeWritten)
+    if (isPlain)
         _wperror(text.c_str());
     else
         std::perror(utf8.c_str());

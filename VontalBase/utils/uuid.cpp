@@ -1,0 +1,29 @@
+#include "VontalBase/utils/uuid.h"
+
+#include "VontalBase/platform/uuid.h"
+#include "VontalBase/text/U8StringBuilder.h"
+
+#include <array>
+#include <cstdint>
+
+namespace qvutils
+{
+
+bool generateUUID(Vontal::u8string & out)
+{
+    platform::Uuid uuid;
+    if (!platform::makeUuid(uuid))
+        return false;
+    const auto bytesOf = [](std::uint16_t number)
+    {
+        return std::array{static_cast<unsigned char>(number >> 8), static_cast<unsigned char>(number & 0xFF)};
+    };
+    Vontal::U8StringBuilder text;
+    text.appendInHex(uuid.first).append("-").appendInHex(bytesOf(uuid.second).data(), 2).append("-");
+    text.appendInHex(bytesOf(uuid.third).data(), 2).append("-").appendInHex(uuid.rest.data(), 2).append("-");
+    text.appendInHex(uuid.rest.data() + 2, 6);
+    out = text;
+    return true;
+}
+
+} // namespace qvutils

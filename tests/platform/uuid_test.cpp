@@ -1,0 +1,54 @@
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/uuid.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using platform::Uuid;
+
+bool isOfVersion4(const Uuid & uuid)
+{
+    return uuid.third >> 12 == 4 && uuid.rest[0] >> 6 == 2;
+}
+
+TEST(PlatformUuid, IsARandomOneOfVersion4)
+{
+    Uuid first;
+    Uuid second;
+    ASSERT_TRUE(platform::makeUuid(first));
+    ASSERT_TRUE(platform::makeUuid(second));
+    EXPECT_TRUE(isOfVersion4(first));
+    EXPECT_TRUE(isOfVersion4(second));
+    EXPECT_NE(first.rest, second.rest);
+}
+
+TEST(PlatformUuid, IsNotTouchedWhereTheSystemRefuses)
+{
+    Uuid uuid;
+    uuid.first = 5;
+    platform::armGates({"make uuid", 1, 1});
+    EXPECT_FALSE(platform::makeUuid(uuid));
+    platform::disarmGates();
+    EXPECT_EQ(uuid.first, 5U);
+}
+
+TEST(PlatformUuid, IsMadeAllTheSameOfInterruptedAndShortReads)
+{
+    // On systems that make it in one call there is no such gate, and the usual thing happens.
+    for (const auto answer : {platform::GateAnswer::Interrupt, platform::GateAnswer::CutShort})
+    {
+        for (std::uint64_t passage = 1; passage <= 6; ++passage)
+        {
+            Uuid uuid;
+            platform::armGates({"random bytes", passage, 1, answer});
+            EXPECT_TRUE(platform::makeUuid(uuid));
+            platform::disarmGates();
+            EXPECT_TRUE(isOfVersion4(uuid));
+        }
+    }
+}
+
+} // namespace
