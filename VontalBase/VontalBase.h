@@ -12,6 +12,7 @@
 #include "VontalBase/core/ByteArrayInputStream.h"
 #include "VontalBase/core/DebugAutomation.h"
 #include "VontalBase/core/EarthTime.h"
+#include "VontalBase/core/FileInputStream.h"
 #include "VontalBase/core/InputStream.h"
 #include "VontalBase/core/MallocPtr.h"
 #include "VontalBase/core/Md5Sum.h"

@@ -1,0 +1,66 @@
+#include "VontalBase/core/FileInputStream.h"
+
+#include "VontalBase/disk/files.h"
+
+#include <cstddef>
+#include <new>
+
+namespace qvbase
+{
+
+FileInputStream::~FileInputStream()
+{
+    try
+    {
+        closeImpl();
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The file is closed, and stays where it is.
+        m_deleteOnClose = false;
+    }
+}
+
+void FileInputStream::init(std::FILE * file) noexcept
+{
+    m_file = file;
+}
+
+void FileInputStream::init(std::FILE * file, const Vontal::u8string & name, bool deleteOnClose)
+{
+    m_file = file;
+    m_name = name;
+    m_deleteOnClose = deleteOnClose;
+}
+
+int FileInputStream::read(void * buffer, int size)
+{
+    if (m_file == nullptr)
+        return -1;
+    if (m_atEnd || size <= 0)
+        return 0;
+    const std::size_t wanted = static_cast<std::size_t>(size);
+    const std::size_t count = std::fread(buffer, 1, wanted, m_file);
+    if (count < wanted && std::feof(m_file) != 0)
+        m_atEnd = true;
+    return static_cast<int>(count);
+}
+
+void FileInputStream::close()
+{
+    closeImpl();
+}
+
+void FileInputStream::closeImpl()
+{
+    if (m_file != nullptr)
+    {
+        std::fclose(m_file);
+        m_file = nullptr;
+    }
+    // Kept: also where there was nothing to close.
+    if (m_deleteOnClose)
+        qvdisk::deleteFile(m_name);
+}
+
+} // namespace qvbase
