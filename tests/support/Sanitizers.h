@@ -13,4 +13,11 @@ constexpr bool refusesEarlyUse = true;
 constexpr bool refusesEarlyUse = false;
 #endif
 
+/// Whether an allocation that no machine could satisfy ends the program instead of giving null.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool endsAtHugeAllocations = true;
+#else
+constexpr bool endsAtHugeAllocations = false;
+#endif
+
 } // namespace testsupport
