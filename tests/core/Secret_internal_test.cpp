@@ -39,7 +39,7 @@ protected:
     void SetUp() override
     {
         if (!testsupport::memoryCanBeSearched())
-            GTEST_SKIP() << "this system does not show a process its memory";
+            GTEST_SKIP() << "the memory of a process cannot be searched here";
     }
 };
 
@@ -48,17 +48,17 @@ TEST_P(SecretInMemory, IsInClearAsLongAsItsClearTextLivesAndNoLonger)
     const HiddenBytes hidden(GetParam(), static_cast<std::uint32_t>(GetParam()));
     Secret secret;
     setHidden(secret, hidden);
-    EXPECT_EQ(testsupport::occurrences(hidden), 0U) << "while it is held";
+    EXPECT_EQ(testsupport::piecesInMemory(hidden), 0U) << "while it is held";
     {
         const Secret::Clear clear(secret);
         ASSERT_EQ(clear.get().size(), hidden.size());
         EXPECT_TRUE(hidden.areAt(clear.get().data()));
-        EXPECT_EQ(testsupport::occurrences(hidden), 1U) << "while a clear text lives";
+        EXPECT_EQ(testsupport::piecesInMemory(hidden), hidden.pieces()) << "while a clear text lives";
     }
-    EXPECT_EQ(testsupport::occurrences(hidden), 0U) << "after that";
+    EXPECT_EQ(testsupport::piecesInMemory(hidden), 0U) << "after that";
     const Secret copy(secret);
     secret.clear();
-    EXPECT_EQ(testsupport::occurrences(hidden), 0U) << "after copies";
+    EXPECT_EQ(testsupport::piecesInMemory(hidden), 0U) << "after copies";
 }
 
 // Within a string object, in one block and in many, at both sides of the limits.
@@ -89,7 +89,7 @@ TEST(Secret, IsEmptyWhereTheSystemRefusesToProtect)
 TEST(Secret, LeavesNothingInClearWhereTheSystemRefusesToProtect)
 {
     if (!testsupport::memoryCanBeSearched())
-        GTEST_SKIP() << "this system does not show a process its memory";
+        GTEST_SKIP() << "the memory of a process cannot be searched here";
     const HiddenBytes hidden(100, 7);
     Secret secret;
     Vontal::u8string value;
@@ -100,7 +100,7 @@ TEST(Secret, LeavesNothingInClearWhereTheSystemRefusesToProtect)
     EXPECT_FALSE(secret.set(value));
     platform::disarmGates();
     qvbase::wipeString(value);
-    EXPECT_EQ(testsupport::occurrences(hidden), 0U);
+    EXPECT_EQ(testsupport::piecesInMemory(hidden), 0U);
 }
 
 TEST(SecretClear, KeepsAnEmptyTextForEveryFailure)

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <string>
 #include <unistd.h>
+#include <unordered_set>
 #endif
 
 namespace testsupport
@@ -29,8 +30,7 @@ HiddenBytes::HiddenBytes(std::size_t size, std::uint32_t seed)
     for (std::size_t i = 0; i < size; ++i)
     {
         number = number * 1664525 + 1013904223;
-        // Above the control characters and without a zero, also when it is turned back.
-        m_turned.push_back(static_cast<unsigned char>((0x41 + (number >> 24) % 26) ^ turningMask));
+        m_turned.push_back(static_cast<unsigned char>((number >> 24) ^ turningMask));
     }
 }
 
@@ -63,7 +63,7 @@ bool memoryCanBeSearched()
     return false;
 }
 
-std::size_t occurrences(const HiddenBytes &)
+std::size_t piecesInMemory(const HiddenBytes &)
 {
     return 0;
 }
@@ -85,6 +85,13 @@ struct Mapping
     bool isReadable = false;
     bool isOutOfCoreDumps = false;
 };
+
+std::uint64_t wordAt(const unsigned char * bytes)
+{
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
 
 std::vector<Mapping> mappings()
 {
@@ -140,22 +147,35 @@ private:
 
 bool memoryCanBeSearched()
 {
+#ifdef __SANITIZE_THREAD__
+    // Its notes about memory are much larger than that, and as slow to read.
+    return false;
+#else
     return access("/proc/self/mem", R_OK) == 0;
+#endif
 }
 
-std::size_t occurrences(const HiddenBytes & bytes)
+std::size_t piecesInMemory(const HiddenBytes & bytes)
 {
-    // The list is read first, so that what reading it allocates is among the memory. The buffer itself is
-    // passed over, since it holds what was read last.
+    // The pieces are held turned as well, with a filter in front that knows their first two bytes.
+    const std::uint64_t mask = 0x0101010101010101U * turningMask;
+    std::unordered_set<std::uint64_t> turnedPieces;
+    std::vector<bool> beginsPiece(65536, false);
+    for (std::size_t i = 0; i < bytes.pieces(); ++i)
+    {
+        const std::uint64_t piece = wordAt(bytes.m_turned.data() + i);
+        turnedPieces.insert(piece);
+        beginsPiece[piece % 65536] = true;
+    }
+    // The buffer itself is passed over, since it holds what was read last.
     constexpr std::size_t bufferSize = std::size_t{1} << 20;
     static unsigned char buffer[bufferSize];
     const auto bufferBegin = reinterpret_cast<std::uintptr_t>(buffer);
-    const std::vector<Mapping> all = mappings();
-    const SearchedFile memory;
-    const unsigned char first = bytes.at(0);
-    std::size_t count = 0;
     // What is larger than any memory of ours belongs to a sanitizer, for its notes about each address.
     constexpr std::uintptr_t greatestMapping = std::uintptr_t{1} << 32;
+    const std::vector<Mapping> all = mappings();
+    const SearchedFile memory;
+    std::size_t count = 0;
     for (const Mapping & mapping : all)
     {
         if (!mapping.isReadable || mapping.end - mapping.begin > greatestMapping)
@@ -164,18 +184,19 @@ std::size_t occurrences(const HiddenBytes & bytes)
         {
             const std::size_t wanted = std::min<std::size_t>(bufferSize, mapping.end - address);
             const std::size_t size = memory.read(address, buffer, wanted);
-            if (size < bytes.size())
+            if (size < HiddenBytes::pieceSize)
                 break;
-            for (std::size_t i = 0; i + bytes.size() <= size; ++i)
+            for (std::size_t i = 0; i + HiddenBytes::pieceSize <= size; ++i)
             {
-                if (buffer[i] == first && bytes.areAt(buffer + i) &&
-                    !(address + i >= bufferBegin && address + i < bufferBegin + bufferSize))
+                const std::uint64_t turned = wordAt(buffer + i) ^ mask;
+                const bool isOurs = address + i >= bufferBegin && address + i < bufferBegin + bufferSize;
+                if (beginsPiece[turned % 65536] && !isOurs && turnedPieces.count(turned) != 0)
                     ++count;
             }
             if (address + size >= mapping.end)
                 break;
-            // A place where two pieces meet is looked at as well, and none twice.
-            address += size - (bytes.size() - 1);
+            // A place where two readings meet is looked at as well, and none twice.
+            address += size - (HiddenBytes::pieceSize - 1);
         }
     }
     std::memset(buffer, 0, bufferSize);

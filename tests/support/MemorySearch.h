@@ -13,14 +13,23 @@ namespace testsupport
 class HiddenBytes
 {
 public:
+    /// So many bytes at least are taken for a piece of them.
+    static constexpr std::size_t pieceSize = 8;
+
     /// Bytes that occur nowhere else, made from a number.
     HiddenBytes(std::size_t size, std::uint32_t seed);
-    /// Those at an address, which is one of them then.
+    /// Those at an address, which is one of their places then.
     HiddenBytes(const void * bytes, std::size_t size);
 
     [[nodiscard]] std::size_t size() const noexcept
     {
         return m_turned.size();
+    }
+
+    /// How many pieces there are, at each of its bytes one.
+    [[nodiscard]] std::size_t pieces() const noexcept
+    {
+        return size() - pieceSize + 1;
     }
 
     /// One of the bytes.
@@ -30,15 +39,19 @@ public:
     [[nodiscard]] bool areAt(const void * address) const noexcept;
 
 private:
+    friend std::size_t piecesInMemory(const HiddenBytes &);
+
     std::vector<unsigned char> m_turned;
 };
 
-/// Whether the system lets a process look at all of its memory.
+/// Whether a process can look at all of its memory here.
 bool memoryCanBeSearched();
 
-/// How often the bytes occur in what the process may read, whatever it is for. What the stack holds below the
-/// caller counts as well. The other threads of the process must rest meanwhile.
-std::size_t occurrences(const HiddenBytes & bytes);
+/// How many places of memory hold a piece of the bytes, whatever the memory is for; for each copy of them
+/// there are `pieces()`. Remains of a block that was freed are found so although its beginning has been
+/// written over. What the stack holds below the caller counts as well. The other threads of the process must
+/// rest meanwhile.
+std::size_t piecesInMemory(const HiddenBytes & bytes);
 
 /// Addresses of the mappings that the system keeps out of core dumps.
 std::vector<std::uintptr_t> mappingsOutOfCoreDumps();
