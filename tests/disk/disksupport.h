@@ -6,7 +6,15 @@
 
 #include "support/TempDirectory.h"
 
+#include <gmock/gmock.h>
+#include <regex>
 #include <string>
+
+/// That a text is wholly what a regular expression says, in one syntax on every system.
+MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern))
+{
+    return std::regex_match(std::string(arg), std::regex(std::string(pattern)));
+}
 
 /// The path of a directory, as the library takes it.
 inline Vontal::u8string pathOf(const testsupport::TempDirectory & directory)

@@ -11,7 +11,6 @@
 #include "support/ResourceSnapshot.h"
 
 #include <filesystem>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <istream>
 #include <memory>
@@ -21,7 +20,6 @@
 namespace
 {
 
-using testing::MatchesRegex;
 using testsupport::TempDirectory;
 using Vontal::u8string;
 
@@ -156,7 +154,7 @@ TEST(ReadRawFile, LeavesTheTextAloneWhereItCannotOpen)
 TEST(ReadRawFile, ReadsAFileThatDoesNotTellItsSize)
 {
     const u8string path = "/proc/self/cmdline";
-    if (!qvdisk::fileExists(path))
+    if (testsupport::hasDrives())
         GTEST_SKIP() << "this system has no such files";
     EXPECT_EQ(qvdisk::getFileSize(path), 0);
     std::string out;
@@ -168,7 +166,7 @@ TEST(ReadRawFile, KeepsTakingAReadThatFailsForTheEnd)
 {
     // The system opens it, but there is nothing at its beginning to be read.
     const u8string path = "/proc/self/mem";
-    if (!qvdisk::fileExists(path))
+    if (testsupport::hasDrives())
         GTEST_SKIP() << "this system has no such files";
     std::string out = "before";
     EXPECT_TRUE(qvdisk::readRawFile(path, out));
@@ -300,13 +298,13 @@ TEST(SaveStandardStream, SaysWhyItFails)
     const std::string place = "qvdiskutils:[0-9]+:'qvdisk::save': ";
     std::string error = "before ";
     EXPECT_FALSE(qvdisk::save(nullptr, pathOf(directory, "file"), error));
-    EXPECT_THAT(error, MatchesRegex("before " + place + "Wrong parameter istream==NULL"));
+    EXPECT_THAT(error, MatchesPattern("before " + place + "Wrong parameter istream==NULL"));
     EXPECT_FALSE(directory.contains("file"));
 
     std::istringstream stream("123");
     error.clear();
     EXPECT_FALSE(qvdisk::save(&stream, pathOf(directory, "none\\file"), error));
-    EXPECT_THAT(error, MatchesRegex(place + "Cannot create file: .*"));
+    EXPECT_THAT(error, MatchesPattern(place + "Cannot create file: .*"));
     EXPECT_EQ(error.substr(error.find("file: ") + 6), pathOf(directory, "none\\file"));
     EXPECT_EQ(stream.get(), '1') << "what cannot be written is not read";
 
@@ -318,7 +316,7 @@ TEST(SaveStandardStream, SaysWhyItFails)
         std::istringstream some(manyBytes(size));
         error.clear();
         EXPECT_FALSE(qvdisk::save(&some, full, error));
-        EXPECT_THAT(error, MatchesRegex(place + "Cannot write file: /dev/full"));
+        EXPECT_THAT(error, MatchesPattern(place + "Cannot write file: /dev/full"));
     }
 }
 
@@ -436,7 +434,10 @@ TEST(CountMD5sum, LeavesTheDigestAloneWhereTheFileCannotBeRead)
     u8string digest = "before";
     EXPECT_FALSE(qvdisk::countMD5sum(pathOf(directory, "none"), digest));
     EXPECT_FALSE(qvdisk::countMD5sum(pathOf(directory), digest));
-    EXPECT_FALSE(qvdisk::countMD5sum("/proc/self/mem", digest)) << "where it is there, a read fails";
+    if (!testsupport::hasDrives())
+    {
+        EXPECT_FALSE(qvdisk::countMD5sum("/proc/self/mem", digest)) << "a read that fails";
+    }
     EXPECT_EQ(digest, "before");
 }
 

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -99,6 +100,12 @@ bool limitFileSize(unsigned int)
     return false;
 }
 
+SmallDisk::SmallDisk(const std::string & directory, unsigned int) : m_directory(directory), m_isThere(false)
+{
+}
+
+SmallDisk::~SmallDisk() = default;
+
 TemporaryPlace::TemporaryPlace(const std::string & directory) : m_wasSet(true)
 {
     std::wstring before(32768, L'\0');
@@ -170,6 +177,18 @@ TemporaryPlace::~TemporaryPlace()
         setenv("TMPDIR", m_before.c_str(), 1);
     else
         unsetenv("TMPDIR");
+}
+
+SmallDisk::SmallDisk(const std::string & directory, unsigned int bytes)
+    : m_directory(directory), m_isThere(mount("vontalbase-test", directory.c_str(), "tmpfs", 0,
+                                            ("size=" + std::to_string(bytes)).c_str()) == 0)
+{
+}
+
+SmallDisk::~SmallDisk()
+{
+    if (m_isThere)
+        umount2(m_directory.c_str(), MNT_DETACH);
 }
 
 bool limitFileSize(unsigned int bytes)

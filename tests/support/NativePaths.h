@@ -53,6 +53,26 @@ private:
     bool m_wasSet;
 };
 
+/// While the object lives, an empty directory is a disk of its own with room for so many bytes, if the system
+/// and the rights of the process allow it.
+class SmallDisk
+{
+public:
+    SmallDisk(const std::string & directory, unsigned int bytes);
+    SmallDisk(const SmallDisk &) = delete;
+    SmallDisk & operator=(const SmallDisk &) = delete;
+    ~SmallDisk();
+
+    [[nodiscard]] bool isThere() const noexcept
+    {
+        return m_isThere;
+    }
+
+private:
+    std::string m_directory;
+    bool m_isThere;
+};
+
 /// Makes the process one without the rights of an administrator, for good. For children of tests.
 /// @return false where that is not possible, so that nothing can be shown.
 bool dropPrivileges();
