@@ -72,7 +72,7 @@ TEST(FullDisk, IsAFailedWrite)
         EXPECT_EQ(writeTooMuch(place, std::string(room + 1, 'x')), 0) << "only the last byte is too much";
         directory.write("source", std::string(3 * room, 'x'));
         EXPECT_FALSE(qvdisk::copy(pathOf(directory, "source"), place + "\\target"));
-        EXPECT_TRUE(qvdisk::fileExists(place + "\\target")) << "a part of it stays";
+        EXPECT_TRUE(qvdisk::fileExists(u8string(place + "\\target"))) << "a part of it stays";
         EXPECT_TRUE(qvdisk::deleteDirContent(place)) << "deleting needs no room";
         u8string out = "before";
         EXPECT_FALSE(qvdisk::createTempFileCopy(place, u8string("a"), pathOf(directory, "source"), out));
@@ -209,7 +209,7 @@ TEST(LongPaths, AreUsedLikeOthers)
     EXPECT_EQ(names.size(), 2U);
     u8string out;
     EXPECT_TRUE(qvdisk::createTempFile(path, u8string("a"), u8string("x"), out));
-    EXPECT_TRUE(qvdisk::fileExists(path + "\\*.x"));
+    EXPECT_TRUE(qvdisk::fileExists(u8string(path + "\\*.x")));
     EXPECT_TRUE(qvdisk::deleteFile(out));
     std::wstring error;
     EXPECT_TRUE(qvdisk::deleteAllFiles(wide(path), error));

@@ -42,6 +42,8 @@ TEST(Places, TellTheTemporaryDirectoryWithASeparatorBehindIt)
 
 TEST(Places, DoNotTellAPathThatIsTooLong)
 {
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "this system tells none that is longer than 260";
     const testsupport::TempDirectory directory;
     const std::string name(200, 'n');
     const u8string first = pathOf(directory, name);

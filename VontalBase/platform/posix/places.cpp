@@ -1,12 +1,13 @@
 #include "VontalBase/platform/places.h"
 
-#include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/text/utf.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform
@@ -46,8 +47,11 @@ std::wstring wideFrom(std::string_view bytes)
 
 bool isDirectory(const std::wstring & path)
 {
-    FileStatus status;
-    return readFileStatus(path, status) && status.kind == FileStatus::Kind::Directory;
+    struct stat status
+    {
+    };
+    const KernelPath kernelPath(path);
+    return fstatat(kernelPath.directory(), kernelPath.name(), &status, 0) == 0 && S_ISDIR(status.st_mode);
 }
 
 } // namespace

@@ -1,0 +1,471 @@
+#include "VontalBase/core/ByteArrayInputStream.h"
+#include "VontalBase/core/EarthTime.h"
+#include "VontalBase/core/Reference.h"
+#include "VontalBase/core/ReferencedImpl.h"
+#include "VontalBase/disk/AutoDeleteFile.h"
+#include "VontalBase/disk/File.h"
+#include "VontalBase/disk/FileEnumerator.h"
+#include "VontalBase/disk/FileReader.h"
+#include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/disk/directories.h"
+#include "VontalBase/disk/files.h"
+#include "VontalBase/disk/places.h"
+#include "VontalBase/disk/temporaryfiles.h"
+#include "VontalBase/text/pstring.h"
+#include "VontalBase/text/u8string.h"
+
+#include "support/NativePaths.h"
+#include "support/TempDirectory.h"
+#include "support/Torture.h"
+
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <list>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+
+namespace
+{
+
+using qvdisk::File;
+using testsupport::Fault;
+using testsupport::TempDirectory;
+using testsupport::torture;
+using testsupport::UnseenAllocations;
+using Vontal::u8string;
+
+namespace fs = std::filesystem;
+
+const std::string longBytes(70'000, 'x');
+
+class Everything : public qvdisk::FileEnumerator
+{
+public:
+    bool onEntry(File &) override
+    {
+        ++count;
+        return true;
+    }
+
+    int count = 0;
+};
+
+/// A place with a file, a tree and a victim that nothing is asked to touch.
+class DiskTorture : public testing::Test
+{
+protected:
+    DiskTorture() : place(directory.text()), temporaryPlace(directory.text("temporary"))
+    {
+        lay();
+    }
+
+    ~DiskTorture() override
+    {
+        directory.clear();
+    }
+
+    /// Makes everything as it is at the beginning of a run.
+    void lay()
+    {
+        const UnseenAllocations unseen;
+        directory.clear();
+        fs::create_directories(directory.path() / "tree" / "below" / "deep");
+        fs::create_directories(directory.path() / "temporary");
+        fs::create_directories(directory.path() / "outside");
+        directory.write("file", longBytes);
+        directory.write("tree/a", "1");
+        directory.write("tree/below/b", "1");
+        directory.write("tree/below/deep/c", "1");
+        directory.write("outside/victim", "12345");
+        if (testsupport::canMakeLinks())
+            testsupport::makeLink(directory.text("outside"), directory.text("tree/link"));
+    }
+
+    [[nodiscard]] u8string at(const char * name) const
+    {
+        return place + '\\' + name;
+    }
+
+    /// How many files and directories are in the place for temporary files.
+    [[nodiscard]] int temporaries() const
+    {
+        const UnseenAllocations unseen;
+        int count = 0;
+        for ([[maybe_unused]] const auto & entry : fs::directory_iterator(directory.path() / "temporary"))
+            ++count;
+        return count;
+    }
+
+    [[nodiscard]] std::string bytesOf(const char * name) const
+    {
+        const UnseenAllocations unseen;
+        return directory.read(name);
+    }
+
+    /// Runs an operation under every fault, each time on what `lay` makes. Memory that ends it leaves it by
+    /// the exception; whatever happens, the victim stays. `isRight` gets whether something failed.
+    void tortureOperation(const char * label, const std::function<bool(bool hasFault)> & isRight)
+    {
+        SCOPED_TRACE(label);
+        const testsupport::TortureReport report = torture(
+            [&](const Fault & fault)
+            {
+                lay();
+                try
+                {
+                    // Asked afterwards, for by then it is known whether the fault came up.
+                    EXPECT_TRUE(isRight(fault.kind != Fault::Kind::None));
+                }
+                catch (const std::bad_alloc &)
+                {
+                    EXPECT_TRUE(fault.isAllocation());
+                }
+                EXPECT_EQ(bytesOf("outside/victim"), "12345");
+            });
+        EXPECT_GT(report.faultyRuns, 0U);
+    }
+
+    TempDirectory directory;
+    u8string place;
+    testsupport::TemporaryPlace temporaryPlace;
+};
+
+TEST_F(DiskTorture, QuestionsAreAnsweredOrDenied)
+{
+    const struct
+    {
+        const char * label;
+        std::function<bool()> ask;
+    } questions[] = {
+        {"isFile",
+            [&]
+            {
+                return File(at("file")).isFile();
+            }},
+        {"isDirectory",
+            [&]
+            {
+                return File(at("tree")).isDirectory();
+            }},
+        {"exists",
+            [&]
+            {
+                return File(at("file")).exists();
+            }},
+        {"getFileSize",
+            [&]
+            {
+                return File(at("file")).getFileSize() == 70'000;
+            }},
+        {"free getFileSize",
+            [&]
+            {
+                return qvdisk::getFileSize(at("file")) == 70'000;
+            }},
+        {"fileExists",
+            [&]
+            {
+                return qvdisk::fileExists(at("file"));
+            }},
+        {"narrow fileExists",
+            [&]
+            {
+                return qvdisk::fileExists(std::string(at("fil?")));
+            }},
+        {"free isDirectory",
+            [&]
+            {
+                return qvdisk::isDirectory(at("tree"));
+            }},
+        {"getModificationTime",
+            [&]
+            {
+                qvbase::EarthTime time;
+                return File(at("file")).getModificationTime(time);
+            }},
+        {"isEmpty of a directory",
+            [&]
+            {
+                return File(at("temporary")).isEmpty();
+            }},
+        {"getEntries",
+            [&]
+            {
+                Everything entries;
+                return File(at("tree")).getEntries(&entries);
+            }},
+        {"getDirectoryContent",
+            [&]
+            {
+                std::list<u8string> names;
+                return qvdisk::getDirectoryContent(at("tree"), names);
+            }},
+        {"getModuleFullName",
+            [&]
+            {
+                u8string out;
+                return qvdisk::getModuleFullName(out);
+            }},
+        {"getModuleDir",
+            [&]
+            {
+                u8string out;
+                return qvdisk::getModuleDir(out);
+            }},
+        {"getModuleName",
+            [&]
+            {
+                u8string out;
+                return qvdisk::getModuleName(out);
+            }},
+    };
+    for (const auto & question : questions)
+        tortureOperation(question.label, [&](bool hasFault) { return question.ask() || hasFault; });
+}
+
+TEST_F(DiskTorture, AFullDirectoryIsNeverTakenForAnEmptyOne)
+{
+    tortureOperation("isEmpty", [&](bool) { return !File(at("tree")).isEmpty(); });
+    tortureOperation("isEmpty of a file", [&](bool) { return !File(at("file")).isEmpty(); });
+}
+
+TEST_F(DiskTorture, ARefusedOpenNeverEmptiesAFile)
+{
+    tortureOperation("openForWrite",
+        [&](bool hasFault)
+        {
+            const std::unique_ptr<qvdisk::FileWriter> writer(File(at("file")).openForWrite());
+            if (writer != nullptr)
+                return bytesOf("file").empty();
+            return hasFault && bytesOf("file") == longBytes;
+        });
+    tortureOperation("openForRead",
+        [&](bool hasFault)
+        {
+            const std::unique_ptr<qvdisk::FileReader> reader(File(at("file")).openForRead());
+            return (reader != nullptr || hasFault) && bytesOf("file") == longBytes;
+        });
+}
+
+TEST_F(DiskTorture, AWriteThatSaysYesHasWrittenEverything)
+{
+    const struct
+    {
+        const char * label;
+        std::function<bool()> write;
+    } ways[] = {
+        {"writeTextFile",
+            [&]
+            {
+                return qvdisk::writeTextFile(at("new"), longBytes);
+            }},
+        {"writeBinaryData",
+            [&]
+            {
+                return qvdisk::writeBinaryData(at("new"), longBytes.data(), 70'000);
+            }},
+        {"save of a stream",
+            [&]
+            {
+                const qvbase::Reference<qvbase::ReferencedImpl<qvbase::ByteArrayInputStream>> stream(
+                    new qvbase::ReferencedImpl<qvbase::ByteArrayInputStream>);
+                return stream->init(longBytes.data(), 70'000) && qvdisk::save(stream.get(), at("new"));
+            }},
+        {"save of a standard stream",
+            [&]
+            {
+                std::istringstream stream(longBytes);
+                std::string error;
+                const bool isSaved = qvdisk::save(&stream, at("new"), error);
+                EXPECT_EQ(isSaved, error.empty());
+                return isSaved;
+            }},
+        {"copy",
+            [&]
+            {
+                return qvdisk::copy(at("file"), at("new"));
+            }},
+    };
+    for (const auto & way : ways)
+    {
+        tortureOperation(
+            way.label, [&](bool hasFault) { return way.write() ? bytesOf("new") == longBytes : hasFault; });
+    }
+}
+
+TEST_F(DiskTorture, AFileIsReadAsFarAsItCanBe)
+{
+    tortureOperation("readRawFile",
+        [&](bool hasFault)
+        {
+            std::string out = "before";
+            const bool isRead = qvdisk::readRawFile(at("file"), out);
+            if (!isRead)
+                return hasFault && out == "before";
+            // Kept: a read that fails ends it quietly.
+            return hasFault ? ("before" + longBytes).compare(0, out.size(), out) == 0
+                            : out == "before" + longBytes;
+        });
+    tortureOperation("readUnicodeTextFile",
+        [&](bool hasFault)
+        {
+            u8string out = "before";
+            return qvdisk::readUnicodeTextFile(at("file"), out) ? hasFault || out == longBytes
+                                                                : hasFault && out == "before";
+        });
+    tortureOperation("countMD5sum",
+        [&](bool hasFault)
+        {
+            u8string digest;
+            // Seventy thousand times x, as md5sum reckons it.
+            const bool isCounted = qvdisk::countMD5sum(at("file"), digest);
+            return isCounted ? digest == "bbe08e77a44b51de811b3d30272b9916" : hasFault && digest.empty();
+        });
+}
+
+TEST_F(DiskTorture, DirectoriesAreMadeOrDenied)
+{
+    tortureOperation("mkdir", [&](bool hasFault)
+        { return File(at("new")).mkdir() ? fs::exists(directory.path() / "new") : hasFault; });
+    tortureOperation("createDirectories",
+        [&](bool hasFault)
+        {
+            const bool isMade = qvdisk::createDirectories(at("new\\newer\\newest"));
+            const UnseenAllocations unseen;
+            return isMade ? directory.contains("new/newer/newest") : hasFault;
+        });
+    tortureOperation("wide createDirectories",
+        [&](bool) { return qvdisk::createDirectories(Vontal::pstring(at("new\\newer"))); });
+}
+
+TEST_F(DiskTorture, WhatIsSaidToBeRemovedIsGoneAndNothingElse)
+{
+    const struct
+    {
+        const char * label;
+        const char * name;
+        std::function<bool()> remove;
+    } ways[] = {
+        {"deleteFile", "tree/a",
+            [&]
+            {
+                return qvdisk::deleteFile(at("tree\\a"));
+            }},
+        {"remove of a file", "tree/a",
+            [&]
+            {
+                return File(at("tree\\a")).remove(false);
+            }},
+        {"remove of an empty directory", "temporary",
+            [&]
+            {
+                return File(at("temporary")).remove(false);
+            }},
+        {"remove of a tree", "tree",
+            [&]
+            {
+                return File(at("tree")).remove(true);
+            }},
+        {"deleteDirectory", "tree",
+            [&]
+            {
+                return qvdisk::deleteDirectory(at("tree"));
+            }},
+        {"deleteDirContent", "tree/below",
+            [&]
+            {
+                return qvdisk::deleteDirContent(at("tree"));
+            }},
+    };
+    for (const auto & way : ways)
+    {
+        tortureOperation(way.label,
+            [&](bool hasFault)
+            {
+                const bool isRemoved = way.remove();
+                EXPECT_EQ(bytesOf("file"), longBytes);
+                const UnseenAllocations unseen;
+                return isRemoved ? !directory.contains(way.name) : hasFault;
+            });
+    }
+    tortureOperation("remove of a full directory, not asked for what is in it",
+        [&](bool)
+        {
+            const bool isRemoved = File(at("tree")).remove(false);
+            return !isRemoved && bytesOf("tree/below/deep/c") == "1";
+        });
+    tortureOperation("deleteAllFiles",
+        [&](bool hasFault)
+        {
+            std::wstring error;
+            const bool isDone = qvdisk::deleteAllFiles(Vontal::pstring(at("tree\\below\\deep")), error);
+            EXPECT_EQ(isDone, error.empty());
+            EXPECT_EQ(bytesOf("tree/below/b"), "1");
+            const UnseenAllocations unseen;
+            return hasFault || (isDone && !directory.contains("tree/below/deep/c"));
+        });
+}
+
+TEST_F(DiskTorture, TemporaryFilesAreGivenOutOrNotThere)
+{
+    const struct
+    {
+        const char * label;
+        std::function<bool()> make;
+    } ways[] = {
+        {"createTempFile, wide",
+            [&]
+            {
+                std::wstring out;
+                return qvdisk::createTempFile(std::wstring(L"a"), std::wstring(L"b"), out);
+            }},
+        {"createTempFile",
+            [&]
+            {
+                u8string out;
+                return qvdisk::createTempFile(u8string("a"), u8string("b"), out);
+            }},
+        {"createTempFileCopy, wide",
+            [&]
+            {
+                std::wstring out;
+                return qvdisk::createTempFileCopy(L"a", Vontal::pstring(at("file")), out);
+            }},
+        {"createTempFileCopy",
+            [&]
+            {
+                u8string out;
+                return qvdisk::createTempFileCopy(at("temporary"), u8string("a"), at("file"), out);
+            }},
+        {"createTempDir",
+            [&]
+            {
+                u8string out;
+                return qvdisk::createTempDir("a", out);
+            }},
+    };
+    for (const auto & way : ways)
+    {
+        tortureOperation(way.label,
+            [&](bool hasFault)
+            {
+                const bool isMade = way.make();
+                EXPECT_EQ(temporaries(), isMade ? 1 : 0);
+                return isMade || hasFault;
+            });
+    }
+    tortureOperation("AutoDeleteFile",
+        [&](bool hasFault)
+        {
+            qvdisk::AutoDeleteFile file;
+            const bool isMade = qvdisk::createTempFile(u8string("a"), u8string("b"), file);
+            EXPECT_EQ(file.isEmpty(), !isMade);
+            EXPECT_EQ(temporaries(), isMade ? 1 : 0);
+            return isMade || hasFault;
+        });
+}
+
+} // namespace
