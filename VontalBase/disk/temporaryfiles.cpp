@@ -50,6 +50,13 @@ void appendDash(Text & name)
         name.push_back(Character('-'));
 }
 
+/// Whether files can lie in a directory.
+bool isPlace(const std::wstring & path)
+{
+    platform::FileStatus status;
+    return platform::readFileStatus(path, status) && status.kind == platform::FileStatus::Kind::Directory;
+}
+
 /// What a name ends in, its dot included.
 std::wstring dottedSuffix(const std::wstring & suffix)
 {
@@ -99,11 +106,16 @@ bool createTempFile(const std::wstring & directory, const std::wstring & prefix,
         if (attempt > 0)
             name += L'-' + std::to_wstring(attempt);
         name += end;
-        if (!platform::Search().begin(name) && platform::createNewFile(name))
+        if (platform::Search().begin(name))
+            continue;
+        if (platform::createNewFile(name))
         {
             out.swap(name);
             return true;
         }
+        // Further attempts would take seconds, and end no better.
+        if (!isPlace(place + L"."))
+            return false;
     }
     return false;
 }
@@ -181,7 +193,7 @@ bool createTempDir(const Vontal::u8string & prefix, Vontal::u8string & out)
     for (int attempt = 0; attempt < mostDirectoryAttempts; ++attempt)
     {
         // Kept: an application that seeds `rand`, or does not, gets the numbers that it expects.
-        const int number = std::rand(); // NOLINT(cert-msc50-cpp,cert-msc30-c)
+        const int number = std::rand(); // NOLINT(cert-msc50-cpp)
         const Vontal::u8string name = start + std::to_string(secondsNow()) + '.' + std::to_string(number);
         const File directory(parent, name);
         Vontal::u8string path(directory.getPath().c_str());

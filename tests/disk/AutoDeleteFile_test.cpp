@@ -114,12 +114,12 @@ TEST(AutoDeleteFile, MakesATemporaryFile)
         AutoDeleteFile file(pathOf(directory, "old"));
         EXPECT_TRUE(file.create(pstring(L"a"), pstring(L"txt")));
         EXPECT_FALSE(directory.contains("old"));
-        EXPECT_THAT(leaf(file), MatchesPattern("a-[0-9]+\\.txt"));
+        EXPECT_THAT(leaf(file), HasForm("a-#.txt"));
         const std::string first = leaf(file);
         EXPECT_EQ(directory.read(first), "");
         EXPECT_TRUE(file.create(pstring(L"b")));
         EXPECT_FALSE(directory.contains(first));
-        EXPECT_THAT(leaf(file), MatchesPattern("b-[0-9]+"));
+        EXPECT_THAT(leaf(file), HasForm("b-#"));
         EXPECT_EQ(directory.read(leaf(file)), "");
     }
 }

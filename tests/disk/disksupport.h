@@ -6,14 +6,35 @@
 
 #include "support/TempDirectory.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <gmock/gmock.h>
-#include <regex>
 #include <string>
+#include <string_view>
 
-/// That a text is wholly what a regular expression says, in one syntax on every system.
-MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern))
+/// Whether a text has a form: '#' in it stands for a run of digits, a '*' at its end for any rest, and all
+/// else for itself.
+inline bool hasForm(std::string_view text, std::string_view form)
 {
-    return std::regex_match(std::string(arg), std::regex(std::string(pattern)));
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < form.size(); ++i)
+    {
+        if (form[i] == '*' && i + 1 == form.size())
+            return true;
+        const std::size_t start = at;
+        if (form[i] == '#')
+            at = std::min(text.find_first_not_of("0123456789", at), text.size());
+        else if (at < text.size() && text[at] == form[i])
+            ++at;
+        if (at == start)
+            return false;
+    }
+    return at == text.size();
+}
+
+MATCHER_P(HasForm, form, "has the form " + std::string(form))
+{
+    return hasForm(std::string(arg), std::string(form));
 }
 
 /// The path of a directory, as the library takes it.

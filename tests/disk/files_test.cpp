@@ -295,16 +295,16 @@ TEST(SaveStandardStream, WritesWhatTheBufferGives)
 TEST(SaveStandardStream, SaysWhyItFails)
 {
     const TempDirectory directory;
-    const std::string place = "qvdiskutils:[0-9]+:'qvdisk::save': ";
+    const std::string place = "qvdiskutils:#:'qvdisk::save': ";
     std::string error = "before ";
     EXPECT_FALSE(qvdisk::save(nullptr, pathOf(directory, "file"), error));
-    EXPECT_THAT(error, MatchesPattern("before " + place + "Wrong parameter istream==NULL"));
+    EXPECT_THAT(error, HasForm("before " + place + "Wrong parameter istream==NULL"));
     EXPECT_FALSE(directory.contains("file"));
 
     std::istringstream stream("123");
     error.clear();
     EXPECT_FALSE(qvdisk::save(&stream, pathOf(directory, "none\\file"), error));
-    EXPECT_THAT(error, MatchesPattern(place + "Cannot create file: .*"));
+    EXPECT_THAT(error, HasForm(place + "Cannot create file: *"));
     EXPECT_EQ(error.substr(error.find("file: ") + 6), pathOf(directory, "none\\file"));
     EXPECT_EQ(stream.get(), '1') << "what cannot be written is not read";
 
@@ -316,7 +316,7 @@ TEST(SaveStandardStream, SaysWhyItFails)
         std::istringstream some(manyBytes(size));
         error.clear();
         EXPECT_FALSE(qvdisk::save(&some, full, error));
-        EXPECT_THAT(error, MatchesPattern(place + "Cannot write file: /dev/full"));
+        EXPECT_THAT(error, HasForm(place + "Cannot write file: /dev/full"));
     }
 }
 

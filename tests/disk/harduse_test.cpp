@@ -224,7 +224,7 @@ TEST(DeepTrees, AreRemovedOnASmallStackWithFewDescriptors)
     const TempDirectory directory;
     const u8string top = pathOf(directory, "top");
     // Each level has a file and another directory, on both sides of the way down.
-    const int depth = testsupport::hasDrives() ? 700 : 3000;
+    const int depth = testsupport::hasDrives() ? 300 : 3000;
     u8string path = top;
     ASSERT_TRUE(qvdisk::createDirectory(path));
     for (int i = 0; i < depth; ++i)

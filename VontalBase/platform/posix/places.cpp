@@ -70,7 +70,7 @@ std::wstring temporaryDirectory()
 {
     if (gateFails("temporary directory"))
         return {};
-    const char * const wish = std::getenv("TMPDIR"); // NOLINT(concurrency-mt-unsafe)
+    const char * const wish = std::getenv("TMPDIR");
     std::wstring directory = wideFrom(usualTemporaryDirectory);
     if (wish != nullptr && isDirectory(wideFrom(wish)))
         directory = wideFrom(wish);

@@ -146,7 +146,7 @@ bool Search::System::goOn()
     {
         errno = 0;
         // A listing belongs to one thread at a time, as the search does.
-        const dirent * const entry = readdir(listing); // NOLINT(concurrency-mt-unsafe)
+        const dirent * const entry = readdir(listing);
         if (entry == nullptr)
         {
             hasFailed = errno != 0;
