@@ -1,5 +1,6 @@
 #include "VontalBase/text/utf.h"
 
+#include "VontalBase/platform/processor.h"
 #include "VontalBase/text/utfcharacters.h"
 #include "VontalBase/text/utfsteps.h"
 
@@ -263,7 +264,7 @@ constinit const UtfSteps plainUtfSteps = {widenPlainly, narrowPlainly};
 
 const UtfSteps & bestUtfSteps() noexcept
 {
-    static const UtfSteps & best = canPickBytes() ? pickingUtfSteps : plainUtfSteps;
+    static const UtfSteps & best = platform::canPickBytes() ? pickingUtfSteps : plainUtfSteps;
     return best;
 }
 

@@ -351,9 +351,4 @@ VONTAL_PICKING void narrow(Narrowing & place) noexcept
 
 constinit const UtfSteps pickingUtfSteps = {widen, narrow};
 
-bool canPickBytes() noexcept
-{
-    return __builtin_cpu_supports("ssse3") != 0;
-}
-
 } // namespace Vontal

@@ -37,11 +37,8 @@ struct UtfSteps
 };
 
 extern const UtfSteps plainUtfSteps;
-/// Only for processors that `canPickBytes`.
+/// Only for processors that `platform::canPickBytes`.
 extern const UtfSteps pickingUtfSteps;
-
-/// Whether this processor can.
-bool canPickBytes() noexcept;
 
 /// The quicker of those that this processor can do.
 const UtfSteps & bestUtfSteps() noexcept;

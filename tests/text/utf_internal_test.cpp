@@ -1,3 +1,4 @@
+#include "VontalBase/platform/processor.h"
 #include "VontalBase/text/utf.h"
 #include "VontalBase/text/utfsteps.h"
 
@@ -52,7 +53,7 @@ TEST(Utf, ConvertsZeroBytesLikeAnyOther)
 std::vector<std::pair<std::string, const Vontal::UtfSteps *>> steps()
 {
     std::vector<std::pair<std::string, const Vontal::UtfSteps *>> all = {{"plain", &Vontal::plainUtfSteps}};
-    if (Vontal::canPickBytes())
+    if (platform::canPickBytes())
         all.emplace_back("picking", &Vontal::pickingUtfSteps);
     return all;
 }

@@ -1,0 +1,12 @@
+/// @internal
+/// @file
+/// What the processor can do beyond what every x86-64 can.
+#pragma once
+
+namespace platform
+{
+
+/// Whether it can pick bytes out of a register by a table (SSSE3).
+bool canPickBytes() noexcept;
+
+} // namespace platform
