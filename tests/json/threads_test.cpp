@@ -5,8 +5,8 @@
 #include "json/LoggingAcceptor.h"
 #include "json/boundclasses.h"
 #include "json/jsonsupport.h"
+#include "support/TestBarrier.h"
 
-#include <barrier>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -26,7 +26,7 @@ constexpr int rounds = 50;
 template <class Work>
 void together(const Work & work)
 {
-    std::barrier start(threadCount);
+    testsupport::TestBarrier start(threadCount);
     std::vector<int> wrong(threadCount, 0);
     std::vector<std::thread> threads;
     for (int i = 0; i < threadCount; ++i)
@@ -34,7 +34,7 @@ void together(const Work & work)
         threads.emplace_back(
             [&, i]
             {
-                start.arrive_and_wait();
+                start.arriveAndWait();
                 for (int round = 0; round < rounds; ++round)
                     wrong[static_cast<std::size_t>(i)] += work(i, round) ? 0 : 1;
             });
@@ -151,14 +151,14 @@ TEST(JsonThreads, TakePartsOfOneParseEach)
             for (unsigned int i = 0; i < threadCount; ++i)
                 static_cast<qvjson::Array *>(*root)->getItem(i, parts[i]);
         }
-        std::barrier start(threadCount);
+        testsupport::TestBarrier start(threadCount);
         std::vector<std::thread> threads;
         for (ItemReference & part : parts)
         {
             threads.emplace_back(
                 [&start, &part]
                 {
-                    start.arrive_and_wait();
+                    start.arriveAndWait();
                     static_cast<qvjson::Array *>(*part)->add(make<qvjson::ValueNull>());
                     part = nullptr;
                 });
