@@ -1,0 +1,17 @@
+// What a program for a terminal asks of the system.
+#pragma once
+
+#include "VontalBase/VontalBase.h"
+
+#include <vector>
+
+namespace console
+{
+
+/// The arguments of `main`, the program's name in front, as UTF-8.
+std::vector<Vontal::u8string> arguments(int argc, char ** argv);
+
+/// Whether somebody looks at the standard error stream while it is written.
+bool isErrorTerminal();
+
+} // namespace console
