@@ -419,32 +419,32 @@ short EarthTime::milisecond() const noexcept
 
 bool EarthTime::operator==(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) == 0;
+    return std::is_eq(compare(*this, other));
 }
 
 bool EarthTime::operator!=(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) != 0;
+    return std::is_neq(compare(*this, other));
 }
 
 bool EarthTime::operator<(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) < 0;
+    return std::is_lt(compare(*this, other));
 }
 
 bool EarthTime::operator<=(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) <= 0;
+    return std::is_lteq(compare(*this, other));
 }
 
 bool EarthTime::operator>(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) > 0;
+    return std::is_gt(compare(*this, other));
 }
 
 bool EarthTime::operator>=(const EarthTime & other) const noexcept
 {
-    return compare(*this, other) >= 0;
+    return std::is_gteq(compare(*this, other));
 }
 
 bool EarthTime::isSameDay(const EarthTime & other) const noexcept

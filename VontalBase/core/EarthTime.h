@@ -104,7 +104,7 @@ public:
     ///
     /// Kept: February has 29 days in every year. The time is looked at only where the month is not 1 to 12;
     /// such a value is valid if its time is at most 86400000, so that a value of zeros is.
-    bool is_valid() const noexcept;
+    bool is_valid() const noexcept; // NOLINT(readability-identifier-naming)
     /// A number that grows from day to day.
     ///
     /// Kept: years count 366 days, so that it is no true number of days. A month that is none counts as the
@@ -198,8 +198,10 @@ protected:
     /// @param value receives the number; untouched if there is no digit.
     /// @param maxDigits how many digits are read at the most; 0 for all.
     /// @return how many were read, 32767 standing for more as well; 0 if there is none.
+    // NOLINTNEXTLINE(readability-identifier-naming)
     short parse_in(const char * text, short & value, Vontal::long32 maxDigits) noexcept;
     /// @copydoc parse_in(const char *, short &, Vontal::long32)
+    // NOLINTNEXTLINE(readability-identifier-naming)
     short parse_in(const wchar_t * text, short & value, Vontal::long32 maxDigits) noexcept;
 };
 

@@ -64,11 +64,11 @@ struct RoundI
     }
 };
 
-template <class Round, int shift>
+template <class Round, int Shift>
 inline void step(std::uint32_t & a, std::uint32_t b, std::uint32_t c, std::uint32_t d, std::uint32_t word,
     std::uint32_t constant) noexcept
 {
-    a = b + std::rotl(Round::mix(a + word + constant, b, c, d), shift);
+    a = b + std::rotl(Round::mix(a + word + constant, b, c, d), Shift);
 }
 
 /// Takes whole blocks.

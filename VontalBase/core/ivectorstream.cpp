@@ -11,9 +11,12 @@ ivectorstream::ivectorstream(std::vector<char> & data) : std::basic_istream<char
     init(&m_buffer);
 }
 
+// NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
+
 ivectorstream & ivectorstream::operator=(ivectorstream && other)
 {
     std::basic_istream<char>::operator=(std::move(other));
+    // NOLINTNEXTLINE(bugprone-use-after-move): the base has moved what is its own, and not the buffer.
     m_buffer = std::move(other.m_buffer);
     return *this;
 }

@@ -23,6 +23,7 @@ public:
     /// Begins at the first byte of @p data.
     ivectorstream(std::vector<char> & data);
     /// Takes over the bytes left to @p other and its state, and gives it those of this stream.
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
     ivectorstream & operator=(ivectorstream && other);
     /// Leaves the vector alone.
     ~ivectorstream() override;

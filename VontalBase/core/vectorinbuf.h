@@ -20,6 +20,7 @@ public:
     vectorinbuf(const vectorinbuf &) = delete;
     vectorinbuf & operator=(const vectorinbuf &) = delete;
     /// Takes over what is left to @p other, and gives it what is left here.
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
     vectorinbuf & operator=(vectorinbuf && other);
     /// Leaves the vector alone.
     ~vectorinbuf() override;

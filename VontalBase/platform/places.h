@@ -18,7 +18,7 @@ std::wstring programPath();
 std::wstring temporaryDirectory();
 
 /// A path in UTF-8 as other programs take it.
-std::string nativePath(std::string path);
+std::string nativePath(const std::string & path);
 
 /// Whether a single `/` at the beginning of a path is the root of all paths.
 bool isSlashRoot() noexcept;

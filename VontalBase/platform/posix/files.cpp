@@ -202,6 +202,7 @@ bool isLink(const std::wstring & path)
     struct stat status
     {
     };
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
     const std::wstring ended = path.c_str();
     // With a separator behind it, a link is the directory that it leads to.
     const std::size_t last = ended.find_last_not_of(L"\\/");
@@ -211,6 +212,7 @@ bool isLink(const std::wstring & path)
 
 std::FILE * openStream(const std::wstring & path, const std::string & mode)
 {
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
     const std::optional<OpenMode> parsed = parseOpenMode(mode.c_str());
     if (!parsed)
         return nullptr;

@@ -51,6 +51,7 @@ std::string withSlashes(std::string_view path)
     return native;
 }
 
+// NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
 KernelPath::KernelPath(const std::wstring & path) : KernelPath(bytesOf(path.c_str()))
 {
 }

@@ -7,7 +7,8 @@
 #include <cwchar>
 #include <iterator>
 #include <langinfo.h>
-#include <locale.h>
+// The locale objects stand in no header of C++.
+#include <locale.h> // NOLINT(modernize-deprecated-headers)
 #include <string_view>
 
 namespace platform

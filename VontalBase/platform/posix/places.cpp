@@ -81,7 +81,7 @@ std::wstring temporaryDirectory()
     return directory.substr(0, last + 1) + L'\\';
 }
 
-std::string nativePath(std::string path)
+std::string nativePath(const std::string & path)
 {
     return withSlashes(path);
 }

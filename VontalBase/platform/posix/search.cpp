@@ -180,6 +180,7 @@ Search::~Search() = default;
 bool Search::begin(const std::wstring & pattern)
 {
     end();
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
     const std::wstring path = pattern.c_str();
     const std::size_t start = path.find_last_of(L"\\/") + 1;
     if (start == path.size() || gateFails("begin search"))

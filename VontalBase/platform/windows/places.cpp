@@ -38,7 +38,7 @@ std::wstring temporaryDirectory()
     return path;
 }
 
-std::string nativePath(std::string path)
+std::string nativePath(const std::string & path)
 {
     return path;
 }
