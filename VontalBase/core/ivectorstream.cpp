@@ -12,7 +12,6 @@ ivectorstream::ivectorstream(std::vector<char> & data) : std::basic_istream<char
 }
 
 // NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
-
 ivectorstream & ivectorstream::operator=(ivectorstream && other)
 {
     std::basic_istream<char>::operator=(std::move(other));

@@ -9,7 +9,6 @@ vectorinbuf::vectorinbuf(std::vector<char> & data)
 }
 
 // NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
-
 vectorinbuf & vectorinbuf::operator=(vectorinbuf && other)
 {
     swap(other);
