@@ -39,8 +39,11 @@ void AutoDeleteFile::attach(const Vontal::pstring & name)
 
 bool AutoDeleteFile::create(const Vontal::pstring & prefix, const Vontal::pstring & suffix)
 {
+    // Copies, because either may be the path that is about to go.
+    const Vontal::pstring nextPrefix = prefix;
+    const Vontal::pstring nextSuffix = suffix;
     freeFile();
-    return createTempFile(prefix, suffix, path);
+    return createTempFile(nextPrefix, nextSuffix, path);
 }
 
 bool AutoDeleteFile::create(const Vontal::pstring & prefix)

@@ -53,6 +53,11 @@ bool isLink(const std::wstring & path);
 ///     where the mode means nothing.
 std::FILE * openStream(const std::wstring & path, const std::string & mode);
 
+/// Lets others open the file of a stream that is about to be closed, where that takes more than closing it: a
+/// child process that another thread starts at this moment may hold the stream a little longer. What was
+/// written must have been flushed.
+void giveLockBack(std::FILE * stream) noexcept;
+
 /// Makes an empty file for this user alone, unless there is something of that name: then the result is false.
 bool createNewFile(const std::wstring & path);
 

@@ -1,5 +1,6 @@
 #include "VontalBase/platform/streams.h"
 
+#include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 
 namespace platform
@@ -32,7 +33,9 @@ bool writeStream(std::FILE * stream, const void * data, std::size_t size)
 bool closeStream(std::FILE * stream)
 {
     const bool fails = gateFails("close stream");
-    return std::fclose(stream) == 0 && !fails;
+    const bool isWritten = std::fflush(stream) == 0;
+    giveLockBack(stream);
+    return std::fclose(stream) == 0 && isWritten && !fails;
 }
 
 } // namespace platform

@@ -228,6 +228,11 @@ std::FILE * openStream(const std::wstring & path, const std::string & mode)
     return nullptr;
 }
 
+void giveLockBack(std::FILE * stream) noexcept
+{
+    flock(fileno(stream), LOCK_UN);
+}
+
 bool createNewFile(const std::wstring & path)
 {
     return Descriptor(

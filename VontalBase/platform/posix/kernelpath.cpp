@@ -17,20 +17,23 @@ namespace
 /// What the kernel takes at once, with the zero byte at the end.
 constexpr std::size_t longestPath = PATH_MAX - 1;
 
-bool isSeparator(wchar_t c) noexcept
+template <class Char>
+bool isSeparator(Char c) noexcept
 {
-    return c == L'\\' || c == L'/';
+    return c == Char('\\') || c == Char('/');
 }
 
 /// Whether a path begins with a drive, or with two backslashes as those of a share do.
-bool beginsElsewhere(std::wstring_view path) noexcept
+template <class Char>
+bool beginsElsewhere(std::basic_string_view<Char> path) noexcept
 {
     if (path.size() < 2)
         return false;
-    if (path[0] == L'\\' && path[1] == L'\\')
+    if (path[0] == Char('\\') && path[1] == Char('\\'))
         return true;
-    const wchar_t letter = path[0] | 0x20;
-    return letter >= L'a' && letter <= L'z' && path[1] == L':' && (path.size() == 2 || isSeparator(path[2]));
+    const Char letter = static_cast<Char>(path[0] | 0x20);
+    return letter >= Char('a') && letter <= Char('z') && path[1] == Char(':') &&
+           (path.size() == 2 || isSeparator(path[2]));
 }
 
 /// The bytes of a wide path; none where it can name nothing.
@@ -56,8 +59,12 @@ KernelPath::KernelPath(const std::wstring & path) : KernelPath(bytesOf(path.c_st
 {
 }
 
-KernelPath::KernelPath(const std::string & path) : m_path(withSlashes(path)), m_directory(AT_FDCWD)
+KernelPath::KernelPath(const std::string & path) : m_directory(AT_FDCWD)
 {
+    if (!beginsElsewhere(std::string_view(path)))
+        m_path = withSlashes(path);
+    // For a dot in the end, which must find its room while a directory is open.
+    m_path.reserve(m_path.size() + 1);
     shorten();
 }
 

@@ -318,12 +318,12 @@ bool matchesSomething(const std::string & pattern)
         struct stat status
         {
         };
-        const KernelPath kernelPath(path);
+        const KernelPath kernelPath(pattern);
         return !last.empty() && !gateFails("begin search") &&
                fstatat(kernelPath.directory(), kernelPath.name(), &status, AT_SYMLINK_NOFOLLOW) == 0;
     }
     std::wstring wide;
-    Vontal::wideFromUtf8(path, wide);
+    Vontal::wideFromUtf8(pattern, wide);
     return Search().begin(wide);
 }
 

@@ -105,6 +105,10 @@ std::FILE * openStream(const std::wstring & path, const std::string & mode)
     return _wfsopen(kernelPath(path).c_str(), wideMode.c_str(), _SH_DENYWR);
 }
 
+void giveLockBack(std::FILE *) noexcept
+{
+}
+
 bool createNewFile(const std::wstring & path)
 {
     int descriptor = -1;
