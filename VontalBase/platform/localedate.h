@@ -1,7 +1,7 @@
 /// @internal
 /// @file
 /// Dates and times in the form of the user's locale, which is the system's setting and not the one that the
-/// process made for itself.
+/// process made for itself. It may be looked up once in a process.
 ///
 /// The exact text is the system's. An empty text comes back where the system refuses. Any thread may call the
 /// functions; `std::bad_alloc` may leave them.

@@ -4,6 +4,7 @@
 #include "VontalBase/platform/datepatterns.h"
 #include "VontalBase/platform/gates.h"
 
+#include <atomic>
 #include <cwchar>
 #include <iterator>
 #include <langinfo.h>
@@ -17,24 +18,32 @@ namespace platform
 namespace
 {
 
-/// The locale of the user's environment, or the C locale where that is not installed.
+/// Made on first use and kept, since it is read from files. Nothing destroys it, for threads may use it while
+/// the process ends.
+std::atomic<locale_t> userLocale{nullptr};
+
+/// The locale of the user's environment, or the C locale where that is not installed; null where there is
+/// none.
+locale_t findUserLocale() noexcept
+{
+    if (const locale_t known = userLocale.load(std::memory_order_acquire))
+        return known;
+    locale_t made = newlocale(LC_TIME_MASK, "", nullptr);
+    if (made == nullptr)
+        made = newlocale(LC_TIME_MASK, "C", nullptr);
+    locale_t known = nullptr;
+    if (made == nullptr || userLocale.compare_exchange_strong(known, made, std::memory_order_acq_rel))
+        return made;
+    freelocale(made);
+    return known;
+}
+
 class UserLocale
 {
 public:
     explicit UserLocale(const char * service) noexcept
+        : m_locale(gateFails(service) ? nullptr : findUserLocale())
     {
-        if (gateFails(service))
-            return;
-        m_locale = newlocale(LC_TIME_MASK, "", nullptr);
-        if (m_locale == nullptr)
-            m_locale = newlocale(LC_TIME_MASK, "C", nullptr);
-    }
-    UserLocale(const UserLocale &) = delete;
-    UserLocale & operator=(const UserLocale &) = delete;
-    ~UserLocale()
-    {
-        if (m_locale != nullptr)
-            freelocale(m_locale);
     }
 
     explicit operator bool() const noexcept
@@ -56,7 +65,7 @@ public:
     }
 
 private:
-    locale_t m_locale = nullptr;
+    locale_t m_locale;
 };
 
 } // namespace
