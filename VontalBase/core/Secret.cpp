@@ -3,7 +3,9 @@
 #include "VontalBase/core/wipe.h"
 #include "VontalBase/platform/protect.h"
 
+#include <array>
 #include <cstddef>
+#include <cstring>
 
 namespace qvbase
 {
@@ -21,6 +23,32 @@ bool convertInPlace(std::string & bytes, bool (*convert)(void *, std::size_t) no
         return true;
     return bytes.size() % protectedBlock == 0 && convert(bytes.data(), bytes.size());
 }
+
+/// Overwrites what copies have left in wide registers, and what the loader, which resolves some functions at
+/// their first call, has saved of those on the stack meanwhile.
+void forgetCopies() noexcept
+{
+    constexpr std::size_t depth = 16384;
+    static void * (*const volatile copy)(void *, const void *, std::size_t) = std::memcpy;
+    std::array<unsigned char, depth> stack;
+    wipeBuffer(stack.data(), stack.size());
+    // Each size class of copies has registers of its own.
+    for (std::size_t size = 16; size <= depth / 2; size *= 2)
+        copy(stack.data() + depth / 2, stack.data(), size);
+}
+
+/// Forgets them when it goes out of scope.
+class CopyGuard
+{
+public:
+    CopyGuard() = default;
+    CopyGuard(const CopyGuard &) = delete;
+    CopyGuard & operator=(const CopyGuard &) = delete;
+    ~CopyGuard()
+    {
+        forgetCopies();
+    }
+};
 
 } // namespace
 
@@ -44,6 +72,7 @@ bool Secret::set(const Vontal::u8string & value)
     clear();
     if (value.empty())
         return true;
+    const CopyGuard copies;
     const std::size_t padding = protectedBlock - value.size() % protectedBlock;
     // All at once: a string that grows leaves its old bytes behind, in clear.
     m_protected.reserve(value.size() + padding);
@@ -63,6 +92,7 @@ Secret::Clear::Clear(const Secret & secret)
 {
     if (secret.empty())
         return;
+    const CopyGuard copies;
     std::string bytes = secret.getProtectedData();
     const WipeGuard guard(bytes);
     if (!convertInPlace(bytes, platform::unprotectMemory))
@@ -76,6 +106,7 @@ Secret::Clear::Clear(const Secret & secret)
 Secret::Clear::~Clear()
 {
     wipeString(m_text);
+    forgetCopies();
 }
 
 Secret::WipeGuard::~WipeGuard()

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <string>
 #include <unistd.h>
-#include <unordered_set>
+#include <unordered_map>
 #endif
 
 namespace testsupport
@@ -93,6 +93,23 @@ std::uint64_t wordAt(const unsigned char * bytes)
     return word;
 }
 
+/// What is behind that in a piece.
+std::uint32_t tailAt(const unsigned char * bytes)
+{
+    std::uint32_t tail = 0;
+    static_assert(HiddenBytes::pieceSize == sizeof(std::uint64_t) + sizeof tail);
+    std::memcpy(&tail, bytes + sizeof(std::uint64_t), sizeof tail);
+    return tail;
+}
+
+/// Memory of this size is passed over if it is blank.
+constexpr std::size_t blankSize = 4096;
+
+bool isBlank(const unsigned char * bytes)
+{
+    return bytes[0] == 0 && std::memcmp(bytes, bytes + 1, blankSize - 1) == 0;
+}
+
 std::vector<Mapping> mappings()
 {
     std::vector<Mapping> all;
@@ -159,12 +176,12 @@ std::size_t piecesInMemory(const HiddenBytes & bytes)
 {
     // The pieces are held turned as well, with a filter in front that knows their first two bytes.
     const std::uint64_t mask = 0x0101010101010101U * turningMask;
-    std::unordered_set<std::uint64_t> turnedPieces;
+    std::unordered_map<std::uint64_t, std::uint32_t> turnedPieces;
     std::vector<bool> beginsPiece(65536, false);
     for (std::size_t i = 0; i < bytes.pieces(); ++i)
     {
         const std::uint64_t piece = wordAt(bytes.m_turned.data() + i);
-        turnedPieces.insert(piece);
+        turnedPieces[piece] = tailAt(bytes.m_turned.data() + i);
         beginsPiece[piece % 65536] = true;
     }
     // The buffer itself is passed over, since it holds what was read last.
@@ -172,7 +189,7 @@ std::size_t piecesInMemory(const HiddenBytes & bytes)
     static unsigned char buffer[bufferSize];
     const auto bufferBegin = reinterpret_cast<std::uintptr_t>(buffer);
     // What is larger than any memory of ours belongs to a sanitizer, for its notes about each address.
-    constexpr std::uintptr_t greatestMapping = std::uintptr_t{1} << 32;
+    constexpr std::uintptr_t greatestMapping = std::uintptr_t{1} << 27;
     const std::vector<Mapping> all = mappings();
     const SearchedFile memory;
     std::size_t count = 0;
@@ -188,9 +205,16 @@ std::size_t piecesInMemory(const HiddenBytes & bytes)
                 break;
             for (std::size_t i = 0; i + HiddenBytes::pieceSize <= size; ++i)
             {
+                // Most of what a sanitizer keeps for itself has never been written to.
+                if (i % blankSize == 0 && i + blankSize <= size && isBlank(buffer + i))
+                    i += blankSize - HiddenBytes::pieceSize;
                 const std::uint64_t turned = wordAt(buffer + i) ^ mask;
                 const bool isOurs = address + i >= bufferBegin && address + i < bufferBegin + bufferSize;
-                if (beginsPiece[turned % 65536] && !isOurs && turnedPieces.count(turned) != 0)
+                if (!beginsPiece[turned % 65536] || isOurs)
+                    continue;
+                const auto piece = turnedPieces.find(turned);
+                const std::uint32_t tail = tailAt(buffer + i) ^ static_cast<std::uint32_t>(mask);
+                if (piece != turnedPieces.end() && piece->second == tail)
                     ++count;
             }
             if (address + size >= mapping.end)

@@ -13,8 +13,9 @@ namespace testsupport
 class HiddenBytes
 {
 public:
-    /// So many bytes at least are taken for a piece of them.
-    static constexpr std::size_t pieceSize = 8;
+    /// So many bytes at least are taken for a piece of them. It is more than the register of a processor
+    /// holds that some function has saved on the stack, which nobody can wipe.
+    static constexpr std::size_t pieceSize = 12;
 
     /// Bytes that occur nowhere else, made from a number.
     HiddenBytes(std::size_t size, std::uint32_t seed);
