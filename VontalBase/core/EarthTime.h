@@ -20,7 +20,8 @@ namespace qvbase
 ///
 /// Nothing checks the numbers but `is_valid`, and by its own rules. Whatever is stored, no operation fails in
 /// another way than it says: arithmetic that leaves the range of a field keeps the low bits, 16 for the date
-/// and 32 for the time.
+/// and 32 for the time. `std::bad_alloc` may leave the operations that print; their argument is left alone
+/// then.
 ///
 /// Kept: every year has 366 days here and every February 29. Callers store and compare values by these rules.
 ///
@@ -161,7 +162,8 @@ public:
     void printTime(std::string & out, Vontal::long32 format) const;
     /// Prints the time as the narrow form does, and "hh:mm:ss.mmm" for format 4.
     void printTime(std::wstring & out, Vontal::long32 format) const;
-    /// The date in the long form of the user's locale, which is fixed by the first call in the process; at
+    /// The date in the long form of the user's locale, which is fixed by the first call in the process, on
+    /// whatever thread; at
     /// most 255 wide units. Empty for a date that the Gregorian calendar lacks or that lies before 1601 or
     /// after 30827, and where the system refuses.
     Vontal::u8string formatDate() const;
@@ -196,7 +198,7 @@ protected:
     /// Reads the digits at the beginning of @p text as a number, modulo 2 to the 16th.
     /// @param text may be null.
     /// @param value receives the number; untouched if there is no digit.
-    /// @param maxDigits how many digits are read at the most; 0 for all.
+    /// @param maxDigits how many digits are read at the most; 0 or less for all.
     /// @return how many were read, 32767 standing for more as well; 0 if there is none.
     // NOLINTNEXTLINE(readability-identifier-naming)
     short parse_in(const char * text, short & value, Vontal::long32 maxDigits) noexcept;

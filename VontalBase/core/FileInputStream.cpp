@@ -28,8 +28,9 @@ void FileInputStream::init(std::FILE * file) noexcept
 
 void FileInputStream::init(std::FILE * file, const Vontal::u8string & name, bool deleteOnClose)
 {
-    m_file = file;
+    // First what may fail, so that the caller knows whose the file is.
     m_name = name;
+    m_file = file;
     m_deleteOnClose = deleteOnClose;
 }
 

@@ -29,6 +29,9 @@ public:
     /// @param file open for reading in binary mode.
     /// @param name its path.
     /// @param deleteOnClose whether closing deletes what has this path then.
+    /// `std::bad_alloc` may leave it; the file is still the caller's then.
+    ///
+    /// Kept: a stream that has met the end of a file gives 0 for the next one as well.
     void init(std::FILE * file, const Vontal::u8string & name, bool deleteOnClose);
 
     /// Reads the next bytes. Once it has met the end of the file it gives 0 and no longer looks, even if the

@@ -41,7 +41,7 @@ public:
 
     /// Deletes the file held, then makes an empty file in the system's directory for temporary files and
     /// holds it.
-    /// @param prefix the name begins with it.
+    /// @param prefix the name begins with it, cleaned as `createTempFile` does, and with "-" behind it.
     /// @param suffix what stands behind the dot; may be empty.
     /// @return false, with nothing held, if no file could be made.
     bool create(const Vontal::pstring & prefix, const Vontal::pstring & suffix);

@@ -79,7 +79,7 @@ public:
     /// Opens a stream. While it is open others can read the file but not write to it: this library refuses a
     /// second stream for writing, and one for reading beside one for writing, in the same process and between
     /// processes. A refused call never empties the file.
-    /// @param mode as for `fopen`.
+    /// @param mode as for `fopen`; not null.
     /// @return the stream, which the caller closes; null if the open failed.
     virtual std::FILE * open(const char * mode);
     /// Opens the file with mode "rb".
@@ -94,6 +94,7 @@ public:
     /// Makes one directory; those above it must be there. @return whether it was made.
     virtual bool mkdir();
     /// Tells of each entry of the directory but "." and "..", in the order of the system, one level deep.
+    /// @param enumerator is told; not null.
     /// @return false if the directory could not be listed to its end, or if the enumerator stopped the walk.
     virtual bool getEntries(FileEnumerator * enumerator);
     /// Removes a file, or a directory. A link is removed as a link, and what it leads to stays.

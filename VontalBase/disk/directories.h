@@ -57,7 +57,7 @@ VONTALBASE_API bool deleteDirectory(const Vontal::u8string & directory);
 /// @param error a failure appends its place and what went wrong: "Wrong argument directory" for an empty
 /// path,
 ///     or "Cannot remove file: " and the path.
-/// @return whether nothing is left.
+/// @return whether every entry that was listed is gone; a listing that breaks off counts as its end.
 VONTALBASE_API bool deleteAllFiles(const std::wstring & directory, std::wstring & error);
 
 /// Appends the names of all entries of a directory but "." and ".." to @p names, in the order of the system.

@@ -2,10 +2,11 @@
 /// Whole files at a time.
 ///
 /// All functions report by their results, and why the system refused is not told but by the one `save` that
-/// takes a text for it. None throws but by `std::bad_alloc` and `std::length_error`. Any thread may call
-/// them. A file that is open for writing through the library, in this process or another, is refused; one
-/// that is being read cannot be written. Paths in `std::string` are in the encoding of the system's narrow
-/// functions, which is the ANSI code page on Windows and the plain bytes elsewhere.
+/// takes a text for it. None throws but by `std::bad_alloc` and `std::length_error`, and by what the stream
+/// of a `save` throws. Any thread may call them. A file that is open for writing through the library, in this
+/// process or another, is refused; one that is being read cannot be written. Paths in `std::string` are in
+/// the encoding of the system's narrow functions, which is the ANSI code page on Windows and the plain bytes
+/// elsewhere.
 #pragma once
 
 #include "VontalBase/export.h"

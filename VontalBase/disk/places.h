@@ -1,7 +1,7 @@
 /// @file
 /// Where the running program and the temporary files are.
 ///
-/// Paths longer than 511 characters are not told. Where a function gives false, its argument is left alone.
+/// Paths longer than 511 UTF-16 units are not told. Where a function gives false, its argument is left alone.
 /// None throws but by `std::bad_alloc`. Any thread may call them.
 #pragma once
 

@@ -17,7 +17,7 @@ namespace qvutils
 /// @param text ends at its NUL; may be null.
 /// @param value receives the number; untouched for a null pointer.
 /// @return how many characters were looked at, that one which ended the number among them; 0 for a null
-///     pointer.
+///     pointer and for an empty text, which gives 0.0.
 VONTALBASE_API unsigned int convert2double(const char * text, double & value) noexcept;
 
 } // namespace qvutils

@@ -121,6 +121,9 @@ TEST(AutoDeleteFile, MakesATemporaryFile)
         EXPECT_FALSE(directory.contains(first));
         EXPECT_THAT(leaf(file), HasForm("b-#"));
         EXPECT_EQ(directory.read(leaf(file)), "");
+        // The path that goes may be what the next name is made from.
+        EXPECT_TRUE(file.create(file.get()));
+        EXPECT_NE(leaf(file).find("_b-"), std::string::npos) << leaf(file);
     }
 }
 
