@@ -40,8 +40,8 @@ void AutoDeleteFile::attach(const Vontal::pstring & name)
 bool AutoDeleteFile::create(const Vontal::pstring & prefix, const Vontal::pstring & suffix)
 {
     // Copies, because either may be the path that is about to go.
-    const Vontal::pstring nextPrefix = prefix;
-    const Vontal::pstring nextSuffix = suffix;
+    const Vontal::pstring nextPrefix = prefix; // NOLINT(performance-unnecessary-copy-initialization)
+    const Vontal::pstring nextSuffix = suffix; // NOLINT(performance-unnecessary-copy-initialization)
     freeFile();
     return createTempFile(nextPrefix, nextSuffix, path);
 }

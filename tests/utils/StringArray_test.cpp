@@ -100,8 +100,8 @@ TEST(StringArray, KeepsTheStringsBeforeTheFirstElementThatIsNone)
 
 TEST(StringArray, ChangesNothingForWhatIsNoArrayOfStrings)
 {
-    const char * const documents[] = {"", "5", "{}", R"({"a": "b"})", "null", "true", R"(["a",])",
-        "[5]", "[nonsense]", R"(["a"}))"};
+    const char * const documents[] = {
+        "", "5", "{}", R"({"a": "b"})", "null", "true", R"(["a",])", "[5]", "[nonsense]", R"(["a"}))"};
     for (const char * const document : documents)
     {
         StringArray array = arrayOf({"before"});
