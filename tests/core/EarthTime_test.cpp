@@ -846,6 +846,17 @@ std::string roundTrip(const EarthTime & value)
     return describe(back);
 }
 
+TEST(EarthTime, KeepsANegativeYearBorrowingFromTheDayWhenItIsSerialized)
+{
+    // ((1 * 31 + 15 - 31) << 16) - 1 is 983039, in digits of 83 from the lowest: 70 57 59 1.
+    std::string text;
+    EXPECT_TRUE(EarthTime(-1, 1, 15, 0).serialize(text));
+    EXPECT_EQ(text, "sfh.--------");
+    EarthTime back;
+    EXPECT_TRUE(back.deserialize(text));
+    EXPECT_EQ(back, EarthTime(-1, 1, 14, 0));
+}
+
 TEST(EarthTime, ReadsBackWhatItHasSerialized)
 {
     const EarthTime values[] = {EarthTime(2024, 1, 15, 3600000), EarthTime(), EarthTime(2024, 12, 30, dayEnd),

@@ -195,6 +195,20 @@ TEST(FileInputStream, KeepsDeletingWithEveryClose)
     EXPECT_FALSE(directory.contains("file"));
 }
 
+TEST(FileInputStream, KeepsTheEndOfOneFileForTheNext)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("file", "abc");
+    const Stream stream = newStream();
+    stream->init(openFile(path, "rb"));
+    EXPECT_EQ(readText(*stream, 10, 3), "abc");
+    stream->close();
+    stream->init(openFile(path, "rb"));
+    EXPECT_EQ(readText(*stream, 10, 0), "");
+    stream->close();
+    directory.remove("file");
+}
+
 TEST(FileInputStream, KeepsTheNameAndTheFlagWhenAFileAloneIsGiven)
 {
     const TempDirectory directory;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 #include <type_traits>
 
@@ -14,6 +15,8 @@ using qvbase::Md5Sum;
 
 static_assert(std::has_virtual_destructor_v<Md5Sum>);
 static_assert(sizeof(Md5Sum) == 2 * sizeof(void *));
+static_assert(std::is_copy_constructible_v<Md5Sum>);
+static_assert(std::is_copy_assignable_v<Md5Sum>);
 
 std::string digestOf(const std::string & bytes)
 {
@@ -183,6 +186,18 @@ TEST(Md5Sum, TakesZeroBytesOfAText)
 {
     EXPECT_EQ(digestOf(std::string("a\0b", 3)), slowDigestOf(std::string("a\0b", 3)));
     EXPECT_NE(digestOf(std::string("a\0b", 3)), digestOf("a"));
+}
+
+TEST(Md5Sum, KeepsSharingItsStateWithCopies)
+{
+    Md5Sum sum;
+    // Never destroyed, since both would free the state.
+    alignas(Md5Sum) std::byte storage[sizeof(Md5Sum)];
+    Md5Sum * const copy = ::new (storage) Md5Sum(sum);
+    copy->add("a");
+    std::string out;
+    sum.finish(out);
+    EXPECT_EQ(out, "0cc175b9c0f1b6a831c399e269772661");
 }
 
 TEST(Md5Sum, KeepsItsPaddedStateAfterTheDigest)

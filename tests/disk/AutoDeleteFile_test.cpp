@@ -100,6 +100,23 @@ TEST(AutoDeleteFile, KeepsNotDeletingWhatItHeldWhenItIsAssignedTo)
     directory.remove("a");
 }
 
+TEST(AutoDeleteFile, HoldsTheNameOfTheOtherWhenItIsAssignedTo)
+{
+    const TempDirectory directory;
+    directory.write("a", "1");
+    directory.write("b", "2");
+    {
+        const AutoDeleteFile other(pathOf(directory, "b"));
+        AutoDeleteFile file(pathOf(directory, "a"));
+        file = other;
+        EXPECT_EQ(file.get(), other.get());
+        EXPECT_TRUE(directory.contains("a"));
+        EXPECT_TRUE(directory.contains("b"));
+    }
+    EXPECT_FALSE(directory.contains("b"));
+    directory.remove("a");
+}
+
 TEST(AutoDeleteFile, MakesATemporaryFile)
 {
     const TempDirectory directory;

@@ -202,6 +202,10 @@ TEST(File, KnowsAShareByItsName)
         {L"\\\\server\\share\\x", true, false},
         {L"\\\\s\\t", true, true},
         {L"\\\\s\\", true, false},
+        // One backslash of two at the end is not held.
+        {L"\\\\server\\share\\\\", true, true},
+        {L"\\\\server\\\\", true, false},
+        {L"\\\\\\a", true, false},
         {L"\\\\", true, false},
         {L"\\server\\share", false, false},
         {L"//server/share", false, false},
