@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <string_view>
 
@@ -80,6 +81,8 @@ bool copyStream(FileReader & reader, FileWriter & writer)
     const qvbase::MallocPtr block(blockSize);
     if (block.get() == nullptr)
         return false;
+    // The blocks are large enough; a buffer between would cut each of them in two.
+    std::setvbuf(writer.getFile(), nullptr, _IONBF, 0);
     while (reader.hasMoreData())
     {
         const std::uint64_t count = reader.read(block.get(), blockSize);
