@@ -23,7 +23,9 @@ public:
     Thread(void * handle) noexcept : m_handle(handle)
     {
     }
+    /// Copies what the other one has.
     Thread(const Thread &) = default;
+    /// Copies what the other one has.
     Thread & operator=(const Thread &) = default;
 
     /// Whether the two handles are the same value.

@@ -31,6 +31,7 @@ class VONTALBASE_API EarthTime
 public:
     /// All numbers are 0.
     EarthTime() noexcept = default;
+    /// Copies what the other one has.
     EarthTime(const EarthTime &) noexcept = default;
     /// Stores the numbers as they are.
     /// @param yearNumber the full year.
@@ -147,6 +148,9 @@ public:
     ///
     /// Kept: no separator stands before the year in formats 1 and 2.
     ///
+    /// @param out receives the text.
+    /// @param format one of the table.
+    /// @param withYear whether the year is printed.
     /// @param zeroPad gives the month and the day two digits at least.
     void printDate(std::string & out, short format, bool withYear, bool zeroPad) const;
     /// Prints the date in place of what @p out holds: for format 0 year, month, day; for format 1 day, month,

@@ -23,7 +23,9 @@ public:
 
 protected:
     InputStream() = default;
+    /// Copies what the other one has.
     InputStream(const InputStream &) = default;
+    /// Copies what the other one has.
     InputStream & operator=(const InputStream &) = default;
     /// An object is destroyed through `release` alone.
     virtual ~InputStream();

@@ -21,9 +21,13 @@ public:
 
 protected:
     ReferencedObject() = default;
+    /// Copies what the other one has.
     ReferencedObject(const ReferencedObject &) = default;
+    /// Takes over what the other one has.
     ReferencedObject(ReferencedObject &&) noexcept = default;
+    /// Copies what the other one has.
     ReferencedObject & operator=(const ReferencedObject &) = default;
+    /// Takes over what the other one has.
     ReferencedObject & operator=(ReferencedObject &&) noexcept = default;
     ~ReferencedObject() = default;
 };

@@ -20,7 +20,7 @@ VONTALBASE_API void wipeBuffer(void * data, std::uint64_t size) noexcept;
 /// Kept: memory that the string has in reserve behind its content is not overwritten. What a longer content
 /// left there before stays there.
 VONTALBASE_API void wipeString(std::string & text) noexcept;
-/// @copydoc wipeString(std::string &)
+/// The same for wide text.
 VONTALBASE_API void wipeString(std::wstring & text) noexcept;
 
 } // namespace qvbase

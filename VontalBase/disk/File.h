@@ -39,6 +39,7 @@ class VONTALBASE_API File
 public:
     /// An empty path.
     File() = default;
+    /// Copies what the other one has.
     File(const File &) = default;
     /// Takes a path.
     File(const std::wstring & name);
@@ -127,6 +128,7 @@ public:
     /// The same; null changes nothing.
     File & append(const wchar_t * child);
 
+    /// Copies what the other one has.
     File & operator=(const File &) = default;
 
 protected:

@@ -14,7 +14,9 @@ class VONTALBASE_API FileEnumerator
 {
 public:
     FileEnumerator() = default;
+    /// Copies what the other one has.
     FileEnumerator(const FileEnumerator &) = default;
+    /// Copies what the other one has.
     FileEnumerator & operator=(const FileEnumerator &) = default;
 
     /// Takes one entry.

@@ -21,7 +21,9 @@ public:
     FileReader(std::FILE * stream) noexcept : file(stream)
     {
     }
+    /// Copies what the other one has.
     FileReader(const FileReader &) = default;
+    /// Copies what the other one has.
     FileReader & operator=(const FileReader &) = default;
     /// Closes the stream.
     virtual ~FileReader();
@@ -36,6 +38,7 @@ public:
     /// overwrites its beginning.
     ///
     /// @param buffer has room for @p size bytes.
+    /// @param size in bytes; 0 is true at once.
     /// @return false if a read gave nothing. True as well, kept so, if the end of the stream was seen before
     ///     @p size bytes were there, and without a stream.
     bool readBlock(void * buffer, std::uint64_t size);

@@ -21,7 +21,9 @@ public:
     FileWriter(std::FILE * stream) noexcept : file(stream)
     {
     }
+    /// Copies what the other one has.
     FileWriter(const FileWriter &) = default;
+    /// Copies what the other one has.
     FileWriter & operator=(const FileWriter &) = default;
     /// Closes the stream. Whether all that was written arrives is not told; `close` tells it.
     virtual ~FileWriter();

@@ -61,6 +61,7 @@ VONTALBASE_API bool deleteDirectory(const Vontal::u8string & directory);
 VONTALBASE_API bool deleteAllFiles(const std::wstring & directory, std::wstring & error);
 
 /// Appends the names of all entries of a directory but "." and ".." to @p names, in the order of the system.
+/// @param directory the directory.
 /// @param names receives names without paths; what is in it stays.
 /// @return false if the directory could not be listed to its end; names may have been appended by then.
 VONTALBASE_API bool getDirectoryContent(

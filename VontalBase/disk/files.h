@@ -30,9 +30,9 @@ namespace qvdisk
 
 /// The size of a file in bytes, or -1.
 VONTALBASE_API std::int64_t getFileSize(const std::string & path);
-/// @copydoc getFileSize(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API std::int64_t getFileSize(const std::wstring & path);
-/// @copydoc getFileSize(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API std::int64_t getFileSize(const Vontal::u8string & path);
 
 /// Whether there is something of a name, or something that a pattern matches: the last part of the path may
@@ -43,7 +43,7 @@ VONTALBASE_API bool fileExists(const std::string & path);
 /// Whether there is something of a name, or something that a pattern matches: the last part of the path may
 /// hold `*` and `?`. A link counts, wherever it leads. One `\` at the end of the path does not matter.
 VONTALBASE_API bool fileExists(const std::wstring & path);
-/// @copydoc fileExists(const std::wstring &)
+/// The same for another kind of text.
 VONTALBASE_API bool fileExists(const Vontal::u8string & path);
 
 /// Whether a name, or the first thing that a pattern matches, is a directory or a link to one.
@@ -65,6 +65,7 @@ VONTALBASE_API bool readRawFile(const Vontal::u8string & path, std::string & out
 ///
 /// Kept: FE FF tells nothing, and no other encoding is ever tried.
 ///
+/// @param path the file.
 /// @param out is replaced.
 /// @return false, with @p out left alone, if the file cannot be opened.
 VONTALBASE_API bool readUnicodeTextFile(const Vontal::u8string & path, Vontal::u8string & out);
@@ -74,6 +75,7 @@ VONTALBASE_API bool readUnicodeTextFile(const Vontal::u8string & path, Vontal::u
 VONTALBASE_API bool writeTextFile(const Vontal::u8string & path, const std::string & text);
 
 /// Writes bytes.
+/// @param path the file.
 /// @param data null makes the result false, and nothing is touched.
 /// @param size in bytes; 0 makes an empty file.
 /// @return whether all of it was written. After a failure what was written stays.
@@ -81,6 +83,7 @@ VONTALBASE_API bool writeBinaryData(const Vontal::u8string & path, const char * 
 
 /// Writes to a file what a stream gives until its end.
 /// @param stream must not be null; it is not closed.
+/// @param path the file.
 /// @return whether the stream was read to its end and all of it was written. After a failure what was written
 ///     stays.
 VONTALBASE_API bool save(qvbase::InputStream * stream, const Vontal::u8string & path);
@@ -88,6 +91,7 @@ VONTALBASE_API bool save(qvbase::InputStream * stream, const Vontal::u8string & 
 /// Writes to a file what the buffer of a stream gives until its end. The state of the stream is not asked for
 /// and does not change.
 /// @param stream may be null, which is a failure.
+/// @param path the file.
 /// @param error a failure appends its place and what went wrong, which begins with "Wrong parameter",
 ///     "Cannot create file" or "Cannot write file".
 /// @return whether all of it was written. After a failure what was written stays.
@@ -95,7 +99,7 @@ VONTALBASE_API bool save(std::istream * stream, const Vontal::u8string & path, s
 
 /// Deletes a file, also a read-only one. A link is deleted as a link. Directories are refused.
 VONTALBASE_API bool deleteFile(const std::wstring & path);
-/// @copydoc deleteFile(const std::wstring &)
+/// The same for another kind of text.
 VONTALBASE_API bool deleteFile(const Vontal::u8string & path);
 
 /// Copies the bytes of a file; neither its attributes nor its times.

@@ -27,7 +27,7 @@ namespace qvdisk
 /// Kept: only `\` counts as a last slash here, so a path that ends in `/` gets a `\` behind it, and an empty
 /// path becomes a lone `\`.
 VONTALBASE_API void addLastSlash(std::string & path);
-/// @copydoc addLastSlash(std::string &)
+/// The same for another kind of text.
 VONTALBASE_API void addLastSlash(std::wstring & path);
 
 /// Removes one `\` or `/` from the end of a path, if there is one. Of a run of them only the last goes.
@@ -38,18 +38,18 @@ VONTALBASE_API void removeLastSlash(Vontal::u8string & path);
 /// stands
 ///     behind the last one. A name that begins with its only dot is all extension.
 VONTALBASE_API std::string extractExtension(const std::string & path);
-/// @copydoc extractExtension(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API std::wstring extractExtension(const std::wstring & path);
-/// @copydoc extractExtension(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API Vontal::u8string extractExtension(const Vontal::u8string & path);
 
 /// The last item of a path.
 /// @return what stands behind the last separator: all of a path without one, nothing of a path that ends in
 ///     one.
 VONTALBASE_API std::string extractLastItem(const std::string & path);
-/// @copydoc extractLastItem(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API std::wstring extractLastItem(const std::wstring & path);
-/// @copydoc extractLastItem(const std::string &)
+/// The same for another kind of text.
 VONTALBASE_API Vontal::u8string extractLastItem(const Vontal::u8string & path);
 
 /// The path without its last item and without one separator in front of that. A path that ends in a separator

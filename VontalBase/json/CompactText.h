@@ -24,17 +24,21 @@ template <std::size_t Capacity>
 class CompactText
 {
 public:
+    /// The longest text that needs no memory of its own.
     static constexpr std::size_t inlineCapacity = Capacity - 1;
 
     CompactText() noexcept = default;
+    /// Copies a text.
     explicit CompactText(std::string_view text)
     {
         store(text);
     }
+    /// Copies what the other one has.
     CompactText(const CompactText & other) : CompactText(other.view())
     {
     }
     // NOLINTNEXTLINE(performance-noexcept-move-constructor): a borrowed text is copied, and that may fail.
+    /// Takes the text over; a borrowed one is copied.
     CompactText(CompactText && other)
     {
         if (other.m_bytes.back() == borrowedMark)
@@ -42,6 +46,7 @@ public:
         else
             std::swap(m_bytes, other.m_bytes);
     }
+    /// Copies what the other one has.
     CompactText & operator=(CompactText other)
     {
         std::swap(m_bytes, other.m_bytes);
@@ -60,6 +65,7 @@ public:
         point(text.data(), text.size(), borrowedMark);
     }
 
+    /// The text, valid until this object changes.
     std::string_view view() const noexcept
     {
         if (isOutside())
@@ -67,11 +73,13 @@ public:
         return {reinterpret_cast<const char *>(m_bytes.data()), m_bytes.back()};
     }
 
+    /// Whether there is no text.
     bool empty() const noexcept
     {
         return m_bytes.back() == 0;
     }
 
+    /// Copies what the other one has.
     bool isSame(const CompactText & other) const noexcept
     {
         if (!isOutside())

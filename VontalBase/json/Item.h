@@ -86,6 +86,7 @@ protected:
     Item(const Item & other) noexcept : ReferencedObject(other), m_type(other.m_type)
     {
     }
+    /// Copies what the other one has.
     Item & operator=(const Item & other) noexcept
     {
         m_type = other.m_type;

@@ -51,9 +51,13 @@ public:
 
 protected:
     JSONParserAcceptor() = default;
+    /// Copies what the other one has.
     JSONParserAcceptor(const JSONParserAcceptor &) = default;
+    /// Takes over what the other one has.
     JSONParserAcceptor(JSONParserAcceptor &&) noexcept = default;
+    /// Copies what the other one has.
     JSONParserAcceptor & operator=(const JSONParserAcceptor &) = default;
+    /// Takes over what the other one has.
     JSONParserAcceptor & operator=(JSONParserAcceptor &&) noexcept = default;
     ~JSONParserAcceptor() = default;
 };

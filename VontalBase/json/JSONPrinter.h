@@ -56,7 +56,9 @@ public:
 
 protected:
     JSONPrinter() = default;
+    /// Copies what the other one has.
     JSONPrinter(const JSONPrinter &) = default;
+    /// Copies what the other one has.
     JSONPrinter & operator=(const JSONPrinter &) = default;
     ~JSONPrinter() = default;
 };

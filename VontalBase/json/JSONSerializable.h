@@ -115,7 +115,9 @@ public:
     };
 
     JSONSerializable() = default;
+    /// Copies what the other one has.
     JSONSerializable(const JSONSerializable &) = default;
+    /// Copies what the other one has.
     JSONSerializable & operator=(const JSONSerializable &) = default;
 
 protected:

@@ -31,11 +31,13 @@ public:
         return *this;
     }
 
+    /// What it holds.
     Contents * get() const noexcept
     {
         return isShared() ? shared().contents : reinterpret_cast<Contents *>(m_place);
     }
 
+    /// Holds something else, and abandons what it held.
     void set(Contents * contents) noexcept
     {
         if (isShared())

@@ -16,9 +16,13 @@ namespace qvjson
 class VONTALBASE_API ValueString : public Item
 {
 public:
+    /// Copies what the other one has.
     ValueString(const ValueString &) = default;
+    /// Takes over what the other one has.
     ValueString(ValueString &&) = default;
+    /// Copies what the other one has.
     ValueString & operator=(const ValueString &) = default;
+    /// Takes over what the other one has.
     ValueString & operator=(ValueString &&) = default;
 
     /// True if @p other is a string of the same bytes.

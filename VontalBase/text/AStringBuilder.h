@@ -25,9 +25,13 @@ class VONTALBASE_API AStringBuilder
 public:
     /// An empty text.
     AStringBuilder() = default;
+    /// Copies what the other one has.
     AStringBuilder(const AStringBuilder &) = default;
+    /// Takes over what the other one has.
     AStringBuilder(AStringBuilder &&) noexcept = default;
+    /// Copies what the other one has.
     AStringBuilder & operator=(const AStringBuilder &) = default;
+    /// Takes over what the other one has.
     AStringBuilder & operator=(AStringBuilder &&) noexcept = default;
     ~AStringBuilder() = default;
 

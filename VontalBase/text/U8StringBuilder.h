@@ -25,9 +25,13 @@ class VONTALBASE_API U8StringBuilder
 public:
     /// An empty text.
     U8StringBuilder() = default;
+    /// Copies what the other one has.
     U8StringBuilder(const U8StringBuilder &) = default;
+    /// Takes over what the other one has.
     U8StringBuilder(U8StringBuilder &&) noexcept = default;
+    /// Copies what the other one has.
     U8StringBuilder & operator=(const U8StringBuilder &) = default;
+    /// Takes over what the other one has.
     U8StringBuilder & operator=(U8StringBuilder &&) noexcept = default;
     ~U8StringBuilder() = default;
 

@@ -24,7 +24,9 @@ class VONTALBASE_API astring : public std::wstring
 public:
     /// An empty string.
     astring() = default;
+    /// Copies what the other one has.
     astring(const astring &) = default;
+    /// Takes over what the other one has.
     astring(astring &&) noexcept = default;
     /// Takes the code units of a NUL-terminated text. @p text must not be null.
     astring(const wchar_t * text) : std::wstring(text)
@@ -42,7 +44,9 @@ public:
     /// Destroys the string.
     virtual ~astring() = default;
 
+    /// Copies what the other one has.
     astring & operator=(const astring &) = default;
+    /// Takes over what the other one has.
     astring & operator=(astring &&) noexcept = default;
     /// Takes the code units of a NUL-terminated text. @p text must not be null.
     astring & operator=(const wchar_t * text)

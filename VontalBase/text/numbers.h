@@ -28,7 +28,7 @@ namespace Vontal
 /// @param ok receives whether the text was read to its end and held a digit.
 /// @return the number, or what had been read before the fault.
 VONTALBASE_API int string2Int(const std::string & text, bool & ok);
-/// @copydoc string2Int(const std::string &, bool &)
+/// The same for wide text.
 VONTALBASE_API int string2Int(const std::wstring & text, bool & ok);
 
 /// Reads a signed 64-bit number by the rules of `string2Int`.
@@ -36,14 +36,14 @@ VONTALBASE_API int string2Int(const std::wstring & text, bool & ok);
 /// @param ok receives whether the text was read to its end and held a digit.
 /// @return the number, or what had been read before the fault.
 VONTALBASE_API std::int64_t string2Int64(const std::string & text, bool & ok);
-/// @copydoc string2Int64(const std::string &, bool &)
+/// The same for wide text.
 VONTALBASE_API std::int64_t string2Int64(const std::wstring & text, bool & ok);
 
 /// Reads the leading digits as an unsigned 32-bit number, modulo 2 to the 32nd.
 /// @param text the text; reading stops at the first character that is not a digit.
 /// @return the number; 0 where the text does not begin with a digit.
 VONTALBASE_API unsigned int string2UInt(const std::string & text);
-/// @copydoc string2UInt(const std::string &)
+/// The same for wide text.
 VONTALBASE_API unsigned int string2UInt(const std::wstring & text);
 
 /// Reads an unsigned 32-bit number by the rules of `string2Int`, without signs.
@@ -51,7 +51,7 @@ VONTALBASE_API unsigned int string2UInt(const std::wstring & text);
 /// @param ok receives whether the text was read to its end and held a digit.
 /// @return the number, or what had been read before the fault.
 VONTALBASE_API ulong32 string2ULong(const std::string & text, bool & ok);
-/// @copydoc string2ULong(const std::string &, bool &)
+/// The same for wide text.
 VONTALBASE_API ulong32 string2ULong(const std::wstring & text, bool & ok);
 
 /// Reads a real number: digits with one comma or point among them, no exponent. A minus sign turns
@@ -66,7 +66,7 @@ VONTALBASE_API ulong32 string2ULong(const std::wstring & text, bool & ok);
 /// @param ok receives false.
 /// @return the number, or what had been read before the fault.
 VONTALBASE_API double string2double(const std::string & text, bool & ok);
-/// @copydoc string2double(const std::string &, bool &)
+/// The same for wide text.
 VONTALBASE_API double string2double(const std::wstring & text, bool & ok);
 
 } // namespace Vontal

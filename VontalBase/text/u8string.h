@@ -28,7 +28,9 @@ class VONTALBASE_API u8string : public std::string
 public:
     /// An empty string.
     u8string() = default;
+    /// Copies what the other one has.
     u8string(const u8string &) = default;
+    /// Takes over what the other one has.
     u8string(u8string &&) noexcept = default;
     /// Takes the bytes of a NUL-terminated text as they stand. @p text must not be null.
     u8string(const char * text) : std::string(text)
@@ -52,7 +54,9 @@ public:
     /// Destroys the string.
     virtual ~u8string() = default;
 
+    /// Copies what the other one has.
     u8string & operator=(const u8string &) = default;
+    /// Takes over what the other one has.
     u8string & operator=(u8string &&) noexcept = default;
     /// Takes the bytes of a NUL-terminated text as they stand. @p text must not be null.
     u8string & operator=(const char * text)

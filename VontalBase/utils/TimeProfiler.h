@@ -17,9 +17,13 @@ class VONTALBASE_API TimeProfiler
 public:
     /// Is not running, and has measured nothing.
     TimeProfiler() noexcept = default;
+    /// Copies what the other one has.
     TimeProfiler(const TimeProfiler &) noexcept = default;
+    /// Takes over what the other one has.
     TimeProfiler(TimeProfiler &&) noexcept = default;
+    /// Copies what the other one has.
     TimeProfiler & operator=(const TimeProfiler &) noexcept = default;
+    /// Takes over what the other one has.
     TimeProfiler & operator=(TimeProfiler &&) noexcept = default;
     ~TimeProfiler() = default;
 
