@@ -37,8 +37,8 @@ public:
     CompactText(const CompactText & other) : CompactText(other.view())
     {
     }
-    // NOLINTNEXTLINE(performance-noexcept-move-constructor): a borrowed text is copied, and that may fail.
     /// Takes the text over; a borrowed one is copied.
+    // NOLINTNEXTLINE(performance-noexcept-move-constructor): a borrowed text is copied, and that may fail.
     CompactText(CompactText && other)
     {
         if (other.m_bytes.back() == borrowedMark)
