@@ -5,6 +5,7 @@
 #include "VontalBase/platform/localedate.h"
 #include "VontalBase/text/conversions.h"
 #include "VontalBase/text/decimal.h"
+#include "VontalBase/text/numberscan.h"
 
 #include <algorithm>
 #include <atomic>
@@ -21,12 +22,6 @@ using Vontal::long32;
 namespace
 {
 
-template <class Char>
-constexpr bool isDigit(Char c) noexcept
-{
-    return c >= Char('0') && c <= Char('9');
-}
-
 /// Reads digits, at most `maxDigits` of them if that is not 0, and moves `text` behind them.
 /// @return how many.
 template <class Char>
@@ -34,7 +29,7 @@ std::size_t readNumber(const Char *& text, short & value, long32 maxDigits) noex
 {
     unsigned int number = 0;
     std::size_t digits = 0;
-    for (; isDigit(*text); ++text)
+    for (; Vontal::isDecimalDigit(*text); ++text)
     {
         if (maxDigits > 0 && digits == static_cast<std::size_t>(maxDigits))
             break;
@@ -217,7 +212,7 @@ bool EarthTime::parseTime(const char * text) noexcept
     int part = 0;
     for (; *text != '\0'; ++text)
     {
-        if (isDigit(*text))
+        if (Vontal::isDecimalDigit(*text))
             parts[part] = std::min(parts[part] * 10 + (*text - '0'), tooMuch);
         else if (++part == 2)
             return false;

@@ -44,15 +44,17 @@ constexpr Pick makePick(unsigned int lanes) noexcept
     return pick;
 }
 
-constexpr std::array<Pick, 256> makePicks() noexcept
+/// What `make` gives for each mask of eight bits.
+template <class Entry>
+constexpr std::array<Entry, 256> tableOf(Entry (*make)(unsigned int) noexcept) noexcept
 {
-    std::array<Pick, 256> all = {};
-    for (unsigned int lanes = 0; lanes < all.size(); ++lanes)
-        all[lanes] = makePick(lanes);
+    std::array<Entry, 256> all = {};
+    for (unsigned int mask = 0; mask < all.size(); ++mask)
+        all[mask] = make(mask);
     return all;
 }
 
-constexpr std::array<Pick, 256> pickTable = makePicks();
+constexpr std::array<Pick, 256> pickTable = tableOf(makePick);
 
 VONTAL_PICKING inline __m128i load(const void * from) noexcept
 {
@@ -281,15 +283,7 @@ constexpr Joint makeJoint(unsigned int lengths) noexcept
     return joint;
 }
 
-constexpr std::array<Joint, 256> makeJoints() noexcept
-{
-    std::array<Joint, 256> all = {};
-    for (unsigned int lengths = 0; lengths < all.size(); ++lengths)
-        all[lengths] = makeJoint(lengths);
-    return all;
-}
-
-constexpr std::array<Joint, 256> jointTable = makeJoints();
+constexpr std::array<Joint, 256> jointTable = tableOf(makeJoint);
 
 VONTAL_PICKING inline __m128i loadUnits(const wchar_t * from) noexcept
 {

@@ -1,5 +1,7 @@
 #include "VontalBase/utils/convert2double.h"
 
+#include "VontalBase/text/numberscan.h"
+
 namespace qvutils
 {
 
@@ -31,7 +33,7 @@ unsigned int convert2double(const char * text, double & value) noexcept
             // Kept: at any position, any number of times.
             sign = -sign;
         }
-        else if (c < '0' || c > '9')
+        else if (!Vontal::isDecimalDigit(c))
         {
             // Kept: this character has been counted.
             mode = Mode::Stopped;

@@ -342,4 +342,13 @@ bool runAsChild(int argc, char ** argv, int & exitCode)
     return true;
 }
 
+int exitCodeOfAbort()
+{
+#ifdef _WIN32
+    return 3;
+#else
+    return 128 + SIGABRT;
+#endif
+}
+
 } // namespace testsupport

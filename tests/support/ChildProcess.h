@@ -49,6 +49,9 @@ constexpr std::chrono::milliseconds usualChildLimit{60'000};
 ChildResult runChild(const std::string & name, const std::vector<std::string> & arguments = {},
     std::chrono::milliseconds limit = usualChildLimit);
 
+/// How a child ends that calls std::abort.
+int exitCodeOfAbort();
+
 /// Makes `function` known under `name`. Called before main by VONTALBASE_TEST_CHILD; returns true.
 bool registerChild(const char * name, ChildFunction function);
 
