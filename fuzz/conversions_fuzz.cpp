@@ -3,21 +3,17 @@
 
 #include "VontalBase/text/conversions.h"
 
+#include "require.h"
 #include "tests/text/utforacle.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 namespace
 {
 
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 void checkUtf8(const std::string & bytes)
 {

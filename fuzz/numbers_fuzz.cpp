@@ -3,21 +3,18 @@
 
 #include "VontalBase/text/numbers.h"
 
+#include "require.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace
 {
 
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 /// A number of so many bits in limbs of 16, the lowest first. It wraps because it has no more limbs.
 class Limbs

@@ -7,21 +7,18 @@
 #include "VontalBase/platform/wildcards.h"
 #include "VontalBase/text/u8string.h"
 
+#include "require.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace
 {
 
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 /// Matching by a table of which beginnings match which.
 bool slowlyMatches(const std::wstring & pattern, const std::wstring & name)

@@ -9,7 +9,7 @@ namespace fuzzing
 {
 
 /// Ends the program with a message if the condition does not hold.
-inline void require(bool holds, const char * what)
+inline void require(bool holds, const char * what = "A law does not hold.")
 {
     if (holds)
         return;

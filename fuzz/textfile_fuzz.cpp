@@ -5,22 +5,18 @@
 #include "VontalBase/disk/temporaryfiles.h"
 #include "VontalBase/text/u8string.h"
 
+#include "require.h"
 #include "tests/text/utforacle.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 namespace
 {
 
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
+using fuzzing::require;
 
 /// The file that every input goes through.
 const Vontal::u8string & filePath()
