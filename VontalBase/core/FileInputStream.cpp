@@ -1,9 +1,11 @@
 #include "VontalBase/core/FileInputStream.h"
 
 #include "VontalBase/disk/files.h"
+#include "VontalBase/platform/streams.h"
 
 #include <cstddef>
 #include <new>
+#include <utility>
 
 namespace qvbase
 {
@@ -56,8 +58,7 @@ void FileInputStream::closeImpl()
 {
     if (m_file != nullptr)
     {
-        std::fclose(m_file);
-        m_file = nullptr;
+        platform::closeStream(std::exchange(m_file, nullptr));
     }
     // Kept: also where there was nothing to close.
     if (m_deleteOnClose)

@@ -26,6 +26,9 @@ namespace
 
 constexpr std::uint64_t blockSize = 65536;
 
+/// A size that the system tells is believed up to here; what lies behind may be a hole.
+constexpr std::uint64_t mostAtOnce = std::uint64_t(512) << 20U;
+
 template <class Path>
 std::int64_t sizeOf(const Path & path)
 {
@@ -145,11 +148,12 @@ bool readRawFile(const Vontal::u8string & path, std::string & out)
     GrowingText text(out);
     // One byte more, so that the read which takes the last byte sees the end too. Files whose size is not
     // known, or has grown, take further steps.
-    text.reserve(static_cast<std::uint64_t>(std::max<std::int64_t>(file.getFileSize(), 0)) + 1);
+    const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(file.getFileSize(), 0));
+    text.reserve(std::min(size, mostAtOnce) + 1);
     while (reader->hasMoreData())
     {
         if (text.isFull())
-            text.reserve(std::max<std::uint64_t>(blockSize, text.used()));
+            text.reserve(std::clamp<std::uint64_t>(text.used(), blockSize, mostAtOnce));
         // Kept: a read that fails is an end like any other.
         if (text.fill(*reader) == 0)
             break;

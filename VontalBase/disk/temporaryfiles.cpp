@@ -72,20 +72,31 @@ bool readTempDir(std::wstring & directory)
     return true;
 }
 
-/// Gives the path of a new file to the caller. The file does not stay where memory ends in that.
-template <class Receive>
-bool handOver(const std::wstring & path, const Receive & receive)
+/// Does a step with a new file, which does not stay where memory ends in that.
+template <class Step>
+bool withNewFile(const std::wstring & path, const Step & step)
 {
     try
     {
-        receive();
-        return true;
+        return step();
     }
     catch (...)
     {
         deleteFile(path);
         throw;
     }
+}
+
+/// Gives the path of a new file to the caller.
+template <class Receive>
+bool handOver(const std::wstring & path, const Receive & receive)
+{
+    return withNewFile(path,
+        [&]
+        {
+            receive();
+            return true;
+        });
 }
 
 } // namespace
@@ -161,7 +172,7 @@ bool createTempFileCopy(const std::wstring & prefix, const std::wstring & source
     std::wstring path;
     if (!createTempFile(prefix, extractExtension(source), path))
         return false;
-    if (!platform::copyFile(source, path))
+    if (!withNewFile(path, [&] { return platform::copyFile(source, path); }))
     {
         deleteFile(path);
         return false;

@@ -4,6 +4,7 @@
 #include "VontalBase/text/u8string.h"
 
 #include "support/ChildProcess.h"
+#include "support/Eventually.h"
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
@@ -11,6 +12,7 @@
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace
 {
@@ -141,10 +143,47 @@ TEST(PlatformFiles, OpenInTheModeThatIsAskedFor)
     EXPECT_EQ(directory.read("file"), "ONE\ntwo\n");
     EXPECT_TRUE(write("wb", "3"));
     EXPECT_EQ(directory.read("file"), "3");
-    EXPECT_EQ(platform::openStream(path, ""), nullptr);
-    EXPECT_EQ(platform::openStream(path, "q"), nullptr);
-    EXPECT_EQ(directory.read("file"), "3");
+    EXPECT_TRUE(write(" a b", "4"));
+    EXPECT_TRUE(write("aeb", "5"));
+    EXPECT_TRUE(write("abN", "6"));
+    EXPECT_EQ(directory.read("file"), "3456");
+    for (const char * const mode : {"", "q", "b", "rw", "rx", "wq"})
+        EXPECT_EQ(platform::openStream(path, mode), nullptr) << mode;
+    EXPECT_EQ(directory.read("file"), "3456");
     directory.remove("file");
+}
+
+VONTALBASE_TEST_CHILD(staysUntilTold, arguments)
+{
+    const std::wstring ready = wide(arguments.at(0));
+    const std::wstring leave = wide(arguments.at(1));
+    if (!platform::createNewFile(ready))
+        return 1;
+    FileStatus status;
+    return testsupport::eventually([&] { return platform::readFileStatus(leave, status); }) ? 0 : 2;
+}
+
+TEST(PlatformFiles, AreNotHandedToChildren)
+{
+    const TempDirectory directory;
+    const std::wstring path = inside(directory, "file");
+    std::FILE * const stream = platform::openStream(path, "wb");
+    ASSERT_NE(stream, nullptr);
+    testsupport::ChildResult result;
+    std::thread other(
+        [&] {
+            result =
+                testsupport::runChild("staysUntilTold", {directory.text("ready"), directory.text("leave")});
+        });
+    EXPECT_TRUE(testsupport::eventually([&] { return directory.contains("ready"); }));
+    // Not by the function that would give a lock back.
+    std::fclose(stream);
+    EXPECT_TRUE(close(platform::openStream(path, "wb"))) << "the child has it";
+    directory.write("leave", "");
+    other.join();
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char * const name : {"file", "ready", "leave"})
+        directory.remove(name);
 }
 
 TEST(PlatformFiles, DoNotOpenADirectory)

@@ -122,6 +122,7 @@ protected:
                 catch (const std::bad_alloc &)
                 {
                     EXPECT_TRUE(fault.isAllocation());
+                    EXPECT_EQ(temporaries(), 0) << "what nobody learns of must not stay";
                 }
                 EXPECT_EQ(bytesOf("outside/victim"), "12345");
             });

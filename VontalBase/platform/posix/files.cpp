@@ -21,6 +21,11 @@ constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t usualFileMode = S_IRUSR | S_IRGRP | S_IROTH | writeBits;
 constexpr mode_t usualDirectoryMode = S_IRWXU | S_IRWXG | S_IRWXO;
 
+/// A child process holds what it inherits until its program begins, and with it a lock whose stream was
+/// closed meanwhile. That is over sooner than these attempts are.
+constexpr int lockAttempts = 10;
+constexpr useconds_t lockPause = 1000;
+
 enum class Links
 {
     Follow,
@@ -79,7 +84,16 @@ bool lockFile(int descriptor, const OpenMode & mode)
 {
     if (gateFails("lock file"))
         return false;
-    return flock(descriptor, (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    const int operation = (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB;
+    for (int attempt = 1; flock(descriptor, operation) != 0; ++attempt)
+    {
+        if (errno != EWOULDBLOCK)
+            return true;
+        if (attempt == lockAttempts)
+            return false;
+        usleep(lockPause);
+    }
+    return true;
 }
 
 /// Makes an open file ready for a stream. Nothing is emptied before all else has been granted.

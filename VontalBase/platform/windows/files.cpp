@@ -1,9 +1,11 @@
 #include "VontalBase/platform/files.h"
 
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/windows/kernelpath.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <direct.h>
 #include <fcntl.h>
@@ -56,6 +58,22 @@ bool readExtendedStatus(const std::wstring & path, FileStatus & status)
     return true;
 }
 
+/// The mode as the runtime library knows it, for a stream that child processes do not get.
+std::wstring systemMode(std::string_view mode)
+{
+    constexpr std::string_view unknown = " eN";
+    const std::size_t flagsEnd = std::min(mode.find(','), mode.size());
+    std::wstring result;
+    for (const char c : mode.substr(0, flagsEnd))
+    {
+        if (unknown.find(c) == std::string_view::npos)
+            result.push_back(static_cast<wchar_t>(c));
+    }
+    result.insert(1, 1, L'N');
+    const std::string_view rest = mode.substr(flagsEnd);
+    return result.append(rest.begin(), rest.end());
+}
+
 } // namespace
 
 bool readFileStatus(const std::wstring & path, FileStatus & status)
@@ -98,11 +116,11 @@ bool isLink(const std::wstring & path)
 
 std::FILE * openStream(const std::wstring & path, const std::string & mode)
 {
-    if (gateFails("open file"))
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
+    const std::string_view asked = mode.c_str();
+    if (!parseOpenMode(asked) || gateFails("open file"))
         return nullptr;
-    const std::string_view narrow = mode.c_str();
-    const std::wstring wideMode(narrow.begin(), narrow.end());
-    return _wfsopen(kernelPath(path).c_str(), wideMode.c_str(), _SH_DENYWR);
+    return _wfsopen(kernelPath(path).c_str(), systemMode(asked).c_str(), _SH_DENYWR);
 }
 
 void giveLockBack(std::FILE *) noexcept

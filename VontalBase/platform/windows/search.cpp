@@ -5,6 +5,7 @@
 #include "VontalBase/platform/windows/windows_headers.h"
 
 #include <cstdio>
+#include <cwchar>
 #include <string_view>
 #include <utility>
 
@@ -167,6 +168,8 @@ void Search::suspend() noexcept
 {
     m_system->close();
     m_system->isSuspended = true;
+    // The directories of a deep branch would hold all of each other's paths.
+    std::wstring().swap(m_system->directory);
 }
 
 bool Search::isSuspended() const noexcept
@@ -178,6 +181,8 @@ bool Search::resume(const Search & inside)
 {
     if (inside.m_system == nullptr || gateFails("resume search"))
         return false;
+    const std::wstring & path = inside.m_system->directory;
+    m_system->directory = path.substr(0, path.size() - std::wcslen(m_system->data.cFileName) - 1);
     m_system->isToBegin = true;
     m_system->isSuspended = false;
     return true;
