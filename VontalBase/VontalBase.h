@@ -3,11 +3,19 @@
 #pragma once
 
 // IWYU pragma: begin_exports
+#include "VontalBase/concurrency/InterruptAskable.h"
+#include "VontalBase/concurrency/LongRunCommand.h"
+#include "VontalBase/concurrency/LongRunCommandListener.h"
 #include "VontalBase/concurrency/Runnable.h"
 #include "VontalBase/concurrency/Semaphore.h"
+#include "VontalBase/concurrency/SimpleTaskExecutor.h"
+#include "VontalBase/concurrency/Task.h"
+#include "VontalBase/concurrency/TaskExecutor.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutex.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/concurrency/ThreadPooledFactory.h"
+#include "VontalBase/concurrency/TriState.h"
 #include "VontalBase/concurrency/sleep.h"
 #include "VontalBase/core/ByteArrayInputStream.h"
 #include "VontalBase/core/DebugAutomation.h"

@@ -1,0 +1,28 @@
+/// @file
+/// Asking whether to stop.
+#pragma once
+
+namespace qvbase
+{
+
+/// What long work asks again and again whether it should come to an end, without knowing who is behind it.
+class InterruptAskable
+{
+public:
+    /// Whether the work should come to an end.
+    virtual bool isInterrupted() = 0;
+
+protected:
+    InterruptAskable() = default;
+    /// Copies what the other one has.
+    InterruptAskable(const InterruptAskable &) = default;
+    /// Takes over what the other one has.
+    InterruptAskable(InterruptAskable &&) noexcept = default;
+    /// Copies what the other one has.
+    InterruptAskable & operator=(const InterruptAskable &) = default;
+    /// Takes over what the other one has.
+    InterruptAskable & operator=(InterruptAskable &&) noexcept = default;
+    ~InterruptAskable() = default;
+};
+
+} // namespace qvbase
