@@ -77,7 +77,8 @@ std::wstring writtenOut(std::wstring_view time, std::wstring_view halfDayTime)
         if (piece.conversion == L'T')
             out += L"%H:%M:%S";
         else if (piece.conversion == L'r')
-            out += halfDayTime.empty() ? L"%I:%M:%S %p" : halfDayTime;
+            // What it stands for may have a %T of its own.
+            out += halfDayTime.empty() ? L"%I:%M:%S %p" : writtenOut(halfDayTime, L"");
         else
             out += piece.text;
     }
@@ -87,7 +88,43 @@ std::wstring writtenOut(std::wstring_view time, std::wstring_view halfDayTime)
 /// True for what stands between two parts, and false for what is written behind one of them.
 bool separates(const Piece & piece)
 {
-    return isOneOf(piece.text.front(), L":.,-/; ") && piece.conversion == L'\0';
+    return isBlank(piece) || (piece.conversion == L'\0' && isOneOf(piece.text.front(), L":.,-/;"));
+}
+
+/// Whether it may be part of a word. Marks are none: the Ethiopic word space, and what tells the direction.
+bool isLetter(const Piece & piece)
+{
+    const wchar_t character = piece.text.front();
+    const bool isMark = character == L'\u1361' || (character >= L'\u2000' && character <= L'\u206F');
+    return piece.conversion == L'\0' && !separates(piece) && !isMark;
+}
+
+using Pieces = std::vector<Piece>;
+using Place = Pieces::const_iterator;
+
+Place conversionIn(const Pieces & pieces, wchar_t conversion)
+{
+    return std::find_if(pieces.begin(), pieces.end(),
+        [conversion](const Piece & piece) { return piece.conversion == conversion; });
+}
+
+/// The end of the word at `place`, which is there at once or behind blanks; `place` where there is none.
+Place wordEnd(const Pieces & pieces, Place place)
+{
+    const Place word = std::find_if_not(place, pieces.end(), isBlank);
+    const Place end = std::find_if_not(word, pieces.end(), isLetter);
+    return end == word ? place : end;
+}
+
+/// The end of what belongs to the seconds at `seconds`: a word at once, and one behind a blank where the
+/// minutes have a word too; otherwise that is one of the whole time.
+Place endOfSeconds(const Pieces & pieces, Place seconds)
+{
+    const Place behind = seconds + 1;
+    const Place minutes = conversionIn(pieces, L'M');
+    if (minutes != pieces.end() && wordEnd(pieces, minutes + 1) != minutes + 1)
+        return wordEnd(pieces, behind);
+    return std::find_if_not(behind, pieces.end(), isLetter);
 }
 
 } // namespace
@@ -121,21 +158,14 @@ std::wstring longDateOf(std::wstring_view dateAndTime)
 std::wstring timeWithoutSeconds(std::wstring_view time, std::wstring_view halfDayTime)
 {
     const std::wstring whole = writtenOut(time, halfDayTime);
-    std::vector<Piece> pieces = piecesOf(whole);
-    const auto seconds = std::find_if(
-        pieces.begin(), pieces.end(), [](const Piece & piece) { return piece.conversion == L'S'; });
+    Pieces pieces = piecesOf(whole);
+    const Place seconds = conversionIn(pieces, L'S');
     if (seconds != pieces.end())
     {
-        auto first = seconds;
+        Place first = seconds;
         while (first != pieces.begin() && separates(*(first - 1)))
             --first;
-        auto end = seconds + 1;
-        if (first == seconds)
-        {
-            while (end != pieces.end() && end->conversion == L'\0' && !isBlank(*end))
-                ++end;
-        }
-        pieces.erase(first, end);
+        pieces.erase(first, endOfSeconds(pieces, seconds));
     }
     std::wstring out;
     for (const Piece & piece : pieces)
