@@ -16,6 +16,14 @@ namespace qvbase
 namespace
 {
 
+/// Writes a text that ends with its first zero byte, by means that need no memory of the library's.
+[[noreturn]] void abortPlainly(const char * text, int error) noexcept
+{
+    errno = error;
+    std::perror(text);
+    std::abort();
+}
+
 [[noreturn]] void abortWith(const Vontal::u8string & text, int error) noexcept
 {
     try
@@ -26,10 +34,18 @@ namespace
     }
     catch (const std::bad_alloc &)
     {
-        errno = error;
-        std::perror(text.c_str());
+        abortPlainly(text.c_str(), error);
     }
     std::abort();
+}
+
+/// The text of the first cause; empty for an empty record.
+const char * causeOf(const VontalException & failure) noexcept
+{
+    const char * text = "";
+    for (const VontalExceptionDescription * entry = failure.first; entry != nullptr; entry = entry->next)
+        text = entry->text.c_str();
+    return text;
 }
 
 } // namespace
@@ -42,7 +58,14 @@ void abort(const Vontal::u8string & text) noexcept
 void abort(const VontalException & failure) noexcept
 {
     const int error = errno;
-    abortWith(failure.format(), error);
+    try
+    {
+        abortWith(failure.format(), error);
+    }
+    catch (const std::bad_alloc &)
+    {
+        abortPlainly(causeOf(failure), error);
+    }
 }
 
 } // namespace qvbase

@@ -14,7 +14,8 @@ namespace qvbase
 /// stream, and aborts.
 [[noreturn]] VONTALBASE_API void abort(const Vontal::u8string & text) noexcept;
 
-/// Writes the record as `VontalException::format` gives it, and aborts as the other form does.
+/// Writes the record as `VontalException::format` gives it, and aborts as the other form does. Where memory
+/// is too short for that, the text of the first cause is written alone.
 [[noreturn]] VONTALBASE_API void abort(const VontalException & failure) noexcept;
 
 } // namespace qvbase

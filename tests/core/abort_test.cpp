@@ -4,7 +4,6 @@
 #include "support/ChildProcess.h"
 
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
@@ -28,6 +27,20 @@ VONTALBASE_TEST_CHILD(abortsWithARecord, arguments)
     qvbase::abort(failure);
 }
 
+VONTALBASE_TEST_CHILD(abortsWithAnEmptyRecord, arguments)
+{
+    const VontalException failure;
+    errno = ENOENT;
+    qvbase::abort(failure);
+}
+
+VONTALBASE_TEST_CHILD(abortsWithAZeroByte, arguments)
+{
+    const Vontal::u8string text("seen\0unseen", 11);
+    errno = ENOENT;
+    qvbase::abort(text);
+}
+
 VONTALBASE_TEST_CHILD(abortsWithForeignLetters, arguments)
 {
     qvbase::abort("Stra\xC3\x9F"
@@ -39,6 +52,12 @@ std::string firstLine(const ChildResult & result)
 {
     const std::string & text = result.standardError;
     return text.substr(0, text.find_first_of("\r\n"));
+}
+
+std::string withPlainLineEnds(std::string text)
+{
+    std::erase(text, '\r');
+    return text;
 }
 
 std::string meaningOf(int error)
@@ -64,11 +83,23 @@ TEST(Abort, WritesTheMeaningAloneForAnEmptyText)
 TEST(Abort, WritesARecordFromTheFirstCauseOn)
 {
     const ChildResult result = testsupport::runChild("abortsWithARecord");
-    const std::string & text = result.standardError;
-    const std::size_t cause = text.find("first:12: the cause");
-    const std::size_t outermost = text.find("second:34: what it led to: " + meaningOf(ENOENT));
-    EXPECT_EQ(cause, 0U) << text;
-    EXPECT_NE(outermost, std::string::npos) << text;
+    const std::string expected =
+        "first:12: the cause\nsecond:34: what it led to: " + meaningOf(ENOENT) + "\n";
+    EXPECT_EQ(withPlainLineEnds(result.standardError).substr(0, expected.size()), expected);
+    EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
+}
+
+TEST(Abort, WritesTheMeaningAloneForAnEmptyRecord)
+{
+    const ChildResult result = testsupport::runChild("abortsWithAnEmptyRecord");
+    EXPECT_EQ(firstLine(result), meaningOf(ENOENT));
+    EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
+}
+
+TEST(Abort, WritesATextUpToItsFirstZeroByte)
+{
+    const ChildResult result = testsupport::runChild("abortsWithAZeroByte");
+    EXPECT_EQ(firstLine(result), "seen: " + meaningOf(ENOENT));
     EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
 }
 
