@@ -1,6 +1,8 @@
 #include "VontalBase/core/EarthTime.h"
 #include "VontalBase/core/dateformat.h"
+#include "VontalBase/platform/calendar.h"
 #include "VontalBase/platform/clock.h"
+#include "VontalBase/platform/filetime.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/localedate.h"
 
@@ -8,6 +10,8 @@
 
 #include <barrier>
 #include <cstddef>
+#include <cstdint>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -55,6 +59,39 @@ TEST_F(EarthTimeNow, IsWhatTheSystemSays)
     after.setNowUtc();
     before.time -= before.time % 1000;
     EXPECT_TRUE(before <= value && value <= after);
+}
+
+TEST(EarthTimeBefore1970, IsBrokenDownOrAllZerosWhereTheSystemRefuses)
+{
+    // 11644473600 seconds are the 134774 days from the epoch of file times to 1970.
+    const struct
+    {
+        std::int64_t seconds;
+        EarthTime expected;
+    } rows[] = {
+        {-1, EarthTime(1969, 12, 31, 86399000)},
+        {-86400, EarthTime(1969, 12, 31, 0)},
+        {-86401, EarthTime(1969, 12, 30, 86399000)},
+        {-11644473600, EarthTime(1601, 1, 1, 0)},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.seconds);
+        std::tm brokenDown{};
+        const bool isGiven = platform::breakDownUtc(row.seconds, brokenDown);
+        const EarthTime expected = isGiven ? row.expected : EarthTime();
+        EXPECT_TRUE(EarthTime(row.seconds) == expected);
+
+        const std::uint64_t units = static_cast<std::uint64_t>(row.seconds + 11644473600) * 10000000;
+        // A fraction is dropped from the file time, which counts from 1601, and so never goes back a second.
+        for (const std::uint64_t fraction : {0, 1, 9999999})
+        {
+            FILETIME fileTime{};
+            fileTime.dwLowDateTime = static_cast<std::uint32_t>(units + fraction);
+            fileTime.dwHighDateTime = static_cast<std::uint32_t>((units + fraction) >> 32);
+            EXPECT_TRUE(EarthTime(&fileTime) == expected) << fraction;
+        }
+    }
 }
 
 /// In a child, since the format is looked up once in a process.

@@ -812,6 +812,19 @@ TEST(EarthTime, KeepsMilisecondsForWideTextAlone)
     EXPECT_EQ(narrowTime(timeOf(3723004), 4), "");
 }
 
+TEST(EarthTime, KeepsTheSignOfATimeBehindWhatFillsItUp)
+{
+    // The hours, minutes and seconds are 0, and the sign counts among the three characters.
+    EXPECT_EQ(wideTime(timeOf(-1), 4), L"00:00:00.0-1");
+    EXPECT_EQ(wideTime(timeOf(-12), 4), L"00:00:00.-12");
+    EXPECT_EQ(wideTime(timeOf(-999), 4), L"00:00:00.-999");
+    EXPECT_EQ(wideTime(timeOf(-1001), 4), L"00:00:-1.0-1");
+    EXPECT_EQ(narrowTime(timeOf(-1), 4), "");
+    EXPECT_EQ(narrowTime(timeOf(-1), 2), "00:00:00");
+    EXPECT_EQ(narrowTime(timeOf(-1001), 2), "00:00:-1");
+    EXPECT_EQ(wideTime(timeOf(-1001), 2), L"00:00:-1");
+}
+
 TEST(EarthTime, TakesANativeLongForAFormat)
 {
     std::string out;
@@ -894,6 +907,11 @@ TEST(EarthTime, ReadsAnyCharactersAsSomeValue)
     // 83^6 - 1 = 326940373368 is 522858872 modulo 2 to the 32nd, which is 7978 * 65536 + 12664, and
     // 7978 is 257 * 31 + 11.
     EXPECT_EQ(describe(value), "12664/258/11 522858872");
+    // Below 0, since a char has a sign: -173 * (83^6 - 1) / 82 = -689764446252 is 1725288404 modulo 2 to the
+    // 32nd, which is 26325 * 65536 + 53204; 53204 is -12332 in 16 bits, and 26325 is 849 * 31 + 6.
+    text.assign(12, '\x80');
+    EXPECT_TRUE(value.deserialize(text));
+    EXPECT_EQ(describe(value), "-12332/850/6 1725288404");
     for (int c = 0; c < 256; ++c)
     {
         text.assign(12, static_cast<char>(c));
