@@ -195,6 +195,47 @@ TEST(FileInputStream, KeepsDeletingWithEveryClose)
     EXPECT_FALSE(directory.contains("file"));
 }
 
+TEST(FileInputStream, KeepsDeletingOnDestructionAfterAClose)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("file", "abc");
+    {
+        const Stream stream = newStream();
+        stream->init(openFile(path, "rb"), path, true);
+        stream->close();
+        EXPECT_FALSE(directory.contains("file"));
+        directory.write("file", "another one");
+    }
+    EXPECT_FALSE(directory.contains("file"));
+}
+
+TEST(FileInputStream, LeavesAnewWhatItIsNotToDeleteAfterAClose)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("file", "abc");
+    {
+        const Stream stream = newStream();
+        stream->init(openFile(path, "rb"), path, false);
+        stream->close();
+        directory.write("file", "another one");
+    }
+    EXPECT_EQ(directory.read("file"), "another one");
+    directory.remove("file");
+}
+
+TEST(FileInputStream, KeepsTheEndThatItHasMetWhenItsFileIsWrittenAnew)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("file", "abc");
+    const Stream stream = newStream();
+    stream->init(openFile(path, "rb"));
+    EXPECT_EQ(readText(*stream, 10, 3), "abc");
+    directory.write("file", "a longer one");
+    EXPECT_EQ(readText(*stream, 10, 0), "");
+    stream->close();
+    directory.remove("file");
+}
+
 TEST(FileInputStream, KeepsTheEndOfOneFileForTheNext)
 {
     const TempDirectory directory;
