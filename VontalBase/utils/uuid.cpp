@@ -2,6 +2,7 @@
 
 #include "VontalBase/platform/uuid.h"
 #include "VontalBase/text/U8StringBuilder.h"
+#include "VontalBase/utils/uuidtext.h"
 
 #include <array>
 #include <cstdint>
@@ -9,11 +10,8 @@
 namespace qvutils
 {
 
-bool generateUUID(Vontal::u8string & out)
+Vontal::u8string uuidText(const platform::Uuid & uuid)
 {
-    platform::Uuid uuid;
-    if (!platform::makeUuid(uuid))
-        return false;
     const auto bytesOf = [](std::uint16_t number)
     {
         return std::array{static_cast<unsigned char>(number >> 8), static_cast<unsigned char>(number & 0xFF)};
@@ -22,7 +20,15 @@ bool generateUUID(Vontal::u8string & out)
     text.appendInHex(uuid.first).append("-").appendInHex(bytesOf(uuid.second).data(), 2).append("-");
     text.appendInHex(bytesOf(uuid.third).data(), 2).append("-").appendInHex(uuid.rest.data(), 2).append("-");
     text.appendInHex(uuid.rest.data() + 2, 6);
-    out = text;
+    return text;
+}
+
+bool generateUUID(Vontal::u8string & out)
+{
+    platform::Uuid uuid;
+    if (!platform::makeUuid(uuid))
+        return false;
+    out = uuidText(uuid);
     return true;
 }
 
