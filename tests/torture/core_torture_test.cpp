@@ -1,5 +1,6 @@
 #include "VontalBase/core/ByteArrayInputStream.h"
 #include "VontalBase/core/EarthTime.h"
+#include "VontalBase/core/FileInputStream.h"
 #include "VontalBase/core/Md5Sum.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImpl.h"
@@ -7,8 +8,10 @@
 #include "VontalBase/utils/StringArray.h"
 #include "VontalBase/utils/uuid.h"
 
+#include "support/TempDirectory.h"
 #include "support/Torture.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
@@ -19,6 +22,7 @@ namespace
 using qvbase::Secret;
 using qvutils::StringArray;
 using testsupport::Fault;
+using testsupport::TempDirectory;
 using testsupport::torture;
 using testsupport::TortureReport;
 using testsupport::UnseenAllocations;
@@ -42,6 +46,107 @@ TEST(CoreTorture, AByteStreamOpensOrGivesFalse)
             EXPECT_EQ(stream->read(buffer, 10), -1);
         });
     EXPECT_EQ(report.faultyRuns, 2U) << "the object and its bytes";
+}
+
+using FileStream = qvbase::ReferencedImpl<qvbase::FileInputStream>;
+
+const char * const fileName = "a file whose name has no place inside of a string";
+
+TEST(CoreTorture, AFileStreamTakesItsFileOrLeavesItToTheCaller)
+{
+    const TempDirectory directory;
+    const u8string path = directory.write(fileName, "abc");
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            std::FILE * file = nullptr;
+            qvbase::Reference<qvbase::FileInputStream> stream;
+            {
+                const UnseenAllocations unseen;
+                file = std::fopen(path.c_str(), "rb");
+                stream = new FileStream();
+            }
+            ASSERT_NE(file, nullptr);
+            char byte = '#';
+            bool isTaken = false;
+            try
+            {
+                stream->init(file, path, false);
+                isTaken = true;
+            }
+            catch (const std::bad_alloc &)
+            {
+                EXPECT_TRUE(fault.isAllocation());
+            }
+            EXPECT_EQ(stream->read(&byte, 1), isTaken ? 1 : -1);
+            stream = nullptr;
+            if (!isTaken)
+            {
+                EXPECT_EQ(std::getc(file), 'a') << "it is open";
+                std::fclose(file);
+            }
+        });
+    EXPECT_EQ(report.faultyRuns, 1U) << "the name";
+    directory.remove(fileName);
+}
+
+TEST(CoreTorture, AFileStreamIsClosedWhereItCannotDeleteForWantOfMemory)
+{
+    const TempDirectory directory;
+    const u8string path = directory.text(fileName);
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            qvbase::Reference<qvbase::FileInputStream> stream;
+            {
+                const UnseenAllocations unseen;
+                directory.write(fileName, "abc");
+                stream = new FileStream();
+                stream->init(std::fopen(path.c_str(), "rb"), path, true);
+            }
+            bool isDeleted = false;
+            try
+            {
+                stream->close();
+                isDeleted = true;
+            }
+            catch (const std::bad_alloc &)
+            {
+                EXPECT_TRUE(fault.isAllocation());
+            }
+            char byte = '#';
+            EXPECT_EQ(stream->read(&byte, 1), -1) << "closed in either case";
+            const UnseenAllocations unseen;
+            EXPECT_NE(directory.contains(fileName), isDeleted);
+            stream = nullptr;
+            EXPECT_FALSE(directory.contains(fileName)) << "the destructor deletes again";
+        },
+        {.answers = {}});
+    EXPECT_GT(report.faultyRuns, 0U);
+}
+
+TEST(CoreTorture, AFileStreamThatIsDestroyedWithoutMemoryIsClosedAndLeavesItsFile)
+{
+    const TempDirectory directory;
+    const u8string path = directory.text(fileName);
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            qvbase::Reference<qvbase::FileInputStream> stream;
+            {
+                const UnseenAllocations unseen;
+                directory.write(fileName, "abc");
+                stream = new FileStream();
+                stream->init(std::fopen(path.c_str(), "rb"), path, true);
+            }
+            stream = nullptr;
+            const UnseenAllocations unseen;
+            EXPECT_EQ(directory.contains(fileName), fault.isAllocation());
+            if (directory.contains(fileName))
+                directory.remove(fileName);
+        },
+        {.answers = {}});
+    EXPECT_GT(report.faultyRuns, 0U);
 }
 
 TEST(CoreTorture, ASecretHoldsTheWholeValueOrNothing)
