@@ -7,6 +7,7 @@
 #include "VontalBase/platform/localedate.h"
 
 #include "support/ChildProcess.h"
+#include "support/NativePaths.h"
 
 #include <barrier>
 #include <cstddef>
@@ -79,6 +80,7 @@ TEST(EarthTimeBefore1970, IsBrokenDownOrAllZerosWhereTheSystemRefuses)
         SCOPED_TRACE(row.seconds);
         std::tm brokenDown{};
         const bool isGiven = platform::breakDownUtc(row.seconds, brokenDown);
+        EXPECT_TRUE(isGiven || testsupport::hasDrives()) << "elsewhere no system refuses";
         const EarthTime expected = isGiven ? row.expected : EarthTime();
         EXPECT_TRUE(EarthTime(row.seconds) == expected);
 
