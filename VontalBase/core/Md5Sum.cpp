@@ -1,11 +1,14 @@
 #include "VontalBase/core/Md5Sum.h"
 
+#include "VontalBase/core/md5bytes.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace qvbase
 {
@@ -217,9 +220,8 @@ Md5Sum::~Md5Sum()
 
 void Md5Sum::add(const std::string & data) noexcept
 {
-    // Kept: 32 bits of the length.
-    const std::uint32_t size = static_cast<std::uint32_t>(data.size());
-    m_context->add(reinterpret_cast<const unsigned char *>(data.data()), size);
+    const std::string_view bytes = bytesToDigest(data);
+    m_context->add(reinterpret_cast<const unsigned char *>(bytes.data()), bytes.size());
 }
 
 void Md5Sum::add(unsigned char * data, unsigned int size) noexcept
