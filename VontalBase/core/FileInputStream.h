@@ -39,18 +39,20 @@ public:
     ///
     /// Kept: a failure is not told apart from a short read.
     int read(void * buffer, int size) override;
-    /// Closes the file, and deletes it if that was asked for. Whether either works is not told.
+    /// Closes the file, and deletes it if that was asked for. Whether either works is not told. If
+    /// `std::bad_alloc` leaves the call, the file is closed and not deleted.
     ///
-    /// Kept: a second call deletes again what has the path then.
+    /// Kept: a second call deletes again what has the path then, and so does the destructor.
     void close() override;
 
 protected:
     /// A stream that is not open.
     FileInputStream() = default;
-    /// Closes the file, and deletes it if that was asked for.
+    /// Closes the file, and deletes it if that was asked for. Where memory is too short for that, the file
+    /// stays where it is.
     ~FileInputStream() override;
 
-    /// What `close` and the destructor do.
+    /// What `close` and the destructor do. `std::bad_alloc` may leave it as it may leave `close`.
     void closeImpl();
 
 private:

@@ -18,7 +18,8 @@ public:
     /// @param size how many bytes there is room for.
     /// @return how many came; 0 at the end, and -1 from a stream that is not open.
     virtual int read(void * buffer, int size) = 0;
-    /// Closes the stream: from here on `read` gives -1. A second call does no harm.
+    /// Closes the stream: from here on `read` gives -1. A second call does no harm. `std::bad_alloc` may
+    /// leave a stream that does more than that; it is closed so.
     virtual void close() = 0;
 
 protected:

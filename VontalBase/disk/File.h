@@ -90,7 +90,7 @@ public:
     /// @return a new object that the caller deletes; null if the open failed.
     virtual FileWriter * openForWrite();
 
-    /// The size in bytes, or -1.
+    /// The size in bytes, as `qvdisk::getFileSize` tells it; -1 where there is none.
     virtual std::int64_t getFileSize() const;
     /// Makes one directory; those above it must be there. @return whether it was made.
     virtual bool mkdir();

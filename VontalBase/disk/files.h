@@ -28,7 +28,9 @@ class InputStream;
 namespace qvdisk
 {
 
-/// The size of a file in bytes, or -1.
+/// The size of a file in bytes; a link counts as what it leads to. Of what is not a regular file the number
+/// means nothing.
+/// @return -1 where the path, or a link that it names, leads to nothing, and where the system does not tell.
 VONTALBASE_API std::int64_t getFileSize(const std::string & path);
 /// The same for another kind of text.
 VONTALBASE_API std::int64_t getFileSize(const std::wstring & path);
