@@ -80,12 +80,16 @@ ChildResult runWithFault(const char * child, int allocation, std::uint64_t repea
     return testsupport::runChild(child, {std::to_string(allocation), std::to_string(repeats)});
 }
 
-const std::string meaning = std::string(": ") + std::strerror(ENOENT) + "\n";
+/// In the locale that the program has by now.
+std::string meaning()
+{
+    return std::string(": ") + std::strerror(ENOENT) + "\n";
+}
 
 TEST(Abort, WritesItsTextWithoutAnyMemory)
 {
     const ChildResult result = runWithFault("abortsWithATextAndLittleMemory", 1, forGood);
-    EXPECT_TRUE(beginsWith(result, "a text that has no place inside of a string" + meaning))
+    EXPECT_TRUE(beginsWith(result, "a text that has no place inside of a string" + meaning()))
         << result.standardError;
     EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
 }
@@ -96,7 +100,7 @@ TEST(Abort, WritesItsTextWhicheverAllocationFails)
     {
         SCOPED_TRACE(allocation);
         const ChildResult result = runWithFault("abortsWithATextAndLittleMemory", allocation, 1);
-        EXPECT_TRUE(beginsWith(result, "a text that has no place inside of a string" + meaning))
+        EXPECT_TRUE(beginsWith(result, "a text that has no place inside of a string" + meaning()))
             << result.standardError;
         EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
     }
@@ -105,20 +109,20 @@ TEST(Abort, WritesItsTextWhicheverAllocationFails)
 TEST(Abort, WritesTheFirstCauseOfARecordWithoutAnyMemory)
 {
     const ChildResult result = runWithFault("abortsWithARecordAndLittleMemory", 1, forGood);
-    EXPECT_TRUE(beginsWith(result, "the cause" + meaning)) << result.standardError;
+    EXPECT_TRUE(beginsWith(result, "the cause" + meaning())) << result.standardError;
     EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
 }
 
 TEST(Abort, WritesARecordOrItsFirstCauseWhicheverAllocationFails)
 {
-    const std::string whole = "first:12: the cause\nsecond:34: what it led to" + meaning;
+    const std::string whole = "first:12: the cause\nsecond:34: what it led to" + meaning();
     bool wasWhole = false;
     for (int allocation = 1; allocation <= 10; ++allocation)
     {
         SCOPED_TRACE(allocation);
         const ChildResult result = runWithFault("abortsWithARecordAndLittleMemory", allocation, 1);
         const bool isWhole = beginsWith(result, whole);
-        EXPECT_TRUE(isWhole || beginsWith(result, "the cause" + meaning)) << result.standardError;
+        EXPECT_TRUE(isWhole || beginsWith(result, "the cause" + meaning())) << result.standardError;
         EXPECT_TRUE(isWhole || !wasWhole) << "only formatting takes the record away";
         wasWhole = isWhole;
         EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
