@@ -85,7 +85,8 @@ TEST(CoreTorture, AFileStreamTakesItsFileOrLeavesItToTheCaller)
                 EXPECT_EQ(std::getc(file), 'a') << "it is open";
                 std::fclose(file);
             }
-        });
+        },
+        {.answers = {}});
     EXPECT_EQ(report.faultyRuns, 1U) << "the name";
     directory.remove(fileName);
 }
