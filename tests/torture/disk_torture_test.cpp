@@ -11,6 +11,7 @@
 #include "VontalBase/disk/files.h"
 #include "VontalBase/disk/places.h"
 #include "VontalBase/disk/temporaryfiles.h"
+#include "VontalBase/platform/gates.h"
 #include "VontalBase/text/pstring.h"
 #include "VontalBase/text/u8string.h"
 
@@ -467,6 +468,17 @@ TEST_F(DiskTorture, TemporaryFilesAreGivenOutOrNotThere)
             EXPECT_EQ(temporaries(), isMade ? 1 : 0);
             return isMade || hasFault;
         });
+}
+
+TEST_F(DiskTorture, ATemporaryFileIsGivenUpAfterAHundredThousandAttempts)
+{
+    platform::armGates({"create file", 1, 1'000'000, platform::GateAnswer::Fail});
+    u8string out = "before";
+    EXPECT_FALSE(qvdisk::createTempFile(at("temporary"), u8string("a"), u8string("b"), out));
+    platform::disarmGates();
+    EXPECT_EQ(platform::gatePassages(), 100'000U);
+    EXPECT_EQ(out, "before");
+    EXPECT_EQ(temporaries(), 0);
 }
 
 } // namespace
