@@ -3,6 +3,7 @@
 #include "VontalBase/disk/FileEnumerator.h"
 #include "VontalBase/disk/FileReader.h"
 #include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/disk/files.h"
 
 #include "disk/disksupport.h"
 #include "support/ChildProcess.h"
@@ -227,6 +228,20 @@ TEST(File, TakesAShareForADirectoryWithoutAskingAnybody)
     EXPECT_FALSE(File(L"\\\\").isDirectory());
 }
 
+TEST(File, LooksForAShareToSayWhetherItExists)
+{
+    const u8string path = "\\\\no-such-server.invalid\\share";
+    EXPECT_FALSE(File(path).exists());
+    EXPECT_TRUE(File(path).isDirectory()) << "kept: by its form alone";
+    EXPECT_FALSE(File(path).isFile());
+    EXPECT_FALSE(File(path).isEmpty());
+    EXPECT_EQ(File(path).getFileSize(), -1);
+    EXPECT_FALSE(qvdisk::isDirectory(path)) << "the free function looks it up";
+    EXPECT_FALSE(qvdisk::fileExists(path));
+    EXPECT_FALSE(File(path + "\\below").exists());
+    EXPECT_FALSE(File(path + "\\below").isDirectory());
+}
+
 TEST(File, KnowsTheRootOfADrive)
 {
     EXPECT_EQ(File(L"C:").isDirectory(), testsupport::hasDrives());
@@ -279,20 +294,36 @@ TEST(File, KnowsFilesDirectoriesAndNothing)
     directory.clear();
 }
 
-TEST(File, TellsWhenAFileWasWrittenInUtc)
+TEST(File, TellsTheSecondInUtcInWhichAFileWasWritten)
 {
     const TempDirectory directory;
     const std::string path = directory.write("file", "1");
-    // 2001-09-09 01:46:40 UTC is the second 1000000000 since 1970.
-    const std::chrono::sys_seconds moment(std::chrono::seconds(1'000'000'000));
-    const auto age = std::chrono::system_clock::now() - moment;
-    fs::last_write_time(
-        path, fs::file_time_type::clock::now() - std::chrono::round<std::chrono::seconds>(age));
-    qvbase::EarthTime time;
-    ASSERT_TRUE(File(u8string(path)).getModificationTime(time));
-    qvbase::EarthTime earliest(2001, 9, 9, 6398000);
-    qvbase::EarthTime latest(2001, 9, 9, 6402000);
-    EXPECT_TRUE(earliest <= time && time <= latest);
+    using std::chrono::milliseconds;
+    using std::chrono::seconds;
+    const struct
+    {
+        const char * label;
+        milliseconds since1970;
+        qvbase::EarthTime expected;
+    } rows[] = {
+        {"the first second after 1970 began", seconds(1), {1970, 1, 1, 1000}},
+        {"a billion seconds", seconds(1'000'000'000), {2001, 9, 9, 6'400'000}},
+        {"one second less", seconds(999'999'999), {2001, 9, 9, 6'399'000}},
+        {"the end of a leap day", seconds(1'583'020'799), {2020, 2, 29, 86'399'000}},
+        {"one second more", seconds(1'583'020'800), {2020, 3, 1, 0}},
+        {"a summer's day", seconds(1'656'633'600), {2022, 7, 1, 0}},
+        {"beyond 31 bits", seconds(2'147'483'648), {2038, 1, 19, 11'648'000}},
+        {"a fraction of a second does not count", milliseconds(1'000'000'000'999), {2001, 9, 9, 6'400'000}},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        const std::chrono::sys_time<milliseconds> moment(row.since1970);
+        fs::last_write_time(path, std::chrono::file_clock::from_sys(moment));
+        qvbase::EarthTime time(1999, 1, 2, 3);
+        EXPECT_TRUE(File(u8string(path)).getModificationTime(time));
+        EXPECT_EQ(time, row.expected);
+    }
     directory.remove("file");
 }
 
