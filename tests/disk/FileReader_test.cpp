@@ -116,6 +116,33 @@ TEST(FileReader, ClosesItsStream)
     directory.remove("file");
 }
 
+TEST(FileReader, KeepsSharingItsStreamWithCopies)
+{
+    const TempDirectory directory;
+    auto reader = readerOf(directory, "12345678");
+    std::FILE * const stream = reader->getFile();
+    FileReader copy(*reader);
+    FileReader assigned(nullptr);
+    assigned = *reader;
+    EXPECT_EQ(copy.getFile(), stream);
+    EXPECT_EQ(assigned.getFile(), stream);
+    char buffer[4] = {};
+    EXPECT_EQ(reader->read(buffer, 2), 2U);
+    EXPECT_EQ(copy.read(buffer, 2), 2U);
+    EXPECT_EQ(std::string(buffer), "34") << "each goes on where another one stopped";
+    EXPECT_EQ(assigned.read(buffer, 2), 2U);
+    EXPECT_EQ(std::string(buffer), "56");
+    // All of them would close it.
+    EXPECT_EQ(copy.releaseFile(), stream);
+    EXPECT_EQ(reader->getFile(), stream) << "giving it up is the copy's affair alone";
+    EXPECT_EQ(reader->releaseFile(), stream);
+    reader.reset();
+    EXPECT_EQ(assigned.read(buffer, 2), 2U);
+    EXPECT_EQ(std::string(buffer), "78");
+    EXPECT_EQ(std::fclose(assigned.releaseFile()), 0);
+    directory.remove("file");
+}
+
 TEST(FileReader, HasADestructorForItsOnlyVirtualOperation)
 {
     EXPECT_EQ(testsupport::virtualSlots<FileReader>(), testsupport::slotsOfDestructor);

@@ -62,6 +62,30 @@ TEST(FileWriter, SaysWhenItIsClosedWhetherAllHasArrived)
     EXPECT_FALSE(full.close());
 }
 
+TEST(FileWriter, KeepsSharingItsStreamWithCopies)
+{
+    const TempDirectory directory;
+    FileWriter writer(File(pathOf(directory, "file")).open("wb"));
+    ASSERT_NE(writer.getFile(), nullptr);
+    FileWriter copy(writer);
+    FileWriter assigned(nullptr);
+    assigned = writer;
+    EXPECT_EQ(copy.getFile(), writer.getFile());
+    EXPECT_EQ(assigned.getFile(), writer.getFile());
+    EXPECT_TRUE(writer.write("1", 1));
+    EXPECT_TRUE(copy.write("2", 1));
+    EXPECT_TRUE(assigned.write("3", 1));
+    // All of them would close it; what is assigned to forgets its stream without that.
+    const FileWriter none(nullptr);
+    copy = none;
+    assigned = none;
+    EXPECT_EQ(copy.getFile(), nullptr);
+    EXPECT_TRUE(writer.write("4", 1));
+    EXPECT_TRUE(writer.close());
+    EXPECT_EQ(directory.read("file"), "1234");
+    directory.remove("file");
+}
+
 TEST(FileWriter, HasADestructorForItsOnlyVirtualOperation)
 {
     EXPECT_EQ(testsupport::virtualSlots<FileWriter>(), testsupport::slotsOfDestructor);
