@@ -4,6 +4,7 @@
 #include "VontalBase/disk/File.h"
 #include "VontalBase/disk/FileReader.h"
 #include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/disk/directories.h"
 #include "VontalBase/disk/files.h"
 
 #include "disk/disksupport.h"
@@ -100,6 +101,106 @@ TEST(FileExists, KeepsTheFormsApartForADirectoryWithABackslash)
     EXPECT_TRUE(qvdisk::fileExists(path));
     EXPECT_FALSE(qvdisk::fileExists(std::string(path)));
     EXPECT_FALSE(qvdisk::fileExists(path + "\\")) << "one backslash alone does not matter";
+    directory.clear();
+}
+
+/// While the object lives, relative paths begin in a directory.
+class WorkingDirectory
+{
+public:
+    explicit WorkingDirectory(const fs::path & directory) : m_before(fs::current_path())
+    {
+        fs::current_path(directory);
+    }
+    WorkingDirectory(const WorkingDirectory &) = delete;
+    WorkingDirectory & operator=(const WorkingDirectory &) = delete;
+    ~WorkingDirectory()
+    {
+        fs::current_path(m_before);
+    }
+
+private:
+    fs::path m_before;
+};
+
+TEST(Paths, NameNothingByADriveOrAShareInAnyFormWhereThereAreNone)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "this system has drives and shares";
+    const TempDirectory directory;
+    fs::create_directories(directory.path() / "C:" / "below");
+    directory.write("C:/x", "12345");
+    const WorkingDirectory place(directory.path());
+    const struct
+    {
+        const char * label;
+        const char * path;
+        bool exists;
+        bool isShare;
+    } rows[] = {
+        {"a share", "\\\\etc\\passwd", false, true},
+        {"a share with a slash behind it", "\\\\etc\\passwd/", false, true},
+        {"below a share", "\\\\usr\\share\\doc", false, false},
+        {"a pattern in a share", "\\\\etc\\pass*", false, true},
+        {"one backslash is the root", "\\etc\\passwd", true, false},
+        {"so is a slash", "/etc/passwd", true, false},
+        {"a drive", "C:", false, false},
+        {"a file on a drive", "C:\\x", false, false},
+        {"with a slash", "C:/x", false, false},
+        {"a small letter", "c:\\x", false, false},
+        {"a pattern on a drive", "C:\\*", false, false},
+        {"a name with a colon further in", ".\\C:\\x", true, false},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        const std::string narrow = row.path;
+        const u8string path(narrow);
+        EXPECT_EQ(qvdisk::fileExists(narrow), row.exists);
+        EXPECT_EQ(qvdisk::fileExists(wide(path)), row.exists);
+        EXPECT_EQ(qvdisk::fileExists(path), row.exists);
+        EXPECT_EQ(qvdisk::getFileSize(narrow) >= 0, row.exists);
+        EXPECT_EQ(qvdisk::getFileSize(wide(path)) >= 0, row.exists);
+        EXPECT_EQ(qvdisk::getFileSize(path) >= 0, row.exists);
+        qvdisk::File file(path);
+        EXPECT_EQ(file.exists(), row.exists);
+        EXPECT_EQ(file.isFile(), row.exists);
+        EXPECT_EQ(file.isUNCShareName(), row.isShare);
+        EXPECT_EQ(file.isDirectory(), row.isShare) << "kept: by its form alone";
+        EXPECT_FALSE(qvdisk::isDirectory(path));
+        std::string text;
+        EXPECT_EQ(qvdisk::readRawFile(path, text), row.exists);
+    }
+    const struct
+    {
+        const char * path;
+        bool isRoot;
+    } newPaths[] = {
+        {"\\\\tmp\\vontalbase-new", true},
+        {"\\\\tmp\\x\\vontalbase-new", false},
+        {"C:\\new", false},
+        {"C:/new", false},
+        {"Q:", true},
+    };
+    for (const auto & row : newPaths)
+    {
+        SCOPED_TRACE(row.path);
+        const u8string path(row.path);
+        EXPECT_FALSE(qvdisk::createDirectory(path));
+        EXPECT_FALSE(qvdisk::File(path).mkdir());
+        EXPECT_EQ(qvdisk::createDirectories(path), row.isRoot) << "a root is not asked for";
+        EXPECT_TRUE(qvdisk::createDirectories(wide(path))) << "kept: whatever happened";
+        EXPECT_FALSE(qvdisk::writeTextFile(path, "1"));
+        EXPECT_FALSE(qvdisk::deleteFile(wide(path)));
+    }
+    EXPECT_FALSE(qvdisk::deleteFile(u8string("C:\\x")));
+    EXPECT_FALSE(qvdisk::deleteDirectory("C:\\below"));
+    EXPECT_FALSE(qvdisk::deleteDirectory("C:"));
+    EXPECT_EQ(directory.read("C:/x"), "12345");
+    EXPECT_TRUE(fs::is_directory(directory.path() / "C:" / "below"));
+    EXPECT_FALSE(fs::exists("/tmp/vontalbase-new"));
+    EXPECT_FALSE(fs::exists("C:/new"));
+    EXPECT_FALSE(fs::exists("Q:"));
     directory.clear();
 }
 
