@@ -209,6 +209,67 @@ TEST(CreateTempFileCopy, CopiesTheBytesIntoADirectory)
     directory.clear();
 }
 
+TEST(CreateTempFileCopy, CopiesAReadOnlyFileWithThatOnlyWhereTheSystemCopies)
+{
+    const TempDirectory directory;
+    const TemporaryPlace place(directory.text());
+    const std::string source = directory.write("source.x", "12345");
+    testsupport::setReadOnly(source, true);
+    std::wstring out;
+    EXPECT_TRUE(qvdisk::createTempFileCopy(L"a", wide(source), out));
+    EXPECT_EQ(directory.read(leaf(out)), "12345");
+    EXPECT_EQ(testsupport::isReadOnly(directory.text(leaf(out))), testsupport::copiesStayReadOnly());
+    u8string out8;
+    EXPECT_TRUE(qvdisk::createTempFileCopy(pathOf(directory), u8string("b"), u8string(source), out8));
+    EXPECT_EQ(directory.read(leaf(out8)), "12345");
+    EXPECT_FALSE(testsupport::isReadOnly(directory.text(leaf(out8)))) << "the bytes alone";
+    EXPECT_TRUE(testsupport::isReadOnly(source));
+    EXPECT_TRUE(qvdisk::deleteFile(out)) << "whoever has to delete it can do so";
+    EXPECT_TRUE(qvdisk::deleteFile(out8));
+    testsupport::setReadOnly(source, false);
+    directory.clear();
+}
+
+TEST(CreateTempFileCopy, CopiesAnEmptyFile)
+{
+    const TempDirectory directory;
+    const TemporaryPlace place(directory.text());
+    const std::string source = directory.write("source", "");
+    std::wstring out;
+    EXPECT_TRUE(qvdisk::createTempFileCopy(L"a", wide(source), out));
+    EXPECT_THAT(leaf(out), HasForm("a-#"));
+    EXPECT_EQ(directory.read(leaf(out)), "");
+    directory.clear();
+}
+
+TEST(CreateTempFileCopy, UsesTheTemporaryDirectoryWhereNoneIsNamed)
+{
+    const TempDirectory directory;
+    const TemporaryPlace place(directory.text());
+    const std::string source = directory.write("source.x", "12345");
+    u8string out;
+    EXPECT_TRUE(qvdisk::createTempFileCopy(u8string(), u8string("a"), u8string(source), out));
+    EXPECT_EQ(out, pathOf(directory, leaf(out)));
+    EXPECT_EQ(directory.read(leaf(out)), "12345");
+    directory.clear();
+}
+
+TEST(CreateTempFileCopy, CopiesNoDirectory)
+{
+    const TempDirectory directory;
+    const TemporaryPlace place(directory.text());
+    const u8string source = pathOf(directory, "source.x");
+    fs::create_directory(directory.path() / "source.x");
+    std::wstring out = L"before";
+    EXPECT_FALSE(qvdisk::createTempFileCopy(L"a", wide(source), out));
+    EXPECT_EQ(out, L"before");
+    u8string out8 = "before";
+    EXPECT_FALSE(qvdisk::createTempFileCopy(pathOf(directory), u8string("a"), source, out8));
+    EXPECT_EQ(out8, "before");
+    EXPECT_TRUE(fs::is_directory(directory.path() / "source.x"));
+    directory.remove("source.x");
+}
+
 TEST(CreateTempFileCopy, LeavesNoFileWhereItFails)
 {
     const TempDirectory directory;
