@@ -14,6 +14,7 @@
 #include "support/ResourceSnapshot.h"
 #include "support/SmallStackThread.h"
 
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 
 namespace
 {
@@ -53,6 +55,37 @@ int writeTooMuch(const u8string & place, const std::string & bytes)
         return 15;
     std::string back;
     return qvdisk::readRawFile(path, back) && back == "12345" && qvdisk::deleteFile(path) ? 0 : 16;
+}
+
+VONTALBASE_TEST_CHILD(doesNothing, arguments)
+{
+    return 0;
+}
+
+TEST(ChildrenOfOtherThreads, KeepNoFileFromBeingWrittenAgain)
+{
+    const TempDirectory directory;
+    const u8string path = pathOf(directory, "file");
+    constexpr int childCount = 20;
+    std::atomic<bool> isOver = false;
+    std::thread spawner(
+        [&]
+        {
+            for (int i = 0; i < childCount; ++i)
+            {
+                const testsupport::ChildResult child = testsupport::runChild("doesNothing");
+                EXPECT_EQ(child.exitCode, 0) << child.standardError;
+            }
+            isOver = true;
+        });
+    int refusals = 0;
+    int writes = 0;
+    for (; !isOver || writes < 1000; ++writes)
+        refusals += qvdisk::writeTextFile(path, "12345") ? 0 : 1;
+    spawner.join();
+    EXPECT_EQ(refusals, 0) << "of " << writes;
+    EXPECT_EQ(directory.read("file"), "12345");
+    directory.remove("file");
 }
 
 TEST(FullDisk, IsAFailedWrite)
