@@ -1,10 +1,14 @@
 #include "VontalBase/disk/File.h"
+#include "VontalBase/disk/directories.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/disk/places.h"
 
 #include "disk/disksupport.h"
+#include "support/ChildProcess.h"
 #include "support/NativePaths.h"
 
+#include <cstdio>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -68,6 +72,61 @@ TEST(Places, DoNotTellAPathThatIsTooLong)
         EXPECT_EQ(out, qvdisk::nativePath(fitting) + "\\") << "left alone";
     }
     EXPECT_TRUE(qvdisk::File(first).remove(true));
+}
+
+VONTALBASE_TEST_CHILD(tellsItsPlaces, arguments)
+{
+    u8string path = "before";
+    u8string place = "before";
+    u8string name = "before";
+    const bool isPathTold = qvdisk::getModuleFullName(path);
+    const bool isPlaceTold = qvdisk::getModuleDir(place);
+    const bool isNameTold = qvdisk::getModuleName(name);
+    std::printf("%s\n%s\n%s\n", path.c_str(), place.c_str(), name.c_str());
+    if (isPathTold != isPlaceTold || isPathTold != isNameTold)
+        return 3;
+    return isPathTold ? 0 : 4;
+}
+
+/// Where a program lies whose path has so many UTF-16 units, and more bytes. Directories are made for it.
+u8string makeProgramPath(const testsupport::TempDirectory & directory, std::size_t units)
+{
+    // One character of one unit and two bytes, and one of two units and four bytes.
+    u8string path = directory.text() + "/\xC3\xA9\xF0\x9F\x98\x80" + std::string(180, 'd') + '/';
+    path += std::string(180, 'd');
+    EXPECT_TRUE(qvdisk::createDirectories(path));
+    return path + '/' + std::string(units - wide(path).size() - 1, 'p');
+}
+
+TEST(Places, TellAProgramWhosePathHas511Units)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "a copy of the program would not find its libraries here";
+    const testsupport::TempDirectory directory;
+    const struct
+    {
+        const char * label;
+        std::size_t units;
+        bool isTold;
+    } rows[] = {
+        {"511 fit", 511, true},
+        {"with another one they do not", 512, false},
+    };
+    u8string own;
+    ASSERT_TRUE(qvdisk::getModuleFullName(own));
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        const u8string path = makeProgramPath(directory, row.units);
+        std::filesystem::copy_file(std::string(own), std::string(path));
+        const testsupport::ChildResult child = testsupport::runChildFrom(path, "tellsItsPlaces");
+        const std::size_t start = path.rfind('/') + 1;
+        EXPECT_EQ(child.exitCode, row.isTold ? 0 : 4) << child.standardError;
+        EXPECT_EQ(child.standardOutput,
+            row.isTold ? path + '\n' + path.substr(0, start) + '\n' + path.substr(start) + '\n'
+                       : "before\nbefore\nbefore\n");
+    }
+    directory.clear();
 }
 
 TEST(Places, TakeTheUsualTemporaryDirectoryWhereTheWishNamesNone)

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <thread>
 
@@ -36,6 +37,9 @@ std::map<std::string, ChildFunction> & registry()
 }
 
 using Clock = std::chrono::steady_clock;
+
+/// The path of a program, as the system takes it.
+using Program = std::filesystem::path::string_type;
 
 #ifdef _WIN32
 
@@ -71,6 +75,13 @@ public:
 private:
     HANDLE handle_ = nullptr;
 };
+
+Program ownProgram()
+{
+    std::array<wchar_t, 32768> path = {};
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return path.data();
+}
 
 /// One word of a command line, quoted so that the C runtime's splitter gives it back.
 std::wstring quoted(const std::string & argument)
@@ -114,7 +125,8 @@ void readAll(HANDLE pipe, HANDLE process, std::string & text)
     }
 }
 
-ChildResult run(const std::vector<std::string> & words, std::chrono::milliseconds limit)
+ChildResult run(
+    const Program & program, const std::vector<std::string> & words, std::chrono::milliseconds limit)
 {
     ChildResult result;
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
@@ -131,9 +143,7 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
     Handle input(CreateFileW(
         L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, OPEN_EXISTING, 0, nullptr));
 
-    std::array<wchar_t, 32768> program = {};
-    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    std::wstring commandLine = L"\"" + std::wstring(program.data()) + L"\"";
+    std::wstring commandLine = L"\"" + program + L"\"";
     for (const std::string & word : words)
         commandLine += L" " + quoted(word);
 
@@ -144,7 +154,7 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
     startup.hStdOutput = outWrite.get();
     startup.hStdError = errWrite.get();
     PROCESS_INFORMATION information = {};
-    if (!CreateProcessW(program.data(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
             &startup, &information))
     {
         result.standardError = "CreateProcess failed with error " + std::to_string(GetLastError());
@@ -214,6 +224,12 @@ bool makePipe(Descriptor & readEnd, Descriptor & writeEnd)
     return true;
 }
 
+Program ownProgram()
+{
+    std::array<char, 4096> path = {};
+    return readlink("/proc/self/exe", path.data(), path.size() - 1) > 0 ? path.data() : "";
+}
+
 /// Reads what is there; closes the pipe at its end.
 void drain(Descriptor & pipe, std::string & text)
 {
@@ -231,7 +247,8 @@ int millisecondsUntil(Clock::time_point moment)
     return static_cast<int>(std::clamp<long long>(left, 0, 1'000'000));
 }
 
-ChildResult run(const std::vector<std::string> & words, std::chrono::milliseconds limit)
+ChildResult run(
+    const Program & program, const std::vector<std::string> & words, std::chrono::milliseconds limit)
 {
     ChildResult result;
     Descriptor outRead, outWrite, errRead, errWrite;
@@ -241,14 +258,9 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
         return result;
     }
 
-    std::array<char, 4096> program = {};
-    if (readlink("/proc/self/exe", program.data(), program.size() - 1) <= 0)
-    {
-        result.standardError = "the path of this program is unknown";
-        return result;
-    }
-    std::vector<std::string> texts = words;
-    std::vector<char *> arguments = {program.data()};
+    std::vector<std::string> texts = {program};
+    texts.insert(texts.end(), words.begin(), words.end());
+    std::vector<char *> arguments;
     for (std::string & text : texts)
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
@@ -259,7 +271,7 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
     posix_spawn_file_actions_adddup2(&actions, outWrite.get(), 1);
     posix_spawn_file_actions_adddup2(&actions, errWrite.get(), 2);
     pid_t child = -1;
-    const int error = posix_spawn(&child, program.data(), &actions, nullptr, arguments.data(), environ);
+    const int error = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0)
     {
@@ -306,6 +318,18 @@ ChildResult run(const std::vector<std::string> & words, std::chrono::millisecond
 
 #endif
 
+Program fromUtf8(const std::string & path)
+{
+    return std::filesystem::path(std::u8string(path.begin(), path.end())).native();
+}
+
+std::vector<std::string> wordsOf(const std::string & name, const std::vector<std::string> & arguments)
+{
+    std::vector<std::string> words = {childOption + name};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+}
+
 } // namespace
 
 bool registerChild(const char * name, ChildFunction function)
@@ -321,9 +345,13 @@ bool registerChild(const char * name, ChildFunction function)
 ChildResult runChild(
     const std::string & name, const std::vector<std::string> & arguments, std::chrono::milliseconds limit)
 {
-    std::vector<std::string> words = {childOption + name};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return run(words, limit);
+    return run(ownProgram(), wordsOf(name, arguments), limit);
+}
+
+ChildResult runChildFrom(const std::string & program, const std::string & name,
+    const std::vector<std::string> & arguments, std::chrono::milliseconds limit)
+{
+    return run(fromUtf8(program), wordsOf(name, arguments), limit);
 }
 
 bool runAsChild(int argc, char ** argv, int & exitCode)

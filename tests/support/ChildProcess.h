@@ -49,6 +49,12 @@ constexpr std::chrono::milliseconds usualChildLimit{60'000};
 ChildResult runChild(const std::string & name, const std::vector<std::string> & arguments = {},
     std::chrono::milliseconds limit = usualChildLimit);
 
+/// The same for a copy of this program, or another file that is it.
+///
+/// @param program its path in UTF-8.
+ChildResult runChildFrom(const std::string & program, const std::string & name,
+    const std::vector<std::string> & arguments = {}, std::chrono::milliseconds limit = usualChildLimit);
+
 /// How a child ends that calls std::abort.
 int exitCodeOfAbort();
 
