@@ -1,10 +1,15 @@
+#include "VontalBase/platform/places.h"
+
 #include "support/ChildProcess.h"
+#include "support/TempDirectory.h"
 
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <string>
 
 namespace
 {
@@ -80,6 +85,22 @@ TEST(ChildProcess, KillsAChildThatTakesTooLong)
 TEST(ChildProcess, GivesTheChildAnEmptyInput)
 {
     EXPECT_EQ(testsupport::runChild("readsItsInput").exitCode, 4);
+}
+
+TEST(ChildProcess, OfACopyOfTheProgramIsStartedByItsPath)
+{
+    const testsupport::TempDirectory directory;
+    const testsupport::ChildResult missing =
+        testsupport::runChildFrom(directory.text("none"), "echoes", {"one"});
+    EXPECT_FALSE(missing.started);
+    EXPECT_NE(missing.standardError, "");
+    const std::string copy = directory.text("copy.exe");
+    std::filesystem::copy_file(platform::programPath(), copy);
+    const testsupport::ChildResult result = testsupport::runChildFrom(copy, "echoes", {"one"});
+    EXPECT_TRUE(result.started) << result.standardError;
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.standardOutput, "[one]");
+    directory.remove("copy.exe");
 }
 
 TEST(ChildProcess, OfAnUnknownNameEndsWithACodeOfItsOwn)
