@@ -128,6 +128,23 @@ void executorOurs(benchmark::State & state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+/// One task a million times, so that nothing is allocated but the queue.
+void executorOneTask(benchmark::State & state)
+{
+    const Reference<EmptyTask> task(new ReferencedImplMT<EmptyTask>);
+    for (auto step : state)
+    {
+        Reference<qvbase::TaskExecutor> executor;
+        qvbase::createSimpleTaskExecutor(executor);
+        std::binary_semaphore done(0);
+        for (std::int64_t i = 0; i < state.range(0); ++i)
+            executor->addTask(task);
+        executor->addTask(new ReferencedImplMT<LastTask>(done));
+        done.acquire();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 /// Functions in the queue itself.
 void executorOfFunctions(benchmark::State & state)
 {
@@ -162,6 +179,7 @@ void executorOfShared(benchmark::State & state)
 constexpr std::int64_t million = 1'000'000;
 
 BENCHMARK(executorOurs)->Name("executor/million/ours")->Arg(million)->UseRealTime();
+BENCHMARK(executorOneTask)->Name("executor/one_task/ours")->Arg(million)->UseRealTime();
 BENCHMARK(executorOfFunctions)->Name("executor/million/thread+deque")->Arg(million)->UseRealTime();
 BENCHMARK(executorOfShared)->Name("executor/million/thread+deque+shared")->Arg(million)->UseRealTime();
 
