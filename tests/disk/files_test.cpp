@@ -503,6 +503,7 @@ TEST(CountMD5sum, AppendsThirtyTwoDigits)
     } rows[] = {
         {"three bytes", "abc", "900150983cd24fb0d6963f7d28e17f72"},
         {"one byte more than a block", std::string(65537, 'a'), "b3c6fc238e908636e53aabd5ad830cf7"},
+        {"large blocks", std::string(16'777'217, 'a'), "c2fa6bae9682ffe64b4d07bd5a7d02ac"},
     };
     for (const auto & row : rows)
     {
@@ -518,7 +519,8 @@ TEST(CountMD5sum, AppendsThirtyTwoDigits)
 TEST(CountMD5sum, KeepsGivingNoDigestForAWholeNumberOfBlocks)
 {
     const TempDirectory directory;
-    for (const std::size_t size : {0, 65536, 131072})
+    // From 16 MiB on a file is read in larger blocks, which must not be seen.
+    for (const std::size_t size : {0, 65536, 131072, 16'777'216, 16'842'752})
     {
         SCOPED_TRACE(size);
         directory.write("file", manyBytes(size));
