@@ -37,6 +37,8 @@ bool isLeadSurrogate(wchar_t unit) noexcept
 std::string utf8FromUtf16(std::string_view bytes)
 {
     std::string text;
+    // Enough for ASCII, and for all else a beginning.
+    text.reserve(bytes.size() / 2);
     std::wstring units;
     std::string converted;
     for (bool isDone = bytes.size() < 2; !isDone;)
