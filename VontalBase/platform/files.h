@@ -58,6 +58,11 @@ std::FILE * openStream(const std::wstring & path, const std::string & mode);
 /// written must have been flushed.
 void giveLockBack(std::FILE * stream) noexcept;
 
+/// Makes what is written to a stream go to the system at once, each writing as one piece, where the system's
+/// streams can do that. Elsewhere a flush has to follow.
+/// @param stream nothing has been written to it yet.
+void writeAtOnce(std::FILE * stream) noexcept;
+
 /// Makes an empty file for this user alone, unless there is something of that name: then the result is false.
 bool createNewFile(const std::wstring & path);
 

@@ -30,6 +30,11 @@ bool writeStream(std::FILE * stream, const void * data, std::size_t size)
     return std::fwrite(data, 1, part, stream) == size;
 }
 
+bool writeThrough(std::FILE * stream, const void * data, std::size_t size)
+{
+    return writeStream(stream, data, size) && !gateFails("flush stream") && std::fflush(stream) == 0;
+}
+
 bool closeStream(std::FILE * stream)
 {
     const bool fails = gateFails("close stream");

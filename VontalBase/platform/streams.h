@@ -15,6 +15,10 @@ std::size_t readStream(std::FILE * stream, void * buffer, std::size_t size);
 /// Writes all of the bytes; some may have been written where it fails.
 bool writeStream(std::FILE * stream, const void * data, std::size_t size);
 
+/// Writes all of the bytes and flushes the stream; some may have been written where it fails.
+/// @return whether the system has them all.
+bool writeThrough(std::FILE * stream, const void * data, std::size_t size);
+
 /// Closes the stream whatever happens. @return whether all that was written has arrived.
 bool closeStream(std::FILE * stream);
 

@@ -39,6 +39,10 @@ void * currentThreadPseudoHandle() noexcept;
 /// the greatest number is without end.
 void sleepMilliseconds(unsigned int milliseconds) noexcept;
 
+/// Whether the process is at its end and the system has already stopped all other threads, wherever they
+/// were, so that a lock which one of them held is never given back. False where threads run to the very end.
+bool areOtherThreadsStopped() noexcept;
+
 /// Makes the calling thread a single-threaded COM apartment, where there is COM. No failure is reported.
 void enterApartment() noexcept;
 /// Undoes one `enterApartment`.

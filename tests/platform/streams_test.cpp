@@ -1,6 +1,8 @@
+#include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/streams.h"
 
+#include "support/NativePaths.h"
 #include "support/TempDirectory.h"
 
 #include <cstdio>
@@ -59,6 +61,51 @@ TEST(PlatformStreams, FailAndComeUpShortAtTheirGates)
     platform::disarmGates();
     EXPECT_EQ(directory.read("file"), "1234");
     directory.remove("file");
+}
+
+TEST(PlatformStreams, WriteThroughToTheSystem)
+{
+    const testsupport::TempDirectory directory;
+    for (const bool atOnce : {false, true})
+    {
+        std::FILE * const stream = open(directory, "wb");
+        ASSERT_NE(stream, nullptr);
+        if (atOnce)
+            platform::writeAtOnce(stream);
+        EXPECT_TRUE(platform::writeThrough(stream, "1234567", 7));
+        EXPECT_EQ(directory.read("file"), "1234567") << "while the stream is open";
+        EXPECT_TRUE(platform::writeThrough(stream, "8", 1));
+        EXPECT_EQ(directory.read("file"), "12345678");
+        EXPECT_TRUE(platform::closeStream(stream));
+    }
+    directory.remove("file");
+}
+
+TEST(PlatformStreams, DoNotWriteThroughWhereTheSystemRefuses)
+{
+    const testsupport::TempDirectory directory;
+    std::FILE * stream = open(directory, "wb");
+    ASSERT_NE(stream, nullptr);
+    for (const char * const service : {"write stream", "flush stream"})
+    {
+        platform::armGates({service, 1, 1});
+        EXPECT_FALSE(platform::writeThrough(stream, "1", 1)) << service;
+        platform::disarmGates();
+    }
+    platform::closeStream(stream);
+    const std::string full = testsupport::fullDevice();
+    directory.remove("file");
+    if (full.empty())
+        return;
+    for (const bool atOnce : {false, true})
+    {
+        stream = std::fopen(full.c_str(), "ab");
+        ASSERT_NE(stream, nullptr);
+        if (atOnce)
+            platform::writeAtOnce(stream);
+        EXPECT_FALSE(platform::writeThrough(stream, "1", 1)) << atOnce;
+        platform::closeStream(stream);
+    }
 }
 
 } // namespace

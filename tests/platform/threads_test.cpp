@@ -174,4 +174,9 @@ TEST(PlatformThreads, SleepThroughSignals)
     platform::sleepMilliseconds(0);
 }
 
+TEST(PlatformThreads, AreNotStoppedWhileTheProcessGoesOn)
+{
+    EXPECT_FALSE(platform::areOtherThreadsStopped());
+}
+
 } // namespace

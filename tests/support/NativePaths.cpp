@@ -75,6 +75,11 @@ bool copiesStayReadOnly()
     return false;
 }
 
+std::string lineEnd()
+{
+    return "\r\n";
+}
+
 std::string fullDevice()
 {
     return {};
@@ -140,6 +145,11 @@ unsigned int possiblePathLength()
 bool copiesStayReadOnly()
 {
     return true;
+}
+
+std::string lineEnd()
+{
+    return "\n";
 }
 
 std::string fullDevice()

@@ -22,6 +22,9 @@ bool copiesStayReadOnly();
 /// A path that opens for writing but takes no byte; empty where the system has none.
 std::string fullDevice();
 
+/// What a line of a text file ends with.
+std::string lineEnd();
+
 /// The path of something that is neither a file nor a directory; empty where the system has none.
 std::string deviceThatIsNoFile();
 

@@ -247,6 +247,11 @@ void giveLockBack(std::FILE * stream) noexcept
     flock(fileno(stream), LOCK_UN);
 }
 
+void writeAtOnce(std::FILE * stream) noexcept
+{
+    std::setvbuf(stream, nullptr, _IONBF, 0);
+}
+
 bool createNewFile(const std::wstring & path)
 {
     return Descriptor(

@@ -128,6 +128,11 @@ void sleepMilliseconds(unsigned int milliseconds) noexcept
     } while (milliseconds == std::numeric_limits<unsigned int>::max());
 }
 
+bool areOtherThreadsStopped() noexcept
+{
+    return false;
+}
+
 void enterApartment() noexcept
 {
 }

@@ -127,6 +127,11 @@ void giveLockBack(std::FILE *) noexcept
 {
 }
 
+void writeAtOnce(std::FILE *) noexcept
+{
+    // Without a buffer the runtime library writes text byte by byte.
+}
+
 bool createNewFile(const std::wstring & path)
 {
     int descriptor = -1;

@@ -42,6 +42,14 @@ void sleepMilliseconds(unsigned int milliseconds) noexcept
     Sleep(milliseconds);
 }
 
+bool areOtherThreadsStopped() noexcept
+{
+    using Question = BOOLEAN(WINAPI *)();
+    const auto question = reinterpret_cast<Question>(
+        reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
+    return question != nullptr && question() != FALSE;
+}
+
 void enterApartment() noexcept
 {
     static_cast<void>(CoInitialize(nullptr));

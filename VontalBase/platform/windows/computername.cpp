@@ -1,0 +1,25 @@
+#include "VontalBase/platform/computername.h"
+
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/text/conversions.h"
+
+#include <array>
+
+namespace platform
+{
+
+bool readComputerName(std::string & name)
+{
+    std::array<wchar_t, 512> buffer{};
+    DWORD size = static_cast<DWORD>(buffer.size());
+    if (gateFails("computer name") ||
+        !GetComputerNameExW(ComputerNameDnsFullyQualified, buffer.data(), &size))
+    {
+        return false;
+    }
+    Vontal::c_u16u8(name, buffer.data());
+    return true;
+}
+
+} // namespace platform

@@ -1,0 +1,53 @@
+#include "VontalBase/platform/computername.h"
+#include "VontalBase/platform/gates.h"
+
+#include "support/HostName.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace
+{
+
+TEST(PlatformComputerName, BeginsWithTheNameOfTheHost)
+{
+    std::string name("before");
+    ASSERT_TRUE(platform::readComputerName(name));
+    for (char & c : name)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    ASSERT_NE(testsupport::hostName(), "");
+    EXPECT_EQ(name.substr(0, std::min(name.find('.'), name.size())), testsupport::hostName());
+    EXPECT_NE(name.back(), '.');
+    EXPECT_EQ(name.find("(none)"), std::string::npos);
+}
+
+TEST(PlatformComputerName, IsNotTouchedWhereTheSystemRefuses)
+{
+    std::string name("before");
+    platform::armGates({"computer name", 1, 1});
+    EXPECT_FALSE(platform::readComputerName(name));
+    platform::disarmGates();
+    EXPECT_EQ(name, "before");
+}
+
+TEST(PlatformComputerName, HasTheDomainThatTheMachineKnows)
+{
+    const struct
+    {
+        const char * host;
+        const char * domain;
+        const char * expected;
+    } rows[] = {
+        {"host", "", "host"},
+        {"host", "(none)", "host"},
+        {"host", "example.org", "host.example.org"},
+        {"host.example.org", "", "host.example.org"},
+        {"host.example.org", "example.org", "host.example.org"},
+        {"host.example.org", "(none)", "host.example.org"},
+    };
+    for (const auto & row : rows)
+        EXPECT_EQ(platform::fullComputerName(row.host, row.domain), row.expected);
+}
+
+} // namespace
