@@ -6,6 +6,7 @@
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/core/dateformat.h"
 #include "VontalBase/core/debugregistry.h"
+#include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/text/conversions.h"
 
 // Before all of them, since they may write to the standard streams.
@@ -19,7 +20,8 @@ namespace
 template <class T>
 union Immortal
 {
-    Immortal() : object()
+    template <class... Arguments>
+    explicit Immortal(Arguments... arguments) : object(arguments...)
     {
     }
     Immortal(const Immortal &) = delete;
@@ -58,3 +60,22 @@ static Immortal<ThreadRegistry> registry;
 ThreadRegistry & threadRegistry = registry.object;
 
 } // namespace qvbase
+
+namespace qvutils
+{
+
+/// The level of the last line.
+constexpr unsigned int closingLevel = 1024;
+
+static Immortal<DailyLogger> systemLoggerObject;
+DailyLogger & systemLogger = systemLoggerObject.object;
+
+static Immortal<LogFormater> systemLogFormaterObject(&systemLoggerObject.object, closingLevel, true);
+LogFormater & systemLogFormater = systemLogFormaterObject.object;
+
+bool systemLogHasEnded = false;
+
+/// Destroyed in the place of the two.
+static SystemLogSwitch systemLogSwitch;
+
+} // namespace qvutils

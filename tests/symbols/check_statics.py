@@ -18,6 +18,9 @@ OBJECTS = {
     "the date format": re.compile(r"_ZN6qvbase10dateFormatB5cxx11E\Z"),
     "the registry of COM objects": re.compile(r"_ZN6qvbase13debugRegistryB5cxx11E\Z"),
     "the lock of all counts": re.compile(r"_ZN6qvbaseL21referencedObjectMutexE\Z"),
+    "the logger of the system log": re.compile(r"_ZN7qvutilsL18systemLoggerObjectE\Z"),
+    "the formatter of the system log": re.compile(r"_ZN7qvutilsL23systemLogFormaterObjectE\Z"),
+    "the switch of the system log": re.compile(r"_ZN7qvutilsL15systemLogSwitchE\Z"),
     "the registry of threads": re.compile(r"_ZN6qvbaseL8registryE\Z"),
 }
 

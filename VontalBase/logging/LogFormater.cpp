@@ -1,0 +1,78 @@
+#include "VontalBase/logging/LogFormater.h"
+
+#include "VontalBase/core/EarthTime.h"
+#include "VontalBase/logging/LogMsgBuilderImpl.h"
+#include "VontalBase/logging/LoggerInterface.h"
+#include "VontalBase/text/decimal.h"
+
+#include <new>
+
+namespace qvutils
+{
+
+LogFormater::LogFormater(LoggerInterface * target, unsigned int levelAtEnd, bool withTimestamp) noexcept
+    : logger(target), closingLevel(levelAtEnd), writeTimestamp(withTimestamp)
+{
+}
+
+LogFormater::~LogFormater()
+{
+    writeClosingLine();
+}
+
+LoggerInterface * LogFormater::getLogger()
+{
+    return logger;
+}
+
+bool LogFormater::isLoggingLevel(unsigned int level) const
+{
+    return logger->isLoggingLevel(level);
+}
+
+void LogFormater::writeMessage(unsigned int level, const char * file, unsigned int line)
+{
+    writeMessage(level, nullptr, file, line);
+}
+
+void LogFormater::writeMessage(unsigned int level, const char * message, const char * file, unsigned int line)
+{
+    writeLine(level, message, file, line);
+}
+
+void LogFormater::writeMessage(unsigned int level, const char * message)
+{
+    writeLine(level, message, nullptr, 0);
+}
+
+void LogFormater::writeTime(Vontal::u8string & out)
+{
+    qvbase::EarthTime now;
+    now.setNowLocal();
+    now.printTime(out, 2);
+}
+
+void LogFormater::writeLine(unsigned int level, const char * message, const char * file, unsigned int line)
+{
+    // Kept: the number is taken before it is known whether the line is wanted.
+    const std::uint32_t id = logger->getNextId();
+    LogMsgBuilderImpl builder(level, message, file, line, writeTimestamp, id);
+    logger->log(builder, level);
+}
+
+void LogFormater::writeClosingLine() noexcept
+{
+    try
+    {
+        // Kept: one number for the text and the next one for its line.
+        Vontal::u8string text(std::string(Vontal::Decimal(logger->getNextId()).text()));
+        text += " Destructor\n";
+        writeLine(closingLevel, text.c_str(), nullptr, 0);
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The line is lost.
+    }
+}
+
+} // namespace qvutils

@@ -1,0 +1,55 @@
+/// @file
+/// What code writes log lines to.
+#pragma once
+
+#include "VontalBase/export.h"
+#include "VontalBase/text/u8string.h"
+
+namespace qvutils
+{
+
+class LoggerInterface;
+
+/// Takes messages with a level, and with a source position if there is one, and makes lines of them.
+///
+/// It has no virtual destructor: a formatter is destroyed as what it is.
+class VONTALBASE_API LogFormaterInterface
+{
+public:
+    /// Nothing to set.
+    LogFormaterInterface() = default;
+    /// Nothing to copy.
+    LogFormaterInterface(const LogFormaterInterface &) = default;
+    /// Nothing to copy.
+    LogFormaterInterface(LogFormaterInterface &&) noexcept = default;
+    /// Nothing to copy.
+    LogFormaterInterface & operator=(const LogFormaterInterface &) = default;
+    /// Nothing to copy.
+    LogFormaterInterface & operator=(LogFormaterInterface &&) noexcept = default;
+
+    /// The logger that the lines go to.
+    virtual LoggerInterface * getLogger() = 0;
+    /// Whether a line of this level is written.
+    virtual bool isLoggingLevel(unsigned int level) const = 0;
+    /// Writes a source position without a message.
+    /// @param file the path of the source, as `__FILE__` gives it; its build root is cut off.
+    virtual void writeMessage(unsigned int level, const char * file, unsigned int line) = 0;
+    /// Writes a message with its source position.
+    /// @param message in UTF-8, with or without a line feed at its end; null for none.
+    /// @param file the path of the source, as `__FILE__` gives it; null for no position.
+    virtual void writeMessage(
+        unsigned int level, const char * message, const char * file, unsigned int line) = 0;
+    /// Writes a message.
+    /// @param message in UTF-8, with or without a line feed at its end; null for none.
+    virtual void writeMessage(unsigned int level, const char * message) = 0;
+
+    /// Writes a message with its source position, up to its first zero byte.
+    /// @copydetails writeMessage(unsigned int, const char *, const char *, unsigned int)
+    void writeMessage(
+        unsigned int level, const Vontal::u8string & message, const char * file, unsigned int line)
+    {
+        writeMessage(level, message.c_str(), file, line);
+    }
+};
+
+} // namespace qvutils

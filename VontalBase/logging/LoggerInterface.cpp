@@ -1,0 +1,59 @@
+#include "VontalBase/logging/LoggerInterface.h"
+
+#include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/logging/LogMsgBuilder.h"
+
+namespace qvutils
+{
+
+using qvbase::ThreadMutexGuard;
+
+LoggerInterface::LoggerInterface(unsigned int threshold) : nextId(0), logLevel(threshold)
+{
+}
+
+LoggerInterface::LoggerInterface(const LoggerInterface & other)
+    : nextId(other.nextId), logLevel(other.getLogLevel()), mutex(other.mutex)
+{
+}
+
+LoggerInterface::LoggerInterface(LoggerInterface && other) noexcept
+    : LoggerInterface(static_cast<const LoggerInterface &>(other))
+{
+}
+
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): each member knows how to be assigned to itself.
+LoggerInterface & LoggerInterface::operator=(const LoggerInterface & other)
+{
+    nextId = other.nextId;
+    logLevel.store(other.getLogLevel(), std::memory_order_relaxed);
+    mutex = other.mutex;
+    return *this;
+}
+
+LoggerInterface & LoggerInterface::operator=(LoggerInterface && other) noexcept
+{
+    return *this = static_cast<const LoggerInterface &>(other);
+}
+
+std::uint32_t LoggerInterface::getNextId()
+{
+    const ThreadMutexGuard guard(mutex, true);
+    return ++nextId;
+}
+
+void LoggerInterface::setLogLevel(unsigned int threshold)
+{
+    const ThreadMutexGuard guard(mutex, true);
+    logLevel.store(threshold, std::memory_order_relaxed);
+}
+
+void LoggerInterface::log(LogMsgBuilder & builder, unsigned int level)
+{
+    if (!isLoggingLevel(level))
+        return;
+    const ThreadMutexGuard guard(mutex, true);
+    internal_log(builder.build().c_str());
+}
+
+} // namespace qvutils

@@ -1,0 +1,63 @@
+#include "VontalBase/logging/SimpleLogger.h"
+
+#include "VontalBase/core/EarthTime.h"
+#include "VontalBase/disk/File.h"
+#include "VontalBase/logging/banners.h"
+#include "VontalBase/platform/streams.h"
+#include "VontalBase/text/u8string.h"
+
+#include <cstring>
+#include <new>
+
+namespace qvutils
+{
+
+using Vontal::u8string;
+
+namespace
+{
+
+u8string presentMoment()
+{
+    qvbase::EarthTime now;
+    now.setNowLocal();
+    u8string moment;
+    appendDateAndTime(now, moment);
+    return moment;
+}
+
+} // namespace
+
+SimpleLogger::SimpleLogger(const u8string & path, unsigned int threshold, bool append)
+    : LoggerInterface(threshold), file(nullptr)
+{
+    // Made first, so that nothing can fail while the file is open and nobody's.
+    const u8string banner = startBanner(presentMoment());
+    file = qvdisk::File(path).open(append ? "a" : "w");
+    internal_log(banner.c_str());
+}
+
+SimpleLogger::~SimpleLogger()
+{
+    if (file == nullptr)
+        return;
+    try
+    {
+        internal_log(stopBanner(presentMoment()).c_str());
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The line is lost.
+    }
+    platform::closeStream(file);
+}
+
+bool SimpleLogger::internal_log(const char * text)
+{
+    if (file == nullptr || text == nullptr)
+        return false;
+    const std::size_t size = std::strlen(text);
+    return size != 0 && platform::writeStream(file, text, size);
+}
+
+} // namespace qvutils

@@ -1,0 +1,34 @@
+/// @internal
+/// @file
+/// The objects of the system log, and its beginning and end.
+#pragma once
+
+#include "VontalBase/logging/DailyLogger.h"
+#include "VontalBase/logging/LogFormater.h"
+
+namespace qvutils
+{
+
+/// They outlive the static objects of the library, since threads may still log while those are destroyed.
+extern DailyLogger & systemLogger;
+/// Writes to `systemLogger`.
+extern LogFormater & systemLogFormater;
+/// Whether the log has been closed for good. Guarded by the logger's lock.
+extern bool systemLogHasEnded;
+
+/// Its one object stands for what the destructors of the two others would do.
+class SystemLogSwitch
+{
+public:
+    SystemLogSwitch() = default;
+    SystemLogSwitch(const SystemLogSwitch &) = delete;
+    SystemLogSwitch & operator=(const SystemLogSwitch &) = delete;
+    /// Writes the formatter's closing line, then the logger's, and closes the file for good. Both are missing
+    /// if the system has stopped a thread in the middle of a line.
+    ~SystemLogSwitch();
+
+    /// What `initSystemLog` does. The first two lines stand together whoever else is logging.
+    static bool turnOn(const Vontal::u8string & prefix, unsigned int threshold);
+};
+
+} // namespace qvutils

@@ -1,0 +1,71 @@
+/// Loggers and files for the tests of the log.
+#pragma once
+
+#include "VontalBase/logging/LoggerInterface.h"
+#include "VontalBase/text/u8string.h"
+
+#include "support/NativePaths.h"
+#include "support/TempDirectory.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <vector>
+
+/// Keeps what is written to it.
+class ListLogger : public qvutils::LoggerInterface
+{
+public:
+    explicit ListLogger(unsigned int threshold = 1024) : LoggerInterface(threshold)
+    {
+    }
+
+    bool internal_log(const char * text) override
+    {
+        lines.emplace_back(text);
+        return accepts;
+    }
+
+    std::vector<std::string> lines;
+    bool accepts = true;
+};
+
+/// The directory as the log takes it, with its final separator.
+inline Vontal::u8string placeOf(const testsupport::TempDirectory & directory)
+{
+    return directory.text() + '\\';
+}
+
+/// The lines of a file, without their ends. A line that does not end as lines do here fails the test.
+inline std::vector<std::string> linesOf(
+    const testsupport::TempDirectory & directory, const std::string & name)
+{
+    const std::string end = testsupport::lineEnd();
+    std::vector<std::string> lines;
+    const std::string bytes = directory.read(name);
+    for (std::size_t at = 0; at < bytes.size();)
+    {
+        const std::size_t feed = bytes.find('\n', at);
+        const std::size_t next = feed == std::string::npos ? bytes.size() : feed + 1;
+        std::string line = bytes.substr(at, next - at);
+        if (line.size() < end.size() || line.compare(line.size() - end.size(), end.size(), end) != 0)
+            ADD_FAILURE() << "a line of " << name << " has no end: " << line;
+        else
+            line.resize(line.size() - end.size());
+        if (line.find('\r') != std::string::npos)
+            ADD_FAILURE() << "a line of " << name << " has two ends: " << line;
+        lines.push_back(std::move(line));
+        at = next;
+    }
+    return lines;
+}
+
+/// The names in a directory, in order.
+inline std::vector<std::string> namesIn(const testsupport::TempDirectory & directory)
+{
+    std::set<std::string> names;
+    for (const auto & entry : std::filesystem::directory_iterator(directory.path()))
+        names.insert(entry.path().filename().string());
+    return {names.begin(), names.end()};
+}
