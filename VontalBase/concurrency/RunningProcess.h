@@ -1,0 +1,27 @@
+/// @file
+/// A child process that was started.
+#pragma once
+
+#include "VontalBase/core/ReferencedObject.h"
+
+namespace qvbase
+{
+
+/// The caller's handle on a child that a `ProcessRunner` started. It can be held and let go, from any thread,
+/// and does nothing else: neither the child nor its watching ends with it.
+class RunningProcess : public ReferencedObject
+{
+protected:
+    RunningProcess() = default;
+    /// Copies what the other one has.
+    RunningProcess(const RunningProcess &) = default;
+    /// Takes over what the other one has.
+    RunningProcess(RunningProcess &&) noexcept = default;
+    /// Copies what the other one has.
+    RunningProcess & operator=(const RunningProcess &) = default;
+    /// Takes over what the other one has.
+    RunningProcess & operator=(RunningProcess &&) noexcept = default;
+    ~RunningProcess() = default;
+};
+
+} // namespace qvbase

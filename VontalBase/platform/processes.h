@@ -1,0 +1,97 @@
+/// @internal
+/// @file
+/// Child processes on pipes.
+///
+/// A call that fails leaves its results as they were. Each handle belongs to one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace platform
+{
+
+/// The end of a pipe. Elsewhere than on Windows it is a descriptor in the form of a pointer.
+using Handle = void *;
+
+/// The value of no handle.
+inline Handle invalidHandle() noexcept
+{
+    return reinterpret_cast<Handle>(std::intptr_t{-1});
+}
+
+/// What the system tells of a started process: all zeros for none. Fields that a system does not have stay 0.
+struct ProcessInformation
+{
+    void * process = nullptr;
+    void * thread = nullptr;
+    std::uint32_t processId = 0;
+    std::uint32_t threadId = 0;
+};
+
+/// The standard streams of a child.
+struct StandardHandles
+{
+    Handle input;
+    Handle output;
+    Handle error;
+};
+
+/// What a wait for a process found.
+enum class ProcessWait
+{
+    TimedOut,
+    Ended,
+    /// The system could not tell.
+    Failed
+};
+
+/// Makes a pipe, both ends of which a child may be given.
+/// @param bytes how much it is to hold. A system that gives less is no failure.
+/// @return false where the system refuses.
+bool makePipe(Handle & readEnd, Handle & writeEnd, unsigned int bytes);
+
+/// Makes a second handle for the end of a pipe, which no child gets. Who reads through it never waits.
+/// @return false where the system refuses.
+bool copyForOneself(Handle end, Handle & copy);
+
+/// Closes the end of a pipe.
+void closeHandle(Handle handle) noexcept;
+
+/// Starts a program, with the environment and working directory of this process and without a window. It gets
+/// the three handles as its standard streams, and no other one.
+///
+/// @param commandLine the program and its arguments, up to its first zero. Elsewhere than on Windows it is
+/// split
+///     as `splitCommandLine` tells, and in the name of the program `/` stands for each `\`.
+/// @param information receives the process.
+/// @return false where the system has no such program or cannot start it.
+bool startProcess(
+    const std::wstring & commandLine, const StandardHandles & streams, ProcessInformation & information);
+
+/// Waits for the end of a process, and at most so many milliseconds.
+ProcessWait waitForProcess(const ProcessInformation & information, unsigned int milliseconds);
+
+/// Reads the exit code of a process that has ended; 128 + n for one that signal n ended. Where a process that
+/// has ended stays known to the system until it is asked for, this ends it, and the record is that of no
+/// process.
+/// @return false if the system does not tell.
+bool readExitCode(ProcessInformation & information, unsigned int & exitCode);
+
+/// For a process whose exit code nobody will read any more, or for none.
+///
+/// Kept: on Windows its handles stay open for the life of this process. Elsewhere the system is asked again
+/// for such a process when others are started, so that it does not stay known for ever.
+void forgetProcess(ProcessInformation & information) noexcept;
+
+/// How many bytes wait in a pipe.
+/// @return false where the system refuses.
+bool countWaitingBytes(Handle readEnd, unsigned int & count);
+
+/// Reads bytes that wait in a pipe.
+/// @param size how many at most, above 0.
+/// @param count receives how many, 1 to @p size.
+/// @return false where the system refuses, or nothing waits.
+bool readPipe(Handle readEnd, char * buffer, unsigned int size, unsigned int & count);
+
+} // namespace platform
