@@ -2,15 +2,19 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <thread>
 
 #ifdef _WIN32
 #include <windows.h>
+#include <shellapi.h>
 #else
 #include <cerrno>
 #include <csignal>
@@ -34,6 +38,22 @@ std::map<std::string, ChildFunction> & registry()
 {
     static std::map<std::string, ChildFunction> functions;
     return functions;
+}
+
+/// One word of a command line, quoted so that the C runtime's splitter gives it back.
+std::string quoted(const std::string & argument)
+{
+    std::string text = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : argument)
+    {
+        if (c == '"')
+            text.append(backslashes + 1, '\\');
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        text += c;
+    }
+    text.append(backslashes, '\\');
+    return text + '"';
 }
 
 using Clock = std::chrono::steady_clock;
@@ -83,22 +103,6 @@ Program ownProgram()
     return path.data();
 }
 
-/// One word of a command line, quoted so that the C runtime's splitter gives it back.
-std::wstring quoted(const std::string & argument)
-{
-    std::wstring text = L"\"";
-    std::size_t backslashes = 0;
-    for (const char c : argument)
-    {
-        if (c == '"')
-            text.append(backslashes + 1, L'\\');
-        backslashes = c == '\\' ? backslashes + 1 : 0;
-        text += static_cast<wchar_t>(static_cast<unsigned char>(c));
-    }
-    text.append(backslashes, L'\\');
-    return text + L'"';
-}
-
 /// Reads until the pipe is at its end, or until the process has ended and nothing is left. The second is
 /// needed because a service that the system starts on behalf of the child may keep the pipe open.
 void readAll(HANDLE pipe, HANDLE process, std::string & text)
@@ -145,7 +149,7 @@ ChildResult run(
 
     std::wstring commandLine = L"\"" + program + L"\"";
     for (const std::string & word : words)
-        commandLine += L" " + quoted(word);
+        commandLine += L" " + std::filesystem::path(quoted(word)).wstring();
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
@@ -368,6 +372,90 @@ bool runAsChild(int argc, char ** argv, int & exitCode)
     }
     exitCode = found->second(std::vector<std::string>(argv + 2, argv + argc));
     return true;
+}
+
+ChildCommand childCommand(const std::string & name, const std::vector<std::string> & arguments)
+{
+    const std::u8string path = std::filesystem::path(ownProgram()).u8string();
+    ChildCommand command{quoted(std::string(path.begin(), path.end())), childOption + name};
+    for (const std::string & argument : arguments)
+        command.arguments += ' ' + quoted(argument);
+    return command;
+}
+
+std::vector<std::string> argumentsInUtf8()
+{
+    std::vector<std::string> arguments;
+#ifdef _WIN32
+    int count = 0;
+    wchar_t ** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+    for (int i = 0; i < count; ++i)
+    {
+        const std::u8string word = std::filesystem::path(words[i]).u8string();
+        arguments.emplace_back(word.begin(), word.end());
+    }
+    LocalFree(words);
+#else
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    for (std::string word; std::getline(file, word, '\0');)
+        arguments.push_back(word);
+#endif
+    // The program and the name of the function.
+    arguments.erase(arguments.begin(), arguments.begin() + 2);
+    return arguments;
+}
+
+void killOneself()
+{
+#ifdef _WIN32
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCodeOfKilling()));
+#else
+    kill(getpid(), SIGKILL);
+#endif
+    std::abort();
+}
+
+int exitCodeOfKilling()
+{
+    return 128 + 9;
+}
+
+void endProcess(std::uint32_t number)
+{
+#ifdef _WIN32
+    const Handle process(OpenProcess(PROCESS_TERMINATE, FALSE, number));
+    TerminateProcess(process.get(), static_cast<UINT>(exitCodeOfKilling()));
+#else
+    kill(static_cast<pid_t>(number), SIGKILL);
+#endif
+}
+
+std::size_t handlesKeptOfChild()
+{
+#ifdef _WIN32
+    return 2;
+#else
+    return 0;
+#endif
+}
+
+std::size_t countDeadChildren()
+{
+    std::size_t count = 0;
+#ifndef _WIN32
+    for (const auto & entry : std::filesystem::directory_iterator("/proc"))
+    {
+        if (!std::isdigit(static_cast<unsigned char>(entry.path().filename().c_str()[0])))
+            continue;
+        std::ifstream file(entry.path() / "stat");
+        const std::string status{std::istreambuf_iterator<char>(file), {}};
+        // The state and the parent stand behind the name, which is in brackets.
+        const std::size_t nameEnd = status.rfind(')');
+        const std::string wanted = ") Z " + std::to_string(getpid()) + ' ';
+        count += nameEnd != std::string::npos && status.compare(nameEnd, wanted.size(), wanted) == 0 ? 1 : 0;
+    }
+#endif
+    return count;
 }
 
 int exitCodeOfAbort()

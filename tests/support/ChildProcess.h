@@ -17,6 +17,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -55,8 +57,41 @@ ChildResult runChild(const std::string & name, const std::vector<std::string> & 
 ChildResult runChildFrom(const std::string & program, const std::string & name,
     const std::vector<std::string> & arguments = {}, std::chrono::milliseconds limit = usualChildLimit);
 
+/// How something else than `runChild` starts a registered function: the two halves of a command line, which
+/// need a blank between them.
+struct ChildCommand
+{
+    /// The path of this program, quoted, in UTF-8.
+    std::string program;
+    /// The name of the function and its arguments, quoted where that is needed.
+    std::string arguments;
+};
+
+/// @param arguments texts in UTF-8. They reach the function unchanged, but see `argumentsInUtf8`.
+ChildCommand childCommand(const std::string & name, const std::vector<std::string> & arguments = {});
+
+/// Within a child: its arguments in UTF-8. On Windows those that the function is given are in the code page
+/// of the system.
+std::vector<std::string> argumentsInUtf8();
+
 /// How a child ends that calls std::abort.
 int exitCodeOfAbort();
+
+/// Ends the calling process at once, as if somebody else had killed it.
+[[noreturn]] void killOneself();
+
+/// The exit code of a process that called `killOneself`.
+int exitCodeOfKilling();
+
+/// Ends a child of this process, by the number that the system gave it.
+void endProcess(std::uint32_t number);
+
+/// How many handles the library keeps of each child for good: on Windows those of the process and its thread.
+std::size_t handlesKeptOfChild();
+
+/// How many children of this process have ended and were not asked for their exit code. There are none on
+/// Windows.
+std::size_t countDeadChildren();
 
 /// Makes `function` known under `name`. Called before main by VONTALBASE_TEST_CHILD; returns true.
 bool registerChild(const char * name, ChildFunction function);
