@@ -16,7 +16,6 @@ using qvutils::LogFormater;
 using qvutils::LogFormaterInterface;
 using qvutils::LoggerInterface;
 using testing::ElementsAre;
-using testing::MatchesRegex;
 using testsupport::virtualSlot;
 using testsupport::virtualSlots;
 using Vontal::u8string;
@@ -127,24 +126,23 @@ TEST_F(Formater, WritesEachOfItsForms)
     formater.writeMessage(1, "src\\disk", 310);
     formater.writeMessage(1, u8string("Cannot open"), "src\\disk", 310);
     formater.writeMessage(1, nullptr);
-    EXPECT_THAT(logger.lines,
-        ElementsAre(MatchesRegex("#1:thrId=[0-9]+:src.disk:310: Cannot open\n"),
-            MatchesRegex("#2:thrId=[0-9]+: Cannot open\n"), MatchesRegex("#3:thrId=[0-9]+:src.disk:310\n"),
-            MatchesRegex("#4:thrId=[0-9]+:src.disk:310: Cannot open\n"), MatchesRegex("#5:thrId=[0-9]+\n")));
+    EXPECT_THAT(
+        logger.lines, ElementsAre(HasForm("#1:thrId=*:src\\disk:310: Cannot open\n"),
+                          HasForm("#2:thrId=*: Cannot open\n"), HasForm("#3:thrId=*:src\\disk:310\n"),
+                          HasForm("#4:thrId=*:src\\disk:310: Cannot open\n"), HasForm("#5:thrId=*\n")));
 }
 
 TEST_F(Formater, WritesTheTimeFirstIfAskedTo)
 {
     LogFormater stamped(&logger, 2000, true);
     stamped.writeMessage(1, "a");
-    EXPECT_THAT(
-        logger.lines, ElementsAre(MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9] #1:thrId=[0-9]+: a\n")));
+    EXPECT_THAT(logger.lines, ElementsAre(HasForm("??:??:?? #1:thrId=*: a\n")));
 }
 
 TEST_F(Formater, EndsAStringAtItsFirstZeroByte)
 {
     formater.writeMessage(1, u8string("a\0b", 3), nullptr, 0);
-    EXPECT_THAT(logger.lines, ElementsAre(MatchesRegex("#1:thrId=[0-9]+: a\n")));
+    EXPECT_THAT(logger.lines, ElementsAre(HasForm("#1:thrId=*: a\n")));
 }
 
 TEST_F(Formater, WritesAtTheThresholdAndNotAboveItAndShowsTheGapAsKept)
@@ -154,8 +152,8 @@ TEST_F(Formater, WritesAtTheThresholdAndNotAboveItAndShowsTheGapAsKept)
     formater.writeMessage(101, "above", "file", 1);
     formater.writeMessage(4294967295U, "file", 1);
     formater.writeMessage(0, "most important");
-    EXPECT_THAT(logger.lines, ElementsAre(MatchesRegex("#1:thrId=[0-9]+: at the threshold\n"),
-                                  MatchesRegex("#5:thrId=[0-9]+: most important\n")));
+    EXPECT_THAT(logger.lines,
+        ElementsAre(HasForm("#1:thrId=*: at the threshold\n"), HasForm("#5:thrId=*: most important\n")));
 }
 
 TEST_F(Formater, IgnoresARefusalOfTheSink)
@@ -186,8 +184,8 @@ TEST_F(Formater, WritesAPositionThroughTheVirtualForm)
     derived.writeMessage(1, "file", 5);
     EXPECT_TRUE(derived.isNull);
     derived.writeMessage(1, "as it is");
-    EXPECT_THAT(logger.lines, ElementsAre(MatchesRegex("#1:thrId=[0-9]+:file:5: instead\n"),
-                                  MatchesRegex("#2:thrId=[0-9]+: as it is\n")));
+    EXPECT_THAT(logger.lines,
+        ElementsAre(HasForm("#1:thrId=*:file:5: instead\n"), HasForm("#2:thrId=*: as it is\n")));
 }
 
 TEST_F(Formater, ClosesAtItsOwnLevel)
@@ -201,8 +199,8 @@ TEST_F(Formater, ClosesAtItsOwnLevel)
     {
         const LogFormater behind(&logger, 0, false);
     }
-    EXPECT_THAT(logger.lines, ElementsAre(MatchesRegex("#2:thrId=[0-9]+: 1 Destructor\n"),
-                                  MatchesRegex("#6:thrId=[0-9]+: 5 Destructor\n")));
+    EXPECT_THAT(logger.lines,
+        ElementsAre(HasForm("#2:thrId=*: 1 Destructor\n"), HasForm("#6:thrId=*: 5 Destructor\n")));
 }
 
 TEST_F(Formater, ClosesOnceForEachCopyAsKept)

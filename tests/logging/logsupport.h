@@ -8,9 +8,11 @@
 #include "support/TempDirectory.h"
 
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Keeps what is written to it.
@@ -59,6 +61,33 @@ inline std::vector<std::string> linesOf(
         at = next;
     }
     return lines;
+}
+
+/// Whether a text has a form: '?' in it stands for a digit, '*' for a run of digits, a '~' at its end for any
+/// rest, and all else for itself.
+inline bool hasForm(std::string_view text, std::string_view form)
+{
+    const auto isDigit = [&](std::size_t at)
+    {
+        return at < text.size() && text[at] >= '0' && text[at] <= '9';
+    };
+    std::size_t at = 0;
+    for (const char c : form)
+    {
+        if (c == '~')
+            return true;
+        if (c == '?' || c == '*' ? !isDigit(at) : at >= text.size() || text[at] != c)
+            return false;
+        ++at;
+        while (c == '*' && isDigit(at))
+            ++at;
+    }
+    return at == text.size();
+}
+
+MATCHER_P(HasForm, form, "has the form " + std::string(form))
+{
+    return hasForm(std::string(arg), std::string(form));
 }
 
 /// The names in a directory, in order.

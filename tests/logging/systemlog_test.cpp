@@ -25,26 +25,23 @@ using qvutils::getSystemLogLevel;
 using qvutils::initSystemLog;
 using qvutils::setSystemLogLevel;
 using testing::ElementsAre;
-using testing::MatchesRegex;
 using testsupport::runChild;
 using testsupport::TempDirectory;
 using Vontal::u8string;
 
 constexpr int good = 3;
-constexpr const char * banner =
-    "Logging started - [0-9]+\\.[0-9][0-9]\\.[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]( \\([^)]+\\))?";
-constexpr const char * lastBanner =
-    "Logging stoped - [0-9]+\\.[0-9][0-9]\\.[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]";
+constexpr const char * banner = "Logging started - ????.??.?? ??:??:??~";
+constexpr const char * lastBanner = "Logging stoped - ????.??.?? ??:??:??";
 
 /// A line with a number and the text behind the thread's.
 auto line(int id, const std::string & rest)
 {
-    return MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9] #" + std::to_string(id) + ":thrId=[0-9]+" + rest);
+    return HasForm("??:??:?? #" + std::to_string(id) + ":thrId=*" + rest);
 }
 
 auto startLine(int id, const std::string & level)
 {
-    return line(id, ":VontalBase.VontalBase.logging:112: LogLevel=" + level + ", acp=[0-9]+");
+    return line(id, ":VontalBase\\VontalBase\\logging:112: LogLevel=" + level + ", acp=*");
 }
 
 /// Runs a child that logs, and gives the lines of its one file.
@@ -60,7 +57,7 @@ std::vector<std::string> linesOfChild(const char * child)
     EXPECT_EQ(names.size(), 1U);
     if (names.size() == 1)
     {
-        EXPECT_THAT(names[0], MatchesRegex("server[0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9].log"));
+        EXPECT_THAT(names[0], HasForm("server????????.log"));
         lines = linesOf(directory, names[0]);
     }
     directory.clear();
@@ -79,8 +76,8 @@ VONTALBASE_TEST_CHILD(startsAndEnds, arguments)
 
 TEST(SystemLog, BeginsWithABannerAndALineOfItsSettings)
 {
-    EXPECT_THAT(linesOfChild("startsAndEnds"), ElementsAre(MatchesRegex(banner), startLine(1, "1024"),
-                                                   line(3, ": 2 Destructor"), MatchesRegex(lastBanner)));
+    EXPECT_THAT(linesOfChild("startsAndEnds"),
+        ElementsAre(HasForm(banner), startLine(1, "1024"), line(3, ": 2 Destructor"), HasForm(lastBanner)));
 }
 
 VONTALBASE_TEST_CHILD(usesItsLogBeforeTheStart, arguments)
@@ -98,9 +95,8 @@ VONTALBASE_TEST_CHILD(usesItsLogBeforeTheStart, arguments)
 
 TEST(SystemLog, DropsLinesBeforeTheStartButUsesUpTheirNumbers)
 {
-    EXPECT_THAT(
-        linesOfChild("usesItsLogBeforeTheStart"), ElementsAre(MatchesRegex(banner), startLine(3, "1024"),
-                                                      line(5, ": 4 Destructor"), MatchesRegex(lastBanner)));
+    EXPECT_THAT(linesOfChild("usesItsLogBeforeTheStart"),
+        ElementsAre(HasForm(banner), startLine(3, "1024"), line(5, ": 4 Destructor"), HasForm(lastBanner)));
 }
 
 VONTALBASE_TEST_CHILD(neverStartsItsLog, arguments)
@@ -132,7 +128,7 @@ VONTALBASE_TEST_CHILD(startsTwice, arguments)
 TEST(SystemLog, StartsOnceAndKeepsItsFileAndLevel)
 {
     EXPECT_THAT(linesOfChild("startsTwice"),
-        ElementsAre(MatchesRegex(banner), startLine(1, "50"), line(2, ": a"), MatchesRegex(lastBanner)))
+        ElementsAre(HasForm(banner), startLine(1, "50"), line(2, ": a"), HasForm(lastBanner)))
         << "the closing line has the level 1024";
 }
 
@@ -151,7 +147,7 @@ VONTALBASE_TEST_CHILD(logsNothingButTheMostImportant, arguments)
 TEST(SystemLog, LeavesItsSettingsOutBelowLevelTwo)
 {
     EXPECT_THAT(linesOfChild("logsNothingButTheMostImportant"),
-        ElementsAre(MatchesRegex(banner), line(2, ": a"), line(5, ": d"), MatchesRegex(lastBanner)));
+        ElementsAre(HasForm(banner), line(2, ": a"), line(5, ": d"), HasForm(lastBanner)));
 }
 
 VONTALBASE_TEST_CHILD(logsAtLevelTwo, arguments)
@@ -161,8 +157,8 @@ VONTALBASE_TEST_CHILD(logsAtLevelTwo, arguments)
 
 TEST(SystemLog, WritesItsSettingsAtLevelTwo)
 {
-    EXPECT_THAT(linesOfChild("logsAtLevelTwo"),
-        ElementsAre(MatchesRegex(banner), startLine(1, "2"), MatchesRegex(lastBanner)));
+    EXPECT_THAT(
+        linesOfChild("logsAtLevelTwo"), ElementsAre(HasForm(banner), startLine(1, "2"), HasForm(lastBanner)));
 }
 
 VONTALBASE_TEST_CHILD(hasANegativeLevel, arguments)
@@ -181,8 +177,8 @@ VONTALBASE_TEST_CHILD(hasANegativeLevel, arguments)
 TEST(SystemLog, TakesANegativeLevelForAVeryHighOne)
 {
     EXPECT_THAT(linesOfChild("hasANegativeLevel"),
-        ElementsAre(MatchesRegex(banner), startLine(1, "4294967295"), line(2, ": everything"),
-            line(4, ": 3 Destructor"), MatchesRegex(lastBanner)));
+        ElementsAre(HasForm(banner), startLine(1, "4294967295"), line(2, ": everything"),
+            line(4, ": 3 Destructor"), HasForm(lastBanner)));
 }
 
 VONTALBASE_TEST_CHILD(closesAtTheGivenLevel, arguments)
@@ -202,7 +198,7 @@ TEST(SystemLog, WritesItsClosingLineFromThreshold1024On)
         EXPECT_EQ(runChild("closesAtTheGivenLevel", {placeOf(directory), level}).exitCode, good);
         const std::vector<std::string> lines = linesOf(directory, namesIn(directory).at(0));
         EXPECT_EQ(lines.size(), isWritten ? 4U : 3U);
-        EXPECT_THAT(lines.back(), MatchesRegex(lastBanner));
+        EXPECT_THAT(lines.back(), HasForm(lastBanner));
         directory.clear();
     }
 }
@@ -269,8 +265,8 @@ TEST(SystemLog, MayBeUsedByStaticObjects)
 {
     const std::vector<std::string> lines = linesOfChild("logsFromStaticObjects");
     ASSERT_GE(lines.size(), 4U);
-    EXPECT_THAT(lines.back(), MatchesRegex(lastBanner));
-    EXPECT_THAT(lines[2], MatchesRegex(".*: from a destructor")) << "the log is still on then";
+    EXPECT_THAT(lines.back(), HasForm(lastBanner));
+    EXPECT_THAT(lines[2], line(2, ": from a destructor")) << "the log is still on then";
 }
 
 } // namespace
