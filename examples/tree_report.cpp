@@ -9,11 +9,11 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "console/LiveLine.h"
 #include "console/console.h"
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <iomanip>
@@ -46,33 +46,6 @@ Vontal::u8string sizeText(std::int64_t size)
     qvdisk::formatFileSize(size, text);
     return text;
 }
-
-/// A line that is written over and over, if anybody looks.
-class ProgressLine
-{
-public:
-    void show(const Report & report)
-    {
-        const auto now = std::chrono::steady_clock::now();
-        if (!m_isWatched || now < m_next)
-            return;
-        m_next = now + std::chrono::milliseconds(100);
-        m_isShown = true;
-        std::cerr << '\r' << report.files.size() << " files, " << sizeText(report.bytes) << "    "
-                  << std::flush;
-    }
-
-    void clear()
-    {
-        if (m_isShown)
-            std::cerr << '\r' << std::string(40, ' ') << '\r' << std::flush;
-    }
-
-private:
-    const bool m_isWatched = console::isErrorTerminal();
-    bool m_isShown = false;
-    std::chrono::steady_clock::time_point m_next;
-};
 
 Vontal::u8string utf8(const Vontal::pstring & wide)
 {
@@ -157,13 +130,19 @@ public:
                 enter(next);
             else
                 take(next);
-            m_progress.show(m_report);
+            showProgress();
         }
         m_progress.clear();
         return std::move(m_report);
     }
 
 private:
+    void showProgress()
+    {
+        if (m_progress.isDue())
+            m_progress.show(std::to_string(m_report.files.size()) + " files, " + sizeText(m_report.bytes));
+    }
+
     void enter(qvdisk::File & directory)
     {
         Entries found;
@@ -193,7 +172,7 @@ private:
 
     std::vector<qvdisk::File> m_open;
     Report m_report;
-    ProgressLine m_progress;
+    console::LiveLine m_progress;
 };
 
 void printText(const Report & report)

@@ -14,4 +14,10 @@ std::vector<Vontal::u8string> arguments(int argc, char ** argv);
 /// Whether somebody looks at the standard error stream while it is written.
 bool isErrorTerminal();
 
+/// Notes the first interrupt, as Ctrl-C sends it, instead of ending the program. A second one ends it.
+void noteInterrupts();
+
+/// Whether there was an interrupt since.
+bool wasInterrupted();
+
 } // namespace console

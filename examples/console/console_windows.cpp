@@ -1,6 +1,7 @@
 #include "console/console.h"
 
 #include <windows.h>
+#include <atomic>
 #include <cstdio>
 #include <io.h>
 #include <memory>
@@ -8,6 +9,19 @@
 
 namespace console
 {
+
+namespace
+{
+
+std::atomic<bool> isInterrupted{false};
+
+BOOL WINAPI note(DWORD event)
+{
+    // What is not noted goes on to the system, which ends the program.
+    return event == CTRL_C_EVENT && !isInterrupted.exchange(true) ? TRUE : FALSE;
+}
+
+} // namespace
 
 std::vector<Vontal::u8string> arguments(int, char **)
 {
@@ -24,6 +38,16 @@ std::vector<Vontal::u8string> arguments(int, char **)
 bool isErrorTerminal()
 {
     return _isatty(_fileno(stderr)) != 0;
+}
+
+void noteInterrupts()
+{
+    SetConsoleCtrlHandler(note, TRUE);
+}
+
+bool wasInterrupted()
+{
+    return isInterrupted;
 }
 
 } // namespace console
