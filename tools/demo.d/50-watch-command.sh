@@ -21,10 +21,10 @@ done
 say "and on a real program with a lot to say: $(wc -l <watch_command*.log) lines so far"
 rm watch_command*.log
 code=0
-show watch_command find / -xdev -maxdepth 3 || code=$?
+show watch_command find /usr -maxdepth 3 || code=$?
 echo "exit code $code"
-find / -xdev -maxdepth 3 2>/dev/null | wc -l
-grep -c "output: /" watch_command*.log
+[[ $(find /usr -maxdepth 3 | wc -l) -eq $(grep -c "output: /" watch_command*.log) ]]
+echo "find says $(grep -c "output: /" watch_command*.log) lines, and so does the log."
 
 say "an interrupt ends what is shown, while the program goes on and is logged to its end"
 rm watch_command*.log
