@@ -74,6 +74,10 @@ function(vontalbase_set_up_library target)
         # One thread-local pointer is read for each node of a tree that is taken apart: a load, not a call. And
         # calls of the C library go straight to it.
         target_compile_options(${target} PRIVATE -ftls-model=initial-exec -fno-plt)
+        # A library with unique symbols is never unloaded.
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+            target_compile_options(${target} PRIVATE -fno-gnu-unique)
+        endif()
     endif()
     # Libraries of the system that the platform halves call. They are the library's own affair: an application
     # needs neither their headers nor their names.

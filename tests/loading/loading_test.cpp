@@ -1,12 +1,16 @@
 // What the library does to a process that loads it late. The program is not linked to the library.
 
 #include "support/ChildProcess.h"
+#include "support/Eventually.h"
 #include "support/IntendedLeak.h"
 #include "support/LoadedLibrary.h"
 #include "support/ResourceSnapshot.h"
+#include "support/TempDirectory.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -64,6 +68,76 @@ TEST(Loading, StartsNoThreadAndOpensNoFileAndUnloadingEndsWell)
     EXPECT_EQ(child.exitCode, good);
     EXPECT_EQ(child.standardOutput, "");
     EXPECT_EQ(child.standardError, "") << "loading and unloading says nothing";
+}
+
+constexpr int loadings = 200;
+constexpr int threadsStayed = 20;
+constexpr int libraryStayed = 21;
+/// A step of the module that failed is added to it.
+constexpr int stepFailed = 30;
+
+VONTALBASE_TEST_CHILD(saysHello, arguments)
+{
+    std::fputs("hello", stdout);
+    return 0;
+}
+
+VONTALBASE_TEST_CHILD(loadsUsesAndUnloads, arguments)
+{
+    const testsupport::IntendedLeak kept;
+    testsupport::loadSystemLibraries();
+    const testsupport::ChildCommand hello = testsupport::childCommand("saysHello");
+    using Use = int(const char *, const char *, const char *, const char *);
+    for (int i = 0; i < loadings; ++i)
+    {
+        const auto threads = ResourceSnapshot::take().threads;
+        {
+            const LoadedLibrary module(VONTALBASE_TEST_USER);
+            Use * const use = module.function<Use>("useTheLibrary");
+            if (use == nullptr)
+                return isNotLoaded;
+            const int step =
+                use(arguments.at(0).c_str(), hello.program.c_str(), hello.arguments.c_str(), "hello");
+            if (step != 0)
+                return stepFailed + step;
+            // Unloading is for those whose threads have ended.
+            if (!testsupport::eventually([&] { return ResourceSnapshot::take().threads <= threads; }))
+                return threadsStayed;
+        }
+        if (isInProcess(libraryName()))
+            return libraryStayed;
+    }
+    return good;
+}
+
+/// How many lines of a text end like this.
+int linesEndingIn(const std::string & text, const std::string & end)
+{
+    int count = 0;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        count += line.ends_with(end) ? 1 : 0;
+    return count;
+}
+
+TEST(Loading, IsFollowedByUseAndUnloadingAgainAndAgain)
+{
+    const testsupport::TempDirectory directory;
+    constexpr std::chrono::minutes limit(4);
+    const testsupport::ChildResult child =
+        testsupport::runChild("loadsUsesAndUnloads", {directory.text()}, limit);
+    ASSERT_TRUE(child.started);
+    EXPECT_FALSE(child.timedOut);
+    EXPECT_EQ(child.exitCode, good);
+    EXPECT_EQ(child.standardError, "");
+    // Each of them went on with the log of the one before, and closed it.
+    std::string log;
+    for (const auto & entry : std::filesystem::directory_iterator(directory.path()))
+        log += directory.read(entry.path().filename().string());
+    EXPECT_EQ(linesEndingIn(log, ": from a task"), loadings);
+    EXPECT_EQ(linesEndingIn(log, ": at the end"), loadings);
+    EXPECT_EQ(linesEndingIn(log, " Destructor"), loadings);
+    directory.clear();
 }
 
 } // namespace

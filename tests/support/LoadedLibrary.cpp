@@ -37,6 +37,11 @@ LoadedLibrary::~LoadedLibrary()
         FreeLibrary(static_cast<HMODULE>(m_handle));
 }
 
+void * LoadedLibrary::address(const char * name) const noexcept
+{
+    return reinterpret_cast<void *>(GetProcAddress(static_cast<HMODULE>(m_handle), name));
+}
+
 void loadSystemLibraries()
 {
     LoadLibraryW(L"ole32.dll");
@@ -59,6 +64,11 @@ LoadedLibrary::~LoadedLibrary()
 {
     if (m_handle != nullptr)
         dlclose(m_handle);
+}
+
+void * LoadedLibrary::address(const char * name) const noexcept
+{
+    return dlsym(m_handle, name);
 }
 
 void loadSystemLibraries()

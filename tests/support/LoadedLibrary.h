@@ -22,7 +22,16 @@ public:
         return m_handle != nullptr;
     }
 
+    /// A function that the library exports under a plain name; null if there is none.
+    template <class Function>
+    [[nodiscard]] Function * function(const char * name) const noexcept
+    {
+        return reinterpret_cast<Function *>(address(name));
+    }
+
 private:
+    [[nodiscard]] void * address(const char * name) const noexcept;
+
     void * m_handle;
 };
 
