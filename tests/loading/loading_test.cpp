@@ -110,13 +110,13 @@ VONTALBASE_TEST_CHILD(loadsUsesAndUnloads, arguments)
     return good;
 }
 
-/// How many lines of a text end like this.
+/// How many lines of a text end like this. There is a carriage return behind each of them on Windows.
 int linesEndingIn(const std::string & text, const std::string & end)
 {
     int count = 0;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
-        count += line.ends_with(end) ? 1 : 0;
+        count += line.ends_with(end) || line.ends_with(end + '\r') ? 1 : 0;
     return count;
 }
 
