@@ -14,7 +14,7 @@
 #include "concurrency/work.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
-#include "support/Sanitizers.h"
+#include "support/Load.h"
 #include "support/TempDirectory.h"
 
 #include <atomic>
