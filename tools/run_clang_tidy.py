@@ -34,8 +34,10 @@ def entries_to_check(build, root):
         for entry in database:
             path = pathlib.Path(entry["directory"], entry["file"]).resolve()
             if target in entry["command"] and path.is_relative_to(root) and path not in chosen:
-                # Warnings are the compiler's affair; clang has others under the same names.
-                words = [word for word in shlex.split(entry["command"]) if not re.match(r"-W(?!l,|p,|a,)", word)]
+                # Warnings are the compiler's affair; clang has others under the same names. Nor does it know
+                # every option.
+                words = [word for word in shlex.split(entry["command"])
+                         if not re.match(r"-W(?!l,|p,|a,)|-fno-gnu-unique$", word)]
                 chosen[path] = {"directory": entry["directory"], "file": str(path), "arguments": words}
     return chosen
 
