@@ -13,7 +13,7 @@ packages_build=(g++ cmake ninja-build libssl-dev)
 packages_tests=(python3 pkg-config googletest locales tzdata)
 packages_windows=(g++-mingw-w64-x86-64-posix wine64)
 packages_bench=(python3 libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev libboost-json1.81-dev
-    libicu-dev)
+    libicu-dev libspdlog-dev)
 # clang 14, which Debian calls "clang", has no std::source_location.
 packages_fuzz=(clang-16 libclang-rt-16-dev llvm-16)
 packages_lint=(clang-tidy-16 python3)

@@ -3,6 +3,7 @@
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/disk/File.h"
 #include "VontalBase/logging/banners.h"
+#include "VontalBase/logging/lineparts.h"
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/streams.h"
 #include "VontalBase/text/decimal.h"
@@ -48,7 +49,9 @@ DailyLogger::DailyLogger(unsigned int threshold, const u8string & filePrefix, co
 
 DailyLogger::~DailyLogger()
 {
-    close();
+    writeLastLine();
+    if (file != nullptr)
+        platform::closeStream(file);
 }
 
 bool DailyLogger::init_logger(
@@ -153,21 +156,18 @@ void DailyLogger::writeTime(EarthTime & time, u8string & out)
     appendDateAndTime(time, out);
 }
 
-void DailyLogger::close() noexcept
+void DailyLogger::writeLastLine() noexcept
 {
     try
     {
-        u8string moment;
-        writeCurrentTime(moment);
-        internal_log(stopBanner(moment).c_str());
+        ShortText banner;
+        appendStopBanner(banner);
+        internal_log(banner.c_str());
     }
     catch (const std::bad_alloc &)
     {
         // The line is lost.
     }
-    started = false;
-    if (file != nullptr)
-        platform::closeStream(std::exchange(file, nullptr));
 }
 
 } // namespace qvutils

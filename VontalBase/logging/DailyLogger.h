@@ -88,8 +88,8 @@ private:
     void writeCurrentTime(Vontal::u8string & out);
     /// Appends a date and time.
     void writeTime(qvbase::EarthTime & time, Vontal::u8string & out);
-    /// Writes the last line and closes the file.
-    void close() noexcept;
+    /// Takes no memory unless the day has changed.
+    void writeLastLine() noexcept;
 
     std::FILE * file = nullptr;
     Vontal::u8string currentFileName;

@@ -3,7 +3,7 @@
 #include "VontalBase/core/EarthTime.h"
 #include "VontalBase/logging/LogMsgBuilderImpl.h"
 #include "VontalBase/logging/LoggerInterface.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/logging/lineparts.h"
 
 #include <new>
 
@@ -17,7 +17,17 @@ LogFormater::LogFormater(LoggerInterface * target, unsigned int levelAtEnd, bool
 
 LogFormater::~LogFormater()
 {
-    writeClosingLine();
+    try
+    {
+        // Kept: one number for the text and the next one for its line.
+        ShortText text;
+        appendClosingMessage(logger->getNextId(), text);
+        writeLine(closingLevel, text.c_str(), nullptr, 0);
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The line is lost.
+    }
 }
 
 LoggerInterface * LogFormater::getLogger()
@@ -58,21 +68,6 @@ void LogFormater::writeLine(unsigned int level, const char * message, const char
     const std::uint32_t id = logger->getNextId();
     LogMsgBuilderImpl builder(level, message, file, line, writeTimestamp, id);
     logger->log(builder, level);
-}
-
-void LogFormater::writeClosingLine() noexcept
-{
-    try
-    {
-        // Kept: one number for the text and the next one for its line.
-        Vontal::u8string text(std::string(Vontal::Decimal(logger->getNextId()).text()));
-        text += " Destructor\n";
-        writeLine(closingLevel, text.c_str(), nullptr, 0);
-    }
-    catch (const std::bad_alloc &)
-    {
-        // The line is lost.
-    }
 }
 
 } // namespace qvutils

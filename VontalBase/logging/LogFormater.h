@@ -62,7 +62,6 @@ private:
     /// Puts the present local time into `out`, as lines begin with it. Kept: nothing calls it.
     void writeTime(Vontal::u8string & out);
     void writeLine(unsigned int level, const char * message, const char * file, unsigned int line);
-    void writeClosingLine() noexcept;
 
     LoggerInterface * logger;
     std::uint32_t closingLevel;

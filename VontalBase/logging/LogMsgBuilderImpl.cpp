@@ -1,7 +1,6 @@
 #include "VontalBase/logging/LogMsgBuilderImpl.h"
 
-#include "VontalBase/core/EarthTime.h"
-#include "VontalBase/platform/threads.h"
+#include "VontalBase/logging/lineparts.h"
 #include "VontalBase/text/decimal.h"
 #include "VontalBase/text/sourcepaths.h"
 
@@ -28,16 +27,8 @@ Vontal::u8string LogMsgBuilderImpl::build()
     const std::string_view source = textOf(qvbase::trimSourcePath(file));
     const std::string_view words = textOf(message);
     Vontal::u8string text;
-    if (writeTimestamp)
-    {
-        qvbase::EarthTime now;
-        now.setNowLocal();
-        now.printTime(text, 2);
-        text += ' ';
-    }
     text.reserve(roomForNumbers + source.size() + words.size());
-    text.append("#").append(Vontal::Decimal(id).text());
-    text.append(":thrId=").append(Vontal::Decimal(platform::currentThreadId()).text());
+    appendLineHead(writeTimestamp, id, text);
     if (file != nullptr)
         text.append(":").append(source).append(":").append(Vontal::Decimal(line).text());
     if (message != nullptr)

@@ -45,7 +45,7 @@ public:
     virtual bool internal_log(const char * text) = 0;
 
     /// The next number of a line; the first one is 1.
-    std::uint32_t getNextId();
+    std::uint32_t getNextId() noexcept;
 
     /// The threshold.
     unsigned int getLogLevel() const noexcept
@@ -75,12 +75,12 @@ private:
     {
     }
 
-    std::uint32_t nextId;
+    std::atomic<std::uint32_t> nextId;
     std::atomic<std::uint32_t> logLevel;
 
 protected:
-    /// Held while a number is given out, the threshold is set, or a line is made and written. No other lock
-    /// of the library is taken under it.
+    /// Held while the threshold is set, and while a line is made and written. No other lock of the library is
+    /// taken under it.
     qvbase::ThreadMutex mutex;
 };
 

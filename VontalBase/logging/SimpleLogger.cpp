@@ -3,6 +3,7 @@
 #include "VontalBase/core/EarthTime.h"
 #include "VontalBase/disk/File.h"
 #include "VontalBase/logging/banners.h"
+#include "VontalBase/logging/lineparts.h"
 #include "VontalBase/platform/streams.h"
 #include "VontalBase/text/u8string.h"
 
@@ -43,7 +44,9 @@ SimpleLogger::~SimpleLogger()
         return;
     try
     {
-        internal_log(stopBanner(presentMoment()).c_str());
+        ShortText banner;
+        appendStopBanner(banner);
+        internal_log(banner.c_str());
     }
     catch (const std::bad_alloc &)
     {

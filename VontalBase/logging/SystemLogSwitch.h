@@ -29,6 +29,12 @@ public:
 
     /// What `initSystemLog` does. The first two lines stand together whoever else is logging.
     static bool turnOn(const Vontal::u8string & prefix, unsigned int threshold);
+
+private:
+    static void writeClosingLine() noexcept;
+    /// Closes the file and frees what the logger holds, which would be lost where the library is unloaded. At
+    /// the end of a process the system does that.
+    static void letGo() noexcept;
 };
 
 } // namespace qvutils

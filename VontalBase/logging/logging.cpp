@@ -1,11 +1,15 @@
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
+#include "VontalBase/logging/lineparts.h"
 #include "VontalBase/logging/systemlog.h"
 #include "VontalBase/platform/encoding.h"
+#include "VontalBase/platform/streams.h"
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/text/U8StringBuilder.h"
 
+#include <new>
 #include <string>
+#include <utility>
 
 namespace qvutils
 {
@@ -25,13 +29,42 @@ constexpr unsigned int startUpLine = 112;
 SystemLogSwitch::~SystemLogSwitch()
 {
     // The lock of a thread that is gone would be waited for without end.
-    if (platform::areOtherThreadsStopped() && systemLogger.mutex.getRecursiveCounter() != 0)
+    const bool isAlone = platform::areOtherThreadsStopped();
+    if (isAlone && systemLogger.mutex.getRecursiveCounter() != 0)
         return;
     const ThreadMutexGuard guard(systemLogger.mutex, true);
-    systemLogFormater.writeClosingLine();
-    systemLogger.close();
+    writeClosingLine();
+    systemLogger.writeLastLine();
+    systemLogger.started = false;
     systemLogHasEnded = true;
-    // What the logger holds would be lost where the library is unloaded.
+    if (!isAlone)
+        letGo();
+}
+
+void SystemLogSwitch::writeClosingLine() noexcept
+{
+    // What the formatter's destructor does, without memory.
+    const std::uint32_t textId = systemLogger.getNextId();
+    const std::uint32_t id = systemLogger.getNextId();
+    if (!systemLogger.isLoggingLevel(systemLogFormater.closingLevel))
+        return;
+    ShortText text;
+    try
+    {
+        appendLineHead(systemLogFormater.writeTimestamp, id, text);
+        appendClosingMessage(textId, text.append(": "));
+        systemLogger.internal_log(text.c_str());
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The line is lost.
+    }
+}
+
+void SystemLogSwitch::letGo() noexcept
+{
+    if (systemLogger.file != nullptr)
+        platform::closeStream(std::exchange(systemLogger.file, nullptr));
     for (u8string * text : {&systemLogger.currentFileName, &systemLogger.prefix, &systemLogger.suffix})
         std::string().swap(*text);
 }

@@ -3,6 +3,7 @@
 
 #include "support/Apartment.h"
 #include "support/Eventually.h"
+#include "support/ForkedChild.h"
 #include "support/ResourceSnapshot.h"
 #include "support/SignalStorm.h"
 #include "support/SmallStackThread.h"
@@ -177,6 +178,16 @@ TEST(PlatformThreads, SleepThroughSignals)
 TEST(PlatformThreads, AreNotStoppedWhileTheProcessGoesOn)
 {
     EXPECT_FALSE(platform::areOtherThreadsStopped());
+}
+
+TEST(PlatformThreads, HaveAnotherNumberInAForkedChild)
+{
+    if (!testsupport::canFork())
+        GTEST_SKIP() << "processes are not copied here";
+    const std::uint32_t own = platform::currentThreadId();
+    EXPECT_EQ(platform::currentThreadId(), own);
+    EXPECT_EQ(testsupport::runInForkedChild([own] { return platform::currentThreadId() != own ? 3 : 4; }), 3);
+    EXPECT_EQ(platform::currentThreadId(), own);
 }
 
 } // namespace

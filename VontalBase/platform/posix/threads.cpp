@@ -46,6 +46,16 @@ void * run(void * parameter)
     return nullptr;
 }
 
+/// The number of the calling thread; 0 before the system was asked.
+thread_local std::uint32_t ownId = 0;
+
+/// Sees to it that a forked child, whose one thread is a copy of another, asks for its own number.
+bool forgetsIdInChildren() noexcept
+{
+    static const bool isArranged = pthread_atfork(nullptr, nullptr, [] { ownId = 0; }) == 0;
+    return isArranged;
+}
+
 class Attributes
 {
 public:
@@ -101,7 +111,12 @@ void joinThread(void * handle) noexcept
 
 std::uint32_t currentThreadId() noexcept
 {
-    return static_cast<std::uint32_t>(gettid());
+    if (ownId != 0)
+        return ownId;
+    const std::uint32_t id = static_cast<std::uint32_t>(gettid());
+    if (forgetsIdInChildren())
+        ownId = id;
+    return id;
 }
 
 void * currentThreadPseudoHandle() noexcept

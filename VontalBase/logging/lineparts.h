@@ -1,0 +1,100 @@
+/// @internal
+/// @file
+/// What lines are made of, for texts of any class, and a text that needs no memory.
+#pragma once
+
+#include "VontalBase/core/EarthTime.h"
+#include "VontalBase/platform/threads.h"
+#include "VontalBase/text/decimal.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace qvutils
+{
+
+/// A text of the length of a closing line, on the stack. At the end of a process on Windows the heap may be
+/// in the hands of threads that are gone, so that the last lines must do without it.
+class ShortText
+{
+public:
+    /// Appends what there is room for.
+    ShortText & append(std::string_view text) noexcept
+    {
+        const std::size_t size = std::min(text.size(), m_bytes.size() - 1 - m_size);
+        std::copy_n(text.data(), size, m_bytes.data() + m_size);
+        m_size += size;
+        return *this;
+    }
+
+    /// Ends with a zero byte.
+    const char * c_str() const noexcept
+    {
+        return m_bytes.data();
+    }
+
+private:
+    std::array<char, 128> m_bytes{};
+    std::size_t m_size = 0;
+};
+
+/// Appends a time such as "13:05:09".
+template <class Text>
+void appendTime(const qvbase::EarthTime & time, Text & out)
+{
+    std::string text;
+    time.printTime(text, 2);
+    out.append(text);
+}
+
+/// Appends a moment such as "2026.11.13 13:05:09".
+template <class Text>
+void appendDateAndTime(const qvbase::EarthTime & time, Text & out)
+{
+    std::string text;
+    time.printDate(text, 0, true, true);
+    out.append(text).append(" ");
+    appendTime(time, out);
+}
+
+/// Appends what a line begins with: the present time if it is wanted, the number, and the calling thread.
+template <class Text>
+void appendLineHead(bool withTime, std::uint32_t id, Text & out)
+{
+    if (withTime)
+    {
+        qvbase::EarthTime now;
+        now.setNowLocal();
+        appendTime(now, out);
+        out.append(" ");
+    }
+    out.append("#").append(Vontal::Decimal(id).text());
+    out.append(":thrId=").append(Vontal::Decimal(platform::currentThreadId()).text());
+}
+
+/// Appends the last message of a formatter.
+/// @param id the number that the message tells.
+template <class Text>
+void appendClosingMessage(std::uint32_t id, Text & out)
+{
+    out.append(Vontal::Decimal(id).text()).append(" Destructor\n");
+}
+
+/// Appends the last line of a log.
+///
+/// Kept: the misspelling is the format of the file.
+template <class Text>
+void appendStopBanner(Text & out)
+{
+    qvbase::EarthTime now;
+    now.setNowLocal();
+    out.append("Logging stoped - ");
+    appendDateAndTime(now, out);
+    out.append("\n");
+}
+
+} // namespace qvutils

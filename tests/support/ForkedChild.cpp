@@ -1,0 +1,45 @@
+#include "support/ForkedChild.h"
+
+#ifndef _WIN32
+#include <cerrno>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace testsupport
+{
+
+#ifdef _WIN32
+
+bool canFork()
+{
+    return false;
+}
+
+int runInForkedChild(const std::function<int()> &)
+{
+    return -1;
+}
+
+#else
+
+bool canFork()
+{
+    return true;
+}
+
+int runInForkedChild(const std::function<int()> & function)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(function());
+    int status = 0;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR)
+    {
+    }
+    return child > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+#endif
+
+} // namespace testsupport
