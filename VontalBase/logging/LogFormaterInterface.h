@@ -32,19 +32,29 @@ public:
     /// Whether a line of this level is written.
     virtual bool isLoggingLevel(unsigned int level) const = 0;
     /// Writes a source position without a message.
+    /// @param level how important it is.
     /// @param file the path of the source, as `__FILE__` gives it; its build root is cut off.
+    /// @param line as `__LINE__` gives it.
     virtual void writeMessage(unsigned int level, const char * file, unsigned int line) = 0;
     /// Writes a message with its source position.
+    /// @param level how important it is.
     /// @param message in UTF-8, with or without a line feed at its end; null for none.
-    /// @param file the path of the source, as `__FILE__` gives it; null for no position.
+    /// @param file the path of the source, as `__FILE__` gives it; its build root is cut off. Null for no
+    ///     position.
+    /// @param line as `__LINE__` gives it.
     virtual void writeMessage(
         unsigned int level, const char * message, const char * file, unsigned int line) = 0;
     /// Writes a message.
+    /// @param level how important it is.
     /// @param message in UTF-8, with or without a line feed at its end; null for none.
     virtual void writeMessage(unsigned int level, const char * message) = 0;
 
-    /// Writes a message with its source position, up to its first zero byte.
-    /// @copydetails writeMessage(unsigned int, const char *, const char *, unsigned int)
+    /// Writes a message with its source position.
+    /// @param level how important it is.
+    /// @param message in UTF-8, up to its first zero byte, with or without a line feed at its end.
+    /// @param file the path of the source, as `__FILE__` gives it; its build root is cut off. Null for no
+    ///     position.
+    /// @param line as `__LINE__` gives it.
     void writeMessage(
         unsigned int level, const Vontal::u8string & message, const char * file, unsigned int line)
     {
