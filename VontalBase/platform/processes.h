@@ -51,7 +51,8 @@ enum class ProcessWait
 /// @return false where the system refuses.
 bool makePipe(Handle & readEnd, Handle & writeEnd, unsigned int bytes);
 
-/// Makes a second handle for the end of a pipe, which no child gets. Who reads through it never waits.
+/// Makes a second handle for the end of a pipe, which no child gets. Elsewhere than on Windows who reads
+/// there, through either handle, does not wait where nothing is to be read.
 /// @return false where the system refuses.
 bool copyForOneself(Handle end, Handle & copy);
 

@@ -44,19 +44,26 @@ public:
 
 constexpr std::uint64_t always = 1'000'000'000;
 
+/// Which end of a pipe stays with the parent.
+enum class Own
+{
+    ReadEnd,
+    WriteEnd
+};
+
 /// A pipe whose ends close themselves.
 struct Pipe
 {
-    Pipe()
+    explicit Pipe(Own kept = Own::ReadEnd)
     {
-        isMade =
-            platform::makePipe(readEnd, writeEnd, 1048576) && platform::copyForOneself(readEnd, ownReadEnd);
+        isMade = platform::makePipe(readEnd, writeEnd, 1048576) &&
+                 platform::copyForOneself(kept == Own::ReadEnd ? readEnd : writeEnd, own);
     }
     Pipe(const Pipe &) = delete;
     Pipe & operator=(const Pipe &) = delete;
     ~Pipe()
     {
-        for (const Handle end : {readEnd, writeEnd, ownReadEnd})
+        for (const Handle end : {readEnd, writeEnd, own})
         {
             if (end != invalidHandle())
                 platform::closeHandle(end);
@@ -66,7 +73,7 @@ struct Pipe
     bool isMade = false;
     Handle readEnd = invalidHandle();
     Handle writeEnd = invalidHandle();
-    Handle ownReadEnd = invalidHandle();
+    Handle own = invalidHandle();
 };
 
 /// A child of this program with its streams. What the system keeps of it on purpose is told by
@@ -104,7 +111,7 @@ struct Child
         return platform::waitForProcess(information, 60'000);
     }
 
-    Pipe input;
+    Pipe input{Own::WriteEnd};
     Pipe output;
     Pipe error;
     ProcessInformation information;
@@ -155,17 +162,17 @@ TEST(PlatformPipes, HoldWhatWasWrittenAndTellHowMuch)
     ASSERT_TRUE(child.isStarted);
     ASSERT_EQ(child.wait(), ProcessWait::Ended);
     unsigned int waiting = 0;
-    ASSERT_TRUE(platform::countWaitingBytes(child.output.ownReadEnd, waiting));
+    ASSERT_TRUE(platform::countWaitingBytes(child.output.own, waiting));
     EXPECT_EQ(waiting, 6U);
     char buffer[8] = {};
     unsigned int count = 0;
-    ASSERT_TRUE(platform::readPipe(child.output.ownReadEnd, buffer, 4, count));
+    ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 4, count));
     EXPECT_EQ(std::string(buffer, count), "outp") << "no more than asked for";
-    ASSERT_TRUE(platform::countWaitingBytes(child.output.ownReadEnd, waiting));
+    ASSERT_TRUE(platform::countWaitingBytes(child.output.own, waiting));
     EXPECT_EQ(waiting, 2U);
-    ASSERT_TRUE(platform::readPipe(child.output.ownReadEnd, buffer, 8, count));
+    ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 8, count));
     EXPECT_EQ(std::string(buffer, count), "ut") << "no more than there is";
-    EXPECT_EQ(readAll(child.error.ownReadEnd), "error!");
+    EXPECT_EQ(readAll(child.error.own), "error!");
 }
 
 TEST(PlatformPipes, TellThatNothingWaits)
@@ -173,7 +180,7 @@ TEST(PlatformPipes, TellThatNothingWaits)
     const Pipe pipe;
     ASSERT_TRUE(pipe.isMade);
     unsigned int waiting = 7;
-    EXPECT_TRUE(platform::countWaitingBytes(pipe.ownReadEnd, waiting));
+    EXPECT_TRUE(platform::countWaitingBytes(pipe.own, waiting));
     EXPECT_EQ(waiting, 0U);
 }
 
@@ -229,26 +236,26 @@ TEST(PlatformPipes, AreReadThroughInterruptionsAndShortReads)
     unsigned int count = 0;
     {
         const Armed armed("read pipe", 1, 3, GateAnswer::Interrupt);
-        ASSERT_TRUE(platform::readPipe(child.output.ownReadEnd, buffer, 3, count));
+        ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(std::string(buffer, count), "out");
     }
     {
         const Armed armed("read pipe", 1, 1, GateAnswer::CutShort);
-        ASSERT_TRUE(platform::readPipe(child.output.ownReadEnd, buffer, 3, count));
+        ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(std::string(buffer, count), "p");
     }
     {
         const Armed armed("read pipe", 1, 1, GateAnswer::Fail);
-        EXPECT_FALSE(platform::readPipe(child.output.ownReadEnd, buffer, 3, count));
+        EXPECT_FALSE(platform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(count, 1U);
     }
     {
         const Armed armed("count waiting bytes", 1, 1, GateAnswer::Fail);
         unsigned int waiting = 7;
-        EXPECT_FALSE(platform::countWaitingBytes(child.output.ownReadEnd, waiting));
+        EXPECT_FALSE(platform::countWaitingBytes(child.output.own, waiting));
         EXPECT_EQ(waiting, 7U);
     }
-    EXPECT_EQ(readAll(child.output.ownReadEnd), "ut") << "a failure takes nothing away";
+    EXPECT_EQ(readAll(child.output.own), "ut") << "a failure takes nothing away";
 }
 
 // ---------------------------------------------------------------------------------------------------

@@ -71,14 +71,27 @@ private:
 bool makePipe(Handle & readEnd, Handle & writeEnd, unsigned int bytes)
 {
     SECURITY_ATTRIBUTES attributes = inheritable();
-    return !gateFails("make pipe") && CreatePipe(&readEnd, &writeEnd, &attributes, bytes) != FALSE;
+    HANDLE reader = nullptr;
+    HANDLE writer = nullptr;
+    if (gateFails("make pipe") || !CreatePipe(&reader, &writer, &attributes, bytes))
+        return false;
+    readEnd = reader;
+    writeEnd = writer;
+    return true;
 }
 
 bool copyForOneself(Handle end, Handle & copy)
 {
     const HANDLE self = GetCurrentProcess();
-    return !gateFails("copy pipe end") &&
-           DuplicateHandle(self, end, self, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS) != FALSE;
+    // The system clears its result where it refuses.
+    HANDLE result = nullptr;
+    if (gateFails("copy pipe end") ||
+        !DuplicateHandle(self, end, self, &result, 0, FALSE, DUPLICATE_SAME_ACCESS))
+    {
+        return false;
+    }
+    copy = result;
+    return true;
 }
 
 void closeHandle(Handle handle) noexcept
