@@ -5,6 +5,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/NativeProcesses.h"
 #include "support/ResourceSnapshot.h"
 #include "support/SignalStorm.h"
 

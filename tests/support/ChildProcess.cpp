@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <thread>
 
@@ -418,44 +416,6 @@ void killOneself()
 int exitCodeOfKilling()
 {
     return 128 + 9;
-}
-
-void endProcess(std::uint32_t number)
-{
-#ifdef _WIN32
-    const Handle process(OpenProcess(PROCESS_TERMINATE, FALSE, number));
-    TerminateProcess(process.get(), static_cast<UINT>(exitCodeOfKilling()));
-#else
-    kill(static_cast<pid_t>(number), SIGKILL);
-#endif
-}
-
-std::size_t handlesKeptOfChild()
-{
-#ifdef _WIN32
-    return 2;
-#else
-    return 0;
-#endif
-}
-
-std::size_t countDeadChildren()
-{
-    std::size_t count = 0;
-#ifndef _WIN32
-    for (const auto & entry : std::filesystem::directory_iterator("/proc"))
-    {
-        if (!std::isdigit(static_cast<unsigned char>(entry.path().filename().c_str()[0])))
-            continue;
-        std::ifstream file(entry.path() / "stat");
-        const std::string status{std::istreambuf_iterator<char>(file), {}};
-        // The state and the parent stand behind the name, which is in brackets.
-        const std::size_t nameEnd = status.rfind(')');
-        const std::string wanted = ") Z " + std::to_string(getpid()) + ' ';
-        count += nameEnd != std::string::npos && status.compare(nameEnd, wanted.size(), wanted) == 0 ? 1 : 0;
-    }
-#endif
-    return count;
 }
 
 int exitCodeOfAbort()

@@ -17,8 +17,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -82,16 +80,6 @@ int exitCodeOfAbort();
 
 /// The exit code of a process that called `killOneself`.
 int exitCodeOfKilling();
-
-/// Ends a child of this process, by the number that the system gave it.
-void endProcess(std::uint32_t number);
-
-/// How many handles the library keeps of each child for good: on Windows those of the process and its thread.
-std::size_t handlesKeptOfChild();
-
-/// How many children of this process have ended and were not asked for their exit code. There are none on
-/// Windows.
-std::size_t countDeadChildren();
 
 /// Makes `function` known under `name`. Called before main by VONTALBASE_TEST_CHILD; returns true.
 bool registerChild(const char * name, ChildFunction function);
