@@ -115,6 +115,7 @@ void RunningProcessImpl::run()
     unsigned int exitCode = 0;
     if (!platform::readExitCode(*processInfo, exitCode))
         exitCode = 0;
+    platform::forgetProcess(*processInfo);
     drainBoth();
     monitor->onFinished(exitCode);
     running = false;

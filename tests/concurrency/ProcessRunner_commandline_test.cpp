@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -18,7 +17,6 @@ namespace
 using qvbase::ProcessRunner;
 using testsupport::ChildCommand;
 using testsupport::childCommand;
-using testsupport::TempDirectory;
 
 std::string inBrackets(const std::vector<std::string> & words)
 {
@@ -121,20 +119,6 @@ TEST(ProcessRunnerCommandLine, KeepsTextInAllLanguages)
     const std::string smile = "\xf0\x9f\x98\x80";
     const ChildCommand command = childCommand("showsItsArgumentsInUtf8", {german, smile, "\xe6\xbc\xa2"});
     EXPECT_EQ(outputOf(command.program, command.arguments), '[' + german + "][" + smile + "][\xe6\xbc\xa2]");
-}
-
-TEST(ProcessRunnerCommandLine, MayHaveAProgramWithBlanksInItsPathIfItIsQuoted)
-{
-    const TempDirectory directory;
-    const ChildCommand command = childCommand("showsItsArguments", {"a"});
-    const std::string copy = directory.text("a program.exe");
-    const auto path = [](const std::string & text)
-    {
-        return std::filesystem::path(std::u8string(text.begin(), text.end()));
-    };
-    std::filesystem::copy_file(path(command.program.substr(1, command.program.size() - 2)), path(copy));
-    EXPECT_EQ(outputOf('"' + copy + '"', command.arguments), "[a]");
-    directory.remove("a program.exe");
 }
 
 TEST(ProcessRunnerCommandLine, TakesBackslashesInThePathOfTheProgram)

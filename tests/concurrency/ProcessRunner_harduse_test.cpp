@@ -4,6 +4,7 @@
 #include "VontalBase/disk/File.h"
 #include "VontalBase/disk/FileReader.h"
 #include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/text/u8string.h"
 
 #include "concurrency/monitors.h"
 #include "support/NativeProcesses.h"
@@ -310,43 +311,42 @@ TEST(ProcessRunnerHardUse, RunnersOfSeveralThreads)
     EXPECT_EQ(shared.getProcessCount(), 12U);
 }
 
-/// How many descriptors or handles a child has.
-std::string descriptorsOfAChild()
+/// How many descriptors or handles a child has; 0 where it does not tell.
+std::size_t descriptorsOfAChild()
 {
     ProcessRunner runner;
     const MonitorReference monitor = newMonitor();
     EXPECT_TRUE(startChild(runner, monitor, "countsItsDescriptors"));
     EXPECT_TRUE(monitor->waitForEnd());
-    return monitor->heard().output;
+    return std::stoul("0" + monitor->heard().output);
 }
 
 TEST(ProcessRunnerHardUse, AChildSeesNothingThatIsOpenHere)
 {
     const TempDirectory directory;
-    const std::string alone = descriptorsOfAChild();
-    if (testsupport::descriptorsOfANewProcess() != 0)
-    {
-        EXPECT_EQ(alone, std::to_string(testsupport::descriptorsOfANewProcess()));
-    }
+    const std::size_t most = testsupport::mostDescriptorsOfANewProcess();
+    EXPECT_GE(descriptorsOfAChild(), 3U);
+    EXPECT_LE(descriptorsOfAChild(), most);
     const Signal go(directory, "go");
     directory.write("read", "text");
     {
         std::vector<std::unique_ptr<qvdisk::FileReader>> readers;
-        for (int i = 0; i < 10; ++i)
+        for (std::size_t i = 0; i < most; ++i)
             readers.emplace_back(qvdisk::File(Vontal::u8string(directory.text("read"))).openForRead());
         const std::unique_ptr<qvdisk::FileWriter> writer(
             qvdisk::File(Vontal::u8string(directory.text("written"))).openForWrite());
         ASSERT_NE(readers.back(), nullptr);
         ASSERT_NE(writer, nullptr);
-        EXPECT_EQ(descriptorsOfAChild(), alone) << "streams of the library";
+        EXPECT_LE(descriptorsOfAChild(), most) << "streams of the library";
 
         ProcessRunner runner;
         const MonitorReference monitor = newMonitor();
-        for (int i = 0; i < 3; ++i)
+        // Each of them has three ends that are made for children.
+        for (std::size_t i = 0; 3 * i < most; ++i)
             ASSERT_TRUE(startChild(runner, monitor, "livesUntilItIsLetGo", {go.path()}));
-        EXPECT_EQ(descriptorsOfAChild(), alone) << "pipes of other children";
+        EXPECT_LE(descriptorsOfAChild(), most) << "pipes of other children";
         go.give();
-        for (int i = 0; i < 3; ++i)
+        for (std::size_t i = 0; 3 * i < most; ++i)
             EXPECT_TRUE(monitor->waitForEnd());
     }
     directory.clear();
@@ -381,7 +381,7 @@ TEST(ProcessRunnerHardUse, TheEndOfAProcessWithChildrenAndWatchersInFullWork)
     for (int i = 0; i < count; ++i)
     {
         const testsupport::ChildResult result = testsupport::runChild("endsWhileItsChildrenPrint");
-        ASSERT_TRUE(result.started);
+        ASSERT_TRUE(result.started) << i << ": " << result.standardError;
         ASSERT_FALSE(result.timedOut) << i;
         ASSERT_EQ(result.exitCode, 3) << i << ": " << result.standardError;
         ASSERT_EQ(result.standardError, "") << i;

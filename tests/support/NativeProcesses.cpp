@@ -74,9 +74,14 @@ std::size_t handlesKeptOfChild()
     return 2;
 }
 
-std::size_t descriptorsOfANewProcess()
+unsigned int exitCodeOfLiving()
 {
-    return 0;
+    return STILL_ACTIVE;
+}
+
+std::size_t mostDescriptorsOfANewProcess()
+{
+    return 40;
 }
 
 std::size_t countDeadChildren()
@@ -138,7 +143,12 @@ std::size_t handlesKeptOfChild()
     return 0;
 }
 
-std::size_t descriptorsOfANewProcess()
+unsigned int exitCodeOfLiving()
+{
+    return 0;
+}
+
+std::size_t mostDescriptorsOfANewProcess()
 {
     return 3;
 }

@@ -31,9 +31,13 @@ void endProcess(std::uint32_t number);
 /// How many handles the library keeps of each child for good: on Windows those of the process and its thread.
 std::size_t handlesKeptOfChild();
 
-/// How many descriptors a process has that was given nothing but its standard streams; 0 where the system
-/// gives some of its own.
-std::size_t descriptorsOfANewProcess();
+/// What the library takes for the exit code of a child that still lives, when the system cannot wait for it:
+/// what Windows says, or 0.
+unsigned int exitCodeOfLiving();
+
+/// How many descriptors a process has at most that was given nothing but its standard streams. Windows adds
+/// handles of its own, not always as many.
+std::size_t mostDescriptorsOfANewProcess();
 
 /// How many children of this process have ended and were not asked for their exit code. There are none on
 /// Windows.

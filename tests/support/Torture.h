@@ -21,6 +21,7 @@
 #include "support/FailingAllocator.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -68,6 +69,9 @@ struct TortureOptions
     /// How long a thread that a run let go may take to give its things back.
     std::chrono::milliseconds settling{2'000};
 };
+
+/// Within a scenario: so many of the descriptors that it opened stay open on purpose, for good.
+void keepDescriptors(std::size_t count);
 
 /// What was done.
 struct TortureReport

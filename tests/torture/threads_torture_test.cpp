@@ -3,14 +3,13 @@
 #include "VontalBase/concurrency/Semaphore.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutex.h"
-#include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/concurrency/threadregistry.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImplMT.h"
-#include "VontalBase/platform/threads.h"
 
 #include "support/Eventually.h"
 #include "support/Torture.h"
+#include "torture/threadends.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -22,7 +21,6 @@ namespace
 using qvbase::Reference;
 using qvbase::ReferencedImplMT;
 using qvbase::Thread;
-using qvbase::ThreadMutexGuard;
 using qvbase::threadRegistry;
 using testsupport::Fault;
 using testsupport::torture;
@@ -51,23 +49,6 @@ private:
     std::atomic<int> * m_runs;
     std::atomic<int> * m_ends;
 };
-
-bool everybodyHasRetired()
-{
-    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
-    return threadRegistry.runningThreads.empty();
-}
-
-/// Closes the handle that the library keeps, so that every run begins and ends with none.
-void closeTheLast()
-{
-    const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
-    while (!threadRegistry.endedThreads.empty())
-    {
-        platform::joinThread(threadRegistry.endedThreads.front());
-        threadRegistry.endedThreads.pop_front();
-    }
-}
 
 TEST(ThreadsTorture, AThreadIsStartedOrNothingHasHappened)
 {

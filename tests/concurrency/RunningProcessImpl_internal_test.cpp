@@ -1,0 +1,252 @@
+#include "VontalBase/concurrency/RunningProcessImpl.h"
+#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/places.h"
+
+#include "concurrency/monitors.h"
+#include "support/NativeProcesses.h"
+#include "support/VirtualSlot.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace
+{
+
+using platform::GateAnswer;
+using qvbase::ProcessRunner;
+using qvbase::RunningProcess;
+using qvbase::RunningProcessImpl;
+using testsupport::TempDirectory;
+using Calls = std::vector<std::string>;
+
+static_assert(std::is_base_of_v<RunningProcess, RunningProcessImpl>);
+static_assert(std::is_base_of_v<qvbase::Runnable, RunningProcessImpl>);
+static_assert(std::has_virtual_destructor_v<RunningProcessImpl>);
+
+/// Arms a gate for a scope.
+class Armed
+{
+public:
+    Armed(const char * service, std::uint64_t passage, std::uint64_t repeats, GateAnswer answer)
+    {
+        platform::armGates({service, passage, repeats, answer});
+    }
+    Armed(const Armed &) = delete;
+    Armed & operator=(const Armed &) = delete;
+    ~Armed()
+    {
+        platform::disarmGates();
+    }
+};
+
+constexpr std::uint64_t always = 1'000'000'000;
+
+VONTALBASE_TEST_CHILD(printsAndReturnsSeven, arguments)
+{
+    std::fputs(arguments.at(0).c_str(), stdout);
+    std::fputs(arguments.at(1).c_str(), stderr);
+    return 7;
+}
+
+VONTALBASE_TEST_CHILD(printsAndWaits, arguments)
+{
+    std::fputs(arguments.at(0).c_str(), stdout);
+    std::fflush(stdout);
+    const bool isGiven = Signal(arguments.at(1)).waitFor();
+    if (arguments.size() > 2)
+        Signal(arguments.at(2)).give();
+    return isGiven ? 7 : 5;
+}
+
+VONTALBASE_TEST_CHILD(givesASignal, arguments)
+{
+    Signal(arguments.at(0)).give();
+    return 0;
+}
+
+TEST(RunningProcessImpl, HasADestructorBehindTheOperationsOfItsBases)
+{
+    // As on every class with a second base, `run` has a slot in the table of the first one as well.
+    EXPECT_EQ(testsupport::virtualSlot(&RunningProcessImpl::run), 2U);
+    EXPECT_EQ(testsupport::virtualSlots<RunningProcessImpl>(), 3U + testsupport::slotsOfDestructor);
+}
+
+TEST(ProcessRunnerFailures, LeaveTheChildRunningWhereOnlyItsWatcherCannotBeStarted)
+{
+    const TempDirectory directory;
+    const Signal signal(directory, "done");
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    RunningProcess * process = nullptr;
+    {
+        const Armed armed("start thread", 1, 1, GateAnswer::Fail);
+        EXPECT_FALSE(startChild(runner, monitor, "givesASignal", {signal.path()}, &process));
+    }
+    EXPECT_TRUE(signal.waitFor()) << "the child runs";
+    EXPECT_EQ(process, nullptr);
+    EXPECT_EQ(runner.getProcessCount(), 0U);
+    EXPECT_EQ(monitor->heard().calls, Calls{}) << "and nobody hears of it";
+    EXPECT_TRUE(testsupport::eventually(
+        [&]
+        {
+            EXPECT_FALSE(runner.run("vontalbase-has-no-such-program", "", monitor, nullptr));
+            return testsupport::countDeadChildren() == 0;
+        }));
+    directory.remove("done");
+}
+
+TEST(ProcessRunnerFailures, OfPipesCopiesAndStartsLeaveNoChild)
+{
+    const TempDirectory directory;
+    const Signal signal(directory, "done");
+    const struct
+    {
+        const char * service;
+        std::uint64_t passages;
+    } rows[] = {{"make pipe", 3}, {"copy pipe end", 3}, {"start process", 1}};
+    for (const auto & row : rows)
+    {
+        for (std::uint64_t passage = 1; passage <= row.passages; ++passage)
+        {
+            SCOPED_TRACE(row.service + std::to_string(passage));
+            ProcessRunner runner;
+            const MonitorReference monitor = newMonitor();
+            const Armed armed(row.service, passage, 1, GateAnswer::Fail);
+            EXPECT_FALSE(startChild(runner, monitor, "givesASignal", {signal.path()}));
+            EXPECT_EQ(platform::gatePassages(), passage) << "nothing is tried behind it";
+            EXPECT_EQ(runner.getProcessCount(), 0U);
+            EXPECT_EQ(monitor->heard().calls, Calls{});
+        }
+    }
+    EXPECT_FALSE(signal.isGiven());
+}
+
+TEST(ProcessRunnerFailures, ToCountOrReadEndADrainAndTheNextCycleTriesAgain)
+{
+    for (const char * const service : {"count waiting bytes", "read pipe"})
+    {
+        SCOPED_TRACE(service);
+        const TempDirectory directory;
+        const Signal signal(directory, "go");
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        const Armed armed(service, 1, 1, GateAnswer::Fail);
+        ASSERT_TRUE(startChild(runner, monitor, "printsAndWaits", {"text", signal.path()}));
+        EXPECT_TRUE(monitor->waitForOutput("text"));
+        EXPECT_STREQ(platform::faultedGate(), service);
+        signal.give();
+        ASSERT_TRUE(monitor->waitForEnd());
+        EXPECT_EQ(monitor->heard().exitCode, 7U);
+        directory.remove("go");
+    }
+}
+
+TEST(ProcessRunnerFailures, ToReadTheExitCodeMakeItZero)
+{
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    const Armed armed("exit code", 1, 1, GateAnswer::Fail);
+    ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"ab", "c"}));
+    ASSERT_TRUE(monitor->waitForEnd());
+    EXPECT_EQ(monitor->heard().output, "ab");
+    EXPECT_EQ(monitor->heard().error, "c");
+    EXPECT_EQ(monitor->heard().exitCode, 0U);
+}
+
+TEST(ProcessRunnerFailures, ToWaitEndTheWatching)
+{
+    const TempDirectory directory;
+    const Signal signal(directory, "go");
+    const Signal done(directory, "done");
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    {
+        const Armed armed("wait for process", 1, 1, GateAnswer::Fail);
+        ASSERT_TRUE(startChild(runner, monitor, "printsAndWaits", {"text", signal.path(), done.path()}));
+        ASSERT_TRUE(monitor->waitForEnd()) << "though the child lives";
+    }
+    EXPECT_EQ(monitor->heard().exitCode, testsupport::exitCodeOfLiving());
+    EXPECT_FALSE(done.isGiven());
+    signal.give();
+    EXPECT_TRUE(done.waitFor());
+    directory.clear();
+}
+
+TEST(ProcessRunnerFailures, ToTakeMuchAtOnceCostNothing)
+{
+    for (const GateAnswer answer : {GateAnswer::CutShort, GateAnswer::Interrupt})
+    {
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        const Armed armed("read pipe", 1, 3, answer);
+        ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"output", "error"}));
+        ASSERT_TRUE(monitor->waitForEnd());
+        EXPECT_EQ(monitor->heard().output, "output");
+        EXPECT_EQ(monitor->heard().error, "error");
+    }
+}
+
+TEST(ProcessRunnerFailures, ToHaveADescriptorOfTheChildCostNothing)
+{
+    const Armed armed("open process", 1, always, GateAnswer::Fail);
+    for (int i = 0; i < 3; ++i)
+    {
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"output", "error"}));
+        ASSERT_TRUE(monitor->waitForEnd());
+        EXPECT_EQ(monitor->heard().output, "output");
+        EXPECT_EQ(monitor->heard().error, "error");
+        EXPECT_EQ(monitor->heard().exitCode, 7U);
+    }
+    EXPECT_EQ(testsupport::countDeadChildren(), 0U);
+}
+
+// Here, since a copy of this program needs no library beside it.
+TEST(ProcessRunnerCommandLine, MayHaveAProgramWithBlanksInItsPathIfItIsQuoted)
+{
+    const TempDirectory directory;
+    const std::string copy = directory.text("a program.exe");
+    std::filesystem::copy_file(platform::programPath(), copy);
+    const testsupport::ChildCommand command = testsupport::childCommand("printsAndReturnsSeven", {"a", "b"});
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    EXPECT_TRUE(runner.run('"' + copy + '"', command.arguments, monitor, nullptr));
+    EXPECT_TRUE(monitor->waitForEnd());
+    EXPECT_EQ(monitor->heard().output, "a");
+    EXPECT_EQ(monitor->heard().exitCode, 7U);
+    directory.remove("a program.exe");
+}
+
+TEST(ProcessRunnerLock, IsHeldUntilTheWatcherIsStarted)
+{
+    const TempDirectory directory;
+    const Signal signal(directory, "runs");
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    // The start of the watcher waits for this lock.
+    qvbase::threadRegistry.threadRegistryMutex.acquire();
+    std::thread starter([&] { EXPECT_TRUE(startChild(runner, monitor, "givesASignal", {signal.path()})); });
+    EXPECT_TRUE(signal.waitFor()) << "the child is there, its watcher is not";
+    testsupport::TestSemaphore counted;
+    std::thread counter(
+        [&]
+        {
+            EXPECT_EQ(runner.getProcessCount(), 1U);
+            counted.release();
+        });
+    EXPECT_FALSE(counted.tryAcquireFor(testsupport::suspicion));
+    qvbase::threadRegistry.threadRegistryMutex.release();
+    starter.join();
+    counter.join();
+    EXPECT_TRUE(monitor->waitForEnd());
+    directory.remove("runs");
+}
+
+} // namespace
