@@ -1,0 +1,94 @@
+// Runs a program, shows what it prints, each line with its stream in front, and ends with its exit code.
+//
+//     run_program COMMAND [ARGUMENTS]
+//
+// Both are handed on as they are: what has blanks in it is quoted within them.
+
+#include "VontalBase/VontalBase.h"
+
+#include "console/console.h"
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+//! [monitor]
+/// Shows whole lines, and tells when the child has ended. Only the watching thread touches the texts.
+class LineMonitor : public qvbase::ProcessMonitor
+{
+public:
+    explicit LineMonitor(qvbase::Semaphore & ended) : m_ended(ended)
+    {
+    }
+    virtual ~LineMonitor() = default;
+
+    void onOutput(const char * data, unsigned int size) override
+    {
+        m_output.append(data, size);
+        show("out| ", m_output);
+    }
+    void onError(const char * data, unsigned int size) override
+    {
+        m_error.append(data, size);
+        show("err| ", m_error);
+    }
+    void onFinished(unsigned int exitCode) override
+    {
+        // What is left has no line end.
+        std::cout << m_output << m_error << std::flush;
+        m_exitCode = exitCode;
+        m_ended.release();
+    }
+
+    unsigned int exitCode() const
+    {
+        return m_exitCode;
+    }
+
+private:
+    /// A piece of output may end anywhere, also within a line.
+    static void show(const char * mark, std::string & text)
+    {
+        for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n'))
+        {
+            std::cout << mark << text.substr(0, end + 1);
+            text.erase(0, end + 1);
+        }
+    }
+
+    qvbase::Semaphore & m_ended;
+    std::string m_output;
+    std::string m_error;
+    unsigned int m_exitCode = 0;
+};
+//! [monitor]
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+    const std::vector<Vontal::u8string> words = console::arguments(argc, argv);
+    if (words.size() < 2)
+    {
+        std::cerr << "usage: run_program COMMAND [ARGUMENTS]\n";
+        return 2;
+    }
+    const Vontal::u8string arguments = words.size() > 2 ? words[2] : Vontal::u8string();
+
+    //! [run]
+    qvbase::Semaphore ended(0);
+    const qvbase::Reference<qvbase::ReferencedImplMT<LineMonitor>> monitor =
+        new qvbase::ReferencedImplMT<LineMonitor>(ended);
+    qvbase::ProcessRunner runner;
+    if (!runner.run(words[1], arguments, monitor, nullptr))
+    {
+        std::cerr << "cannot start " << words[1] << '\n';
+        return 1;
+    }
+    ended.acquire();
+    return static_cast<int>(monitor->exitCode());
+    //! [run]
+}
