@@ -132,11 +132,15 @@ VONTALBASE_TEST_CHILD(endsWhileItsChildrenPrint, arguments)
 {
     // Never destroyed.
     static auto * const runner = new ProcessRunner;
-    for (int i = 0; i < 3; ++i)
+    std::array<MonitorReference, 2> monitors;
+    for (MonitorReference & monitor : monitors)
     {
-        const MonitorReference monitor = newMonitor();
-        if (!startChild(*runner, monitor, "printsLinesOnBothStreams", {"20000"}))
+        monitor = newMonitor();
+        if (!startChild(*runner, monitor, "printsLinesOnBothStreams", {"200000"}))
             return 5;
+    }
+    for (const MonitorReference & monitor : monitors)
+    {
         if (!testsupport::eventually([&] { return !monitor->heard().output.empty(); }))
             return 6;
     }

@@ -162,7 +162,7 @@ public:
         {
             if (std::chrono::steady_clock::now() >= end)
                 return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         return true;
     }

@@ -1,6 +1,7 @@
 #include "support/NativeProcesses.h"
 
 #include "support/ChildProcess.h"
+#include "support/Sanitizers.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -112,7 +113,8 @@ bool hasShortCommandLines()
 
 bool hasCheapProcesses()
 {
-    return true;
+    // Those of the sanitizers are not.
+    return !endsAtHugeAllocations;
 }
 
 std::string programOfTheSystem()
