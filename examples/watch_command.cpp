@@ -275,6 +275,8 @@ void watch(Monitor & monitor)
     {
         if (console::wasInterrupted())
             command->cancel();
+        // In vain while it runs, and not if the system had no thread to give before.
+        executor->start();
         qvbase::sleep(pause);
     }
     executor->stop();

@@ -9,7 +9,8 @@ namespace qvbase
 class InterruptAskable
 {
 public:
-    /// Whether the work should come to an end.
+    /// Whether the work should come to an end. Cheap enough to be asked in a loop, by any thread; it cannot
+    /// fail.
     virtual bool isInterrupted() = 0;
 
 protected:

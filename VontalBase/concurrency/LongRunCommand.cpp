@@ -25,6 +25,7 @@ LongRunCommand::~LongRunCommand()
 {
     if (listener != nullptr)
         listener->release();
+    // Kept: it was not counted. It is null but in copies, and after an exception.
     if (executor != nullptr)
         executor->release();
 }

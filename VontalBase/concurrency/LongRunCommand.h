@@ -35,21 +35,26 @@ public:
     /// Asks the command to come to an end. A command without a result gets `TriStateNo`; a result that stands
     /// stays. A command that is run afterwards still gets its `execute`, which is interrupted from the start.
     void cancel() override;
-    /// Whether the command was cancelled, or runs on an executor that is stopping.
-    bool isInterrupted() override;
 
 protected:
     /// Has no result and no listener.
     LongRunCommand();
-    /// Kept: copies the members as they stand. The listener is not counted for the copy, which lets it go all
-    /// the same when it is destroyed.
+    /// Kept: copies the members as they stand. Neither the listener nor the executor of a command that runs
+    /// is counted for the copy, which lets both go all the same when it is destroyed, and asks that executor
+    /// until then.
     LongRunCommand(const LongRunCommand &);
     /// Kept: copies the members as they stand, as the copy constructor does; the listener that the target
     /// had is not let go.
     LongRunCommand & operator=(const LongRunCommand &);
 
     /// Calls `execute`, and then tells the listener of the end, if there is one, with the result as it
-    /// stands then. An exception that leaves `execute` goes on, and the listener hears nothing.
+    /// stands then.
+    ///
+    /// An exception that leaves `execute` goes on, and the listener hears nothing. The executor then stays
+    /// the command's: it is still asked by `isInterrupted`, and is let go with the command without having
+    /// been counted.
+    ///
+    /// @param runningOn lives at least as long as the call; null if it is none.
     void run(TaskExecutor * runningOn) override;
 
     /// The listener, held, or null. This is how `execute` reaches it.
@@ -60,6 +65,13 @@ protected:
     virtual void execute() = 0;
     /// Lets the listener go.
     virtual ~LongRunCommand();
+
+public:
+    // Declared behind the operations of its own, so that these stand right behind those of a task.
+
+    /// Whether the command was cancelled, or runs on an executor that is stopping. It takes two locks at the
+    /// most.
+    bool isInterrupted() override;
 
 private:
     bool cancelled = false;

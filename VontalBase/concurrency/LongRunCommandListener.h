@@ -20,7 +20,9 @@ class LongRunCommand;
 /// since the command holds a reference on it.
 ///
 /// All calls come on the thread that runs the command, with no lock of the library held, so that a listener
-/// may call the command back. An exception that leaves one ends the process.
+/// may call the command back. An exception that leaves one ends the process. A listener that a command held
+/// last may be destroyed with the lock of the executor held, and then must not wait for a thread that calls
+/// the executor.
 class VONTALBASE_API LongRunCommandListener : public ReferencedObject
 {
 public:

@@ -42,23 +42,26 @@ SimpleTaskExecutor::~SimpleTaskExecutor()
 
 void SimpleTaskExecutor::addTask(Task * task)
 {
+    // Held in front of the lock, so that memory that is too short destroys it, and not under the lock.
+    Reference<Task> held(task);
     const ThreadMutexGuard guard(mutex, true);
-    queue.emplace_back(task);
+    queue.push_back(std::move(held));
     if (state == State::Stopped)
         start();
 }
 
 void SimpleTaskExecutor::addPriorityTask(Task * task)
 {
+    Reference<Task> held(task);
     const ThreadMutexGuard guard(mutex, true);
     if (state == State::Stopped)
     {
-        queue.emplace_front(task);
+        queue.push_front(std::move(held));
         start();
         return;
     }
     // Kept: also while the executor is stopping, the first one is the one that runs.
-    queue.emplace(queue.empty() ? queue.end() : std::next(queue.begin()), task);
+    queue.insert(queue.empty() ? queue.end() : std::next(queue.begin()), std::move(held));
 }
 
 void SimpleTaskExecutor::moveTaskForward(Task * task)

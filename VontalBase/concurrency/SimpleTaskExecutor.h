@@ -22,8 +22,9 @@ class ThreadMutexGuard;
 ///
 /// It is made by `createSimpleTaskExecutor`. While its thread exists, that thread holds a reference on it, so
 /// that letting go of a busy executor lets it finish its queue first. The lock is never held while a task
-/// runs or is cancelled, but it is while the executor lets a task go that it has done with; the lock is
-/// recursive, so that the destructor of a task may call the executor.
+/// runs or is cancelled, but it is while the executor lets a task go that it has done with. The lock is
+/// recursive, so that the destructor of such a task may call the executor, but for its `stop`; it must not
+/// wait for another thread that does.
 ///
 /// Should the system refuse a thread, or memory be too short for one, the tasks wait in the queue until the
 /// next one is added, or until `start`; the destructor lets go of those that still wait.
@@ -44,7 +45,7 @@ public:
     bool isStopping() override;
     std::uint64_t getTaskCount() override;
 
-    /// Stops the executor, and lets go of the tasks that no thread could be had for.
+    /// Stops the executor, and lets go of the tasks that no thread could be had for; those must not call it.
     virtual ~SimpleTaskExecutor();
 
 private:

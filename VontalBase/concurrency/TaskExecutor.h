@@ -17,7 +17,8 @@ class Task;
 /// the first of the queue for as long as it does.
 ///
 /// Any thread may call any operation, tasks too. No operation reports a failure; `std::bad_alloc` may leave
-/// `addTask` and `addPriorityTask`, which then have added nothing.
+/// `addTask` and `addPriorityTask`, which then have added nothing. A task that nobody else holds is destroyed
+/// then.
 class TaskExecutor : public ReferencedObject
 {
 protected:
@@ -48,7 +49,7 @@ public:
     /// @param task nothing happens if it runs, or is not in the queue.
     virtual void moveTaskForward(Task * task) = 0;
     /// Tells which task runs, or is the next to do so.
-    /// @param task receives it; it is left alone where the result is false.
+    /// @param task receives it, null if that was added; it is left alone where the result is false.
     /// @return false if the executor is stopped or stopping, or the queue is empty.
     virtual bool getCurrentTask(Reference<Task> & task) = 0;
     /// Starts a stopped executor, which works until its queue is empty.
@@ -58,9 +59,10 @@ public:
     ///
     /// The task that runs is not asked to end; it learns of it by `isStopping`. Nothing happens, at once, if
     /// the executor is stopped or another `stop` waits already. A task must not call it for its own executor,
-    /// since it would wait for itself. Tasks that are added afterwards start the executor again.
+    /// since it would wait for itself. Tasks that are added afterwards start the executor again; should that
+    /// happen before the one who waits has noticed the end, he waits for them too, and they are run.
     virtual void stop() = 0;
-    /// Whether a `stop` is waiting.
+    /// Whether a `stop` has come and the work has not ended since.
     virtual bool isStopping() = 0;
     /// How many tasks are in the queue, the one that runs among them.
     virtual std::uint64_t getTaskCount() = 0;

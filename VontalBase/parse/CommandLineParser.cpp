@@ -52,7 +52,7 @@ std::wstring CommandLineParserW::joined() const
     {
         // Kept: a blank stands behind all but the last one held, also where that one is empty.
         if (!args[i].empty())
-            result.append(1, L'"').append(args[i]).append(i + 1 == args.size() ? L"\"" : L"\" ");
+            result.append(1, L'"').append(args[i].c_str()).append(i + 1 == args.size() ? L"\"" : L"\" ");
     }
     return result;
 }

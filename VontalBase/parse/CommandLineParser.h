@@ -33,8 +33,10 @@ public:
     /// Has no arguments; those of the process itself are not read.
     CommandLineParser();
     /// Holds the arguments of a line.
+    /// @param line goes up to its end. A zero is part of a word, and ends what is told of that.
     CommandLineParser(const Vontal::pstring & line);
-    /// Holds the arguments of a line in UTF-8, which ends at its first zero byte.
+    /// Holds the arguments of a line.
+    /// @param line in UTF-8; it ends at its first zero byte.
     CommandLineParser(const Vontal::u8string & line);
     /// Kept: both share the arguments from then on, and each of them would delete these, so that all but one
     /// of them must never be destroyed. Better not copied.

@@ -50,8 +50,12 @@ public:
     bool get(const std::string & key, std::string & value) const;
     /// Adds an option, or replaces the value of one. Nothing is refused, not even what `parse` would read
     /// otherwise than it was written.
+    /// @param key is compared as it is.
+    /// @param value takes the place of the one that was there.
     void set(const std::string & key, const std::string & value);
-    /// Removes an option. @return whether there was one.
+    /// Removes an option.
+    /// @param key is compared as it is.
+    /// @return whether there was one.
     bool remove(const std::string & key);
     /// Writes all options in the order of the bytes of their keys, with `;` between them and none at the end.
     /// @param text receives the options in place of what it held.

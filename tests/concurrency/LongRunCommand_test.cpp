@@ -10,6 +10,7 @@
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -64,6 +65,10 @@ public:
 
 private:
     std::function<void(Command &)> m_work;
+};
+
+class OpenAskable : public qvbase::InterruptAskable
+{
 };
 
 class Listener : public LongRunCommandListener
@@ -126,7 +131,9 @@ TEST(LongRunCommand, HasItsVirtualOperationsInOrder)
     EXPECT_EQ(virtualSlot(&LongRunCommandListener::setText), 4U);
     EXPECT_EQ(testsupport::virtualSlots<Listener>(), 5U + testsupport::slotsOfDestructor);
     EXPECT_EQ(virtualSlot(&qvbase::InterruptAskable::isInterrupted), 0U);
-    EXPECT_GT(virtualSlot(&Command::execute), virtualSlot(&LongRunCommand::cancel));
+    EXPECT_EQ(testsupport::virtualSlots<OpenAskable>(), 1U);
+    // Behind those of a task; the destructor follows, and then what other bases have.
+    EXPECT_EQ(virtualSlot(&Command::execute), 4U);
 }
 
 TEST(LongRunCommand, BeginsWithoutAResult)
@@ -328,25 +335,152 @@ TEST(LongRunCommand, AsksItsExecutorNoMoreWhenItHasRun)
 {
     Happenings happenings;
     TestSemaphore told;
+    const Reference<TaskExecutor> executor = newExecutor();
     const Reference<Command> command = newCommand();
+    bool isStopping = false;
     bool isInterrupted = true;
     command->setListener(newListener(happenings,
         [&](LongRunCommand * given)
         {
-            // The executor is stopping by now, but the command is none of its own any more.
             told.release();
+            isStopping = eventually([&] { return executor->isStopping(); });
             isInterrupted = given->isInterrupted();
         }));
-    const Reference<TaskExecutor> executor = newExecutor();
-    Gate gate;
-    executor->addTask(newTask(happenings, "gate", gate.work()));
-    gate.entered.acquire();
-    gate.mayLeave.release();
     executor->addTask(command);
     told.acquire();
     executor->stop();
-    EXPECT_FALSE(isInterrupted);
+    EXPECT_TRUE(isStopping);
+    EXPECT_FALSE(isInterrupted) << "the executor is none of its own any more";
     command->setListener(nullptr);
+}
+
+TEST(LongRunCommand, EndsWhenItNoticesThatItWasCancelled)
+{
+    Happenings happenings;
+    TestSemaphore entered;
+    bool seen = false;
+    const Reference<TaskExecutor> executor = newExecutor();
+    const Reference<Command> command = newCommand(
+        [&](Command & self)
+        {
+            entered.release();
+            seen = eventually([&] { return self.isInterrupted(); });
+        });
+    command->setListener(newListener(happenings));
+    executor->addTask(command);
+    entered.acquire();
+    // From another thread, for which no lock may be held.
+    command->cancel();
+    EXPECT_EQ(command->getResult(), TriStateNo);
+    EXPECT_TRUE(eventually([&] { return executor->getTaskCount() == 0; }));
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(happenings.list(), (Names{"finished 2"}));
+    command->setListener(nullptr);
+}
+
+TEST(LongRunCommand, TellsItsListenerOnTheThreadThatRunsIt)
+{
+    Happenings happenings;
+    std::thread::id executing;
+    std::thread::id telling;
+    const Reference<TaskExecutor> executor = newExecutor();
+    const Reference<Command> command = newCommand([&](Command &) { executing = std::this_thread::get_id(); });
+    command->setListener(
+        newListener(happenings, [&](LongRunCommand *) { telling = std::this_thread::get_id(); }));
+    executor->addTask(command);
+    executor->addTask(command);
+    EXPECT_TRUE(eventually([&] { return executor->getTaskCount() == 0; }));
+    EXPECT_EQ(telling, executing);
+    EXPECT_NE(telling, std::this_thread::get_id());
+    EXPECT_EQ(happenings.list(), (Names{"finished 0", "finished 0"})) << "after every run";
+    command->setListener(nullptr);
+}
+
+/// Is stopping, and counts its references.
+class StoppingExecutor : public TaskExecutor
+{
+public:
+    void addRef() override
+    {
+        ++references;
+    }
+    void release() override
+    {
+        --references;
+    }
+    void addTask(qvbase::Task *) override
+    {
+    }
+    void addPriorityTask(qvbase::Task *) override
+    {
+    }
+    void moveTaskForward(qvbase::Task *) override
+    {
+    }
+    bool getCurrentTask(Reference<qvbase::Task> &) override
+    {
+        return false;
+    }
+    void start() override
+    {
+    }
+    void stop() override
+    {
+    }
+    bool isStopping() override
+    {
+        return true;
+    }
+    std::uint64_t getTaskCount() override
+    {
+        return 0;
+    }
+
+    int references = 0;
+};
+
+TEST(LongRunCommand, DoesNotCountItsExecutor)
+{
+    StoppingExecutor executor;
+    int during = -1;
+    Reference<Command> command = newCommand(
+        [&](Command & self)
+        {
+            during = executor.references;
+            EXPECT_TRUE(self.isInterrupted());
+        });
+    command->run(&executor);
+    EXPECT_EQ(during, 0);
+    EXPECT_FALSE(command->isInterrupted());
+    command = nullptr;
+    EXPECT_EQ(executor.references, 0);
+}
+
+TEST(LongRunCommand, KeepsItsExecutorWhenAnExceptionLeavesIt)
+{
+    Happenings happenings;
+    StoppingExecutor executor;
+    Reference<Command> command = newCommand([](Command &) { throw 1; });
+    command->setListener(newListener(happenings));
+    EXPECT_THROW(command->run(&executor), int);
+    EXPECT_EQ(happenings.list(), Names()) << "the listener hears nothing";
+    EXPECT_TRUE(command->isInterrupted()) << "the executor is still asked";
+    command = nullptr;
+    EXPECT_EQ(executor.references, -1) << "and let go without having been counted";
+}
+
+TEST(LongRunCommand, CopiesItsExecutorWhileItRunsAsKept)
+{
+    StoppingExecutor executor;
+    Reference<Command> copy;
+    const Reference<Command> command =
+        newCommand([&](Command & self) { copy = new ReferencedImplMT<Command>(self); });
+    command->run(&executor);
+    EXPECT_FALSE(command->isInterrupted());
+    EXPECT_TRUE(copy->isInterrupted());
+    EXPECT_EQ(copy->getResult(), TriStateUnknown) << "it was not cancelled";
+    copy = nullptr;
+    EXPECT_EQ(executor.references, -1);
 }
 
 TEST(LongRunCommand, IsCancelledUnrunByAnExecutorThatStops)

@@ -6,12 +6,15 @@
 #include "concurrency/tasks.h"
 #include "concurrency/work.h"
 #include "support/Apartment.h"
+#include "support/ChildProcess.h"
 #include "support/Eventually.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 
 #include <atomic>
+#include <cstdlib>
+#include <exception>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -105,6 +108,10 @@ TEST(TaskExecutor, HasItsVirtualOperationsInOrder)
     EXPECT_EQ(virtualSlot(&TaskExecutor::stop), 7U);
     EXPECT_EQ(virtualSlot(&TaskExecutor::isStopping), 8U);
     EXPECT_EQ(virtualSlot(&TaskExecutor::getTaskCount), 9U);
+
+    EXPECT_EQ(testsupport::virtualSlots<OpenTask>(), 4U);
+    // The destructor stands behind the operations, and behind that the work of the thread.
+    EXPECT_EQ(testsupport::virtualSlots<SimpleTaskExecutor>(), 10U + testsupport::slotsOfDestructor + 1U);
 }
 
 TEST(TaskExecutor, IsMadeStoppedAndEmpty)
@@ -119,10 +126,27 @@ TEST(TaskExecutor, IsMadeStoppedAndEmpty)
 
 TEST(TaskExecutor, TakesThePlaceOfTheOneThatWasHeld)
 {
-    Reference<TaskExecutor> executor = newExecutor();
-    const Reference<TaskExecutor> old = executor;
+    class Ending : public SimpleTaskExecutor
+    {
+    public:
+        explicit Ending(bool & hasEnded) : m_hasEnded(hasEnded)
+        {
+        }
+        Ending(const Ending &) = delete;
+        Ending & operator=(const Ending &) = delete;
+        ~Ending() override
+        {
+            m_hasEnded = true;
+        }
+
+    private:
+        bool & m_hasEnded;
+    };
+    bool hasEnded = false;
+    Reference<TaskExecutor> executor(new ReferencedImplMT<Ending>(hasEnded));
     qvbase::createSimpleTaskExecutor(executor);
-    EXPECT_NE(executor.get(), old.get());
+    EXPECT_TRUE(hasEnded) << "it is let go";
+    EXPECT_NE(executor.get(), nullptr);
 }
 
 TEST(TaskExecutor, RunsATaskWithItselfAsTheArgumentOnAThreadOfItsOwn)
@@ -355,26 +379,128 @@ TEST_F(Executing, StopsAgainAfterItHasBeenStartedAgain)
     }
 }
 
-TEST(TaskExecutor, StartsAWorkerThatEndsAtOnceWhereNothingWaits)
+TEST_F(Executing, CancelsOnTheThreadThatRuns)
 {
-    const Reference<TaskExecutor> executor = newExecutor();
-    executor->start();
-    executor->start();
-    executor->stop();
-    Reference<Task> task;
-    EXPECT_TRUE(eventually([&] { return !executor->isStopping(); }));
-    EXPECT_FALSE(executor->getCurrentTask(task));
+    class Telling : public Task
+    {
+    public:
+        explicit Telling(std::thread::id & id) : m_id(id)
+        {
+        }
+        virtual ~Telling() = default;
+        void cancel() override
+        {
+            m_id = std::this_thread::get_id();
+        }
+
+    protected:
+        void run(TaskExecutor *) override
+        {
+        }
+
+    private:
+        std::thread::id & m_id;
+    };
+    std::thread::id cancelling;
+    std::thread::id running;
+    gate.mayLeave.release();
+    Gate second;
+    executor->addTask(newTask(happenings, "T2",
+        [&](TaskExecutor * given)
+        {
+            running = std::this_thread::get_id();
+            second.work()(given);
+        }));
+    second.entered.acquire();
+    executor->addTask(new ReferencedImplMT<Telling>(cancelling));
+    std::thread stopper = beginStop();
+    const std::thread::id stopping = stopper.get_id();
+    second.mayLeave.release();
+    stopper.join();
+    EXPECT_EQ(cancelling, running);
+    EXPECT_NE(cancelling, stopping);
 }
 
-TEST_F(Executing, EndsItsThreadWithTheLastTaskAndStartsANewOneForTheNext)
+TEST(TaskExecutor, CancelsATaskWhoseWorkerBeginsAfterTheStop)
+{
+    // The stop often comes before the new thread has come to the task; then that must not run.
+    constexpr int attempts = 10'000;
+    const Reference<TaskExecutor> executor = newExecutor();
+    bool wasCancelled = false;
+    for (int i = 0; i < attempts && !wasCancelled; ++i)
+    {
+        Happenings happenings;
+        executor->addTask(newTask(happenings, "T"));
+        executor->stop();
+        // A worker that had found its end before the stop has left nothing to do for it.
+        EXPECT_TRUE(eventually([&] { return executor->getTaskCount() == 0; }));
+        const Names list = happenings.list();
+        ASSERT_EQ(list.size(), 1U) << "run or cancelled, once";
+        wasCancelled = list.front() == "cancel T";
+    }
+    EXPECT_TRUE(wasCancelled);
+}
+
+constexpr int caught = 42;
+
+[[noreturn]] void endWithCaught()
+{
+    std::_Exit(caught);
+}
+
+VONTALBASE_TEST_CHILD(throwsOutOfATask, arguments)
+{
+    std::set_terminate(endWithCaught);
+    Happenings happenings;
+    const Reference<TaskExecutor> executor = newExecutor();
+    executor->addTask(newTask(happenings, "T1", [](TaskExecutor *) { throw 1; }));
+    TestSemaphore never;
+    never.acquire();
+    return 0;
+}
+
+VONTALBASE_TEST_CHILD(throwsOutOfACancelledTask, arguments)
+{
+    class Throwing : public Task
+    {
+    public:
+        virtual ~Throwing() = default;
+        void cancel() override
+        {
+            throw 1;
+        }
+
+    protected:
+        void run(TaskExecutor *) override
+        {
+        }
+    };
+    std::set_terminate(endWithCaught);
+    Happenings happenings;
+    Gate gate;
+    const Reference<TaskExecutor> executor = newExecutor();
+    executor->addTask(newTask(happenings, "T1", gate.work()));
+    gate.entered.acquire();
+    executor->addTask(new ReferencedImplMT<Throwing>);
+    std::thread stopper([&] { executor->stop(); });
+    eventually([&] { return executor->isStopping(); });
+    gate.mayLeave.release();
+    stopper.join();
+    return 0;
+}
+
+TEST(TaskExecutor, DoesNotCatchWhatTasksThrow)
+{
+    EXPECT_EQ(testsupport::runChild("throwsOutOfATask").exitCode, caught);
+    EXPECT_EQ(testsupport::runChild("throwsOutOfACancelledTask").exitCode, caught);
+}
+
+TEST_F(Executing, StartsAgainForEachTaskThatComesLater)
 {
     finish();
     TestSemaphore ran;
     for (int i = 0; i < 3; ++i)
     {
-        // Stopped without any call: else the current task would be told.
-        Reference<Task> task;
-        EXPECT_TRUE(eventually([&] { return !executor->getCurrentTask(task); }));
         executor->addTask(newTask(happenings, "next", [&](TaskExecutor *) { ran.release(); }));
         ran.acquire();
     }

@@ -150,12 +150,32 @@ TEST(CommandLineParser, SharesItsArgumentsWithACopyAsKept)
     // One of those that share is destroyed; the others, and what the second one held, never are.
     auto * const copy = new CommandLineParser(parser);
     auto * const assigned = new CommandLineParser(u8string("lost"));
+    auto * const sharing = new CommandLineParser(*assigned);
     *assigned = parser;
+    EXPECT_EQ(argumentsOf(*sharing), (Arguments{"lost"})) << "what the target held is not deleted";
     parser.parse("b");
     EXPECT_EQ(argumentsOf(*copy), (Arguments{"a", "b"}));
     copy->parse("c");
     EXPECT_EQ(argumentsOf(*assigned), (Arguments{"a", "b", "c"}));
     EXPECT_EQ(argumentsOf(parser), (Arguments{"a", "b", "c"}));
+}
+
+TEST(CommandLineParser, ReadsALineInUtf8UpToItsFirstZero)
+{
+    const u8string line(std::string("a b\0c", 5));
+    EXPECT_EQ(argumentsOf(CommandLineParser(line)), (Arguments{"a", "b"}));
+    CommandLineParser parser;
+    parser.parse(line);
+    EXPECT_EQ(argumentsOf(parser), (Arguments{"a", "b"}));
+}
+
+TEST(CommandLineParser, TellsOfAWideWordUpToItsFirstZero)
+{
+    CommandLineParser parser(pstring(std::wstring(L"p a\0b c", 7)));
+    EXPECT_EQ(argumentsOf(parser), (Arguments{"p", "a", "c"}));
+    u8string joined;
+    parser.get_args(joined);
+    EXPECT_EQ(joined, "\"a\" \"c\"");
 }
 
 } // namespace
