@@ -75,7 +75,7 @@ void reapUnwatched() noexcept
     for (std::atomic<pid_t> & place : unwatched)
     {
         // Taken out for the time of the question, since the number may belong to another child after it.
-        const pid_t child = place.exchange(0);
+        const pid_t child = place.load() == 0 ? 0 : place.exchange(0);
         if (child != 0 && waitpid(child, nullptr, WNOHANG) == 0)
             remember(child);
     }
@@ -243,8 +243,7 @@ bool copyForOneself(Handle end, Handle & copy)
     if (!result.isOpen())
         return false;
     // A child might read its own output, and so take away what was there when it was counted.
-    const int flags = fcntl(result.get(), F_GETFL);
-    if (flags < 0 || fcntl(result.get(), F_SETFL, flags | O_NONBLOCK) != 0)
+    if (fcntl(result.get(), F_SETFL, O_NONBLOCK) != 0)
         return false;
     copy = handleOf(result.release());
     return true;
