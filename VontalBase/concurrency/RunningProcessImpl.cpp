@@ -54,8 +54,7 @@ RunningProcessImpl::~RunningProcessImpl()
         stopRequested = true;
         sleep(watchMilliseconds);
     }
-    for (const platform::Handle handle :
-        {stdoutRead, stdoutWrite, stderrRead, stderrWrite, stdinRead, stdinWrite})
+    for (platform::Handle handle : {stdoutRead, stdoutWrite, stderrRead, stderrWrite, stdinRead, stdinWrite})
     {
         if (handle != platform::invalidHandle())
             platform::closeHandle(handle);

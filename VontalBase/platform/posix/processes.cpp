@@ -144,6 +144,7 @@ private:
 std::vector<std::string> wordsOf(const std::wstring & commandLine)
 {
     std::string line;
+    // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
     Vontal::utf8FromWide(std::wstring_view(commandLine.c_str()), line);
     std::vector<std::string> words = splitCommandLine(line);
     words.front() = KernelPath(words.front()).text();
