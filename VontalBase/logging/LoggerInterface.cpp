@@ -18,6 +18,7 @@ LoggerInterface::LoggerInterface(const LoggerInterface & other)
 }
 
 LoggerInterface::LoggerInterface(LoggerInterface && other) noexcept
+    // NOLINTNEXTLINE(performance-move-constructor-init): required to copy.
     : LoggerInterface(static_cast<const LoggerInterface &>(other))
 {
 }

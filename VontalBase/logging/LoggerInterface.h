@@ -70,10 +70,8 @@ public:
     void log(LogMsgBuilder & builder, unsigned int level);
 
 private:
-    // Kept: sets neither number. Nothing uses it.
-    LoggerInterface()
-    {
-    }
+    // Kept: sets no threshold. Nothing uses it.
+    LoggerInterface() = default;
 
     std::atomic<std::uint32_t> nextId;
     std::atomic<std::uint32_t> logLevel;
