@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -61,19 +62,46 @@ void appendDateAndTime(const qvbase::EarthTime & time, Text & out)
     appendTime(time, out);
 }
 
+/// Two decimal digits.
+inline char * putTwoDigits(char * place, int number) noexcept
+{
+    *place++ = static_cast<char>('0' + number / 10);
+    *place++ = static_cast<char>('0' + number % 10);
+    return place;
+}
+
+/// What `appendTime` appends, and a blank, for a time that the clock has told.
+inline char * putTime(char * place, const qvbase::EarthTime & time) noexcept
+{
+    place = putTwoDigits(place, time.hour());
+    *place++ = ':';
+    place = putTwoDigits(place, time.minute());
+    *place++ = ':';
+    place = putTwoDigits(place, time.second());
+    *place++ = ' ';
+    return place;
+}
+
 /// Appends what a line begins with: the present time if it is wanted, the number, and the calling thread.
 template <class Text>
 void appendLineHead(bool withTime, std::uint32_t id, Text & out)
 {
+    constexpr std::string_view threadName = ":thrId=";
+    // In one piece, since it is done for every line.
+    std::array<char, 64> head;
+    char * place = head.data();
+    char * const end = place + head.size() - threadName.size();
     if (withTime)
     {
         qvbase::EarthTime now;
         now.setNowLocal();
-        appendTime(now, out);
-        out.append(" ");
+        place = putTime(place, now);
     }
-    out.append("#").append(Vontal::Decimal(id).text());
-    out.append(":thrId=").append(Vontal::Decimal(platform::currentThreadId()).text());
+    *place++ = '#';
+    place = std::to_chars(place, end, id).ptr;
+    place = std::copy(threadName.begin(), threadName.end(), place);
+    place = std::to_chars(place, end, platform::currentThreadId()).ptr;
+    out.append(std::string_view(head.data(), static_cast<std::size_t>(place - head.data())));
 }
 
 /// Appends the last message of a formatter.

@@ -63,6 +63,10 @@ void giveLockBack(std::FILE * stream) noexcept;
 /// @param stream nothing has been written to it yet.
 void writeAtOnce(std::FILE * stream) noexcept;
 
+/// Writes all of the bytes and has them arrive at the system, which is done in one call where the system can
+/// do that. Some may have been written where it fails.
+bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noexcept;
+
 /// Makes an empty file for this user alone, unless there is something of that name: then the result is false.
 bool createNewFile(const std::wstring & path);
 

@@ -32,7 +32,8 @@ bool writeStream(std::FILE * stream, const void * data, std::size_t size)
 
 bool writeThrough(std::FILE * stream, const void * data, std::size_t size)
 {
-    return writeStream(stream, data, size) && !gateFails("flush stream") && std::fflush(stream) == 0;
+    const std::size_t part = allowed(passGate("write stream"), size);
+    return writeToSystem(stream, data, part) && part == size && !gateFails("flush stream");
 }
 
 bool closeStream(std::FILE * stream)

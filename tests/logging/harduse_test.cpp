@@ -82,7 +82,6 @@ TEST(KilledProcess, LeavesEveryLineWhoseCallHadReturned)
             for (int number = 1; number <= last; ++number)
                 missing += found.count(number) == 1 ? 0 : 1;
             EXPECT_EQ(missing, 0) << "of " << last;
-            EXPECT_LE(found.size(), static_cast<std::size_t>(last) + 1);
         }
         directory.clear();
     }

@@ -15,15 +15,44 @@ timespec systemNow() noexcept
     return now;
 }
 
+/// A second in the local time of a zone.
+struct BrokenDownSecond
+{
+    /// Whether it is this one, in the zone that the process has now.
+    [[nodiscard]] bool isOf(std::time_t moment) const noexcept
+    {
+        return moment == second && zoneName == tzname[0] && zoneOffset == timezone;
+    }
+
+    void breakDown(std::time_t moment) noexcept
+    {
+        std::tm local{};
+        localtime_r(&moment, &local);
+        civil = {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
+            local.tm_sec, 0};
+        second = moment;
+        zoneName = tzname[0];
+        zoneOffset = timezone;
+    }
+
+    std::time_t second = -1;
+    const char * zoneName = nullptr;
+    long zoneOffset = 0;
+    CivilTime civil;
+};
+
 } // namespace
 
 CivilTime systemLocalNow() noexcept
 {
+    // Who asks for the time asks for it again soon, and breaking it down is most of the work.
+    thread_local constinit BrokenDownSecond last;
     const timespec now = systemNow();
-    std::tm local{};
-    localtime_r(&now.tv_sec, &local);
-    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-        static_cast<int>(now.tv_nsec / 1'000'000)};
+    if (!last.isOf(now.tv_sec))
+        last.breakDown(now.tv_sec);
+    CivilTime local = last.civil;
+    local.millisecond = static_cast<int>(now.tv_nsec / 1'000'000);
+    return local;
 }
 
 std::uint64_t systemFileTimeNow() noexcept

@@ -252,6 +252,23 @@ void writeAtOnce(std::FILE * stream) noexcept
     std::setvbuf(stream, nullptr, _IONBF, 0);
 }
 
+bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noexcept
+{
+    if (std::fflush(stream) != 0)
+        return false;
+    const char * rest = static_cast<const char *>(data);
+    while (size > 0)
+    {
+        const ssize_t count = write(fileno(stream), rest, size);
+        if (count < 0 && errno != EINTR)
+            return false;
+        const std::size_t written = count < 0 ? 0 : static_cast<std::size_t>(count);
+        rest += written;
+        size -= written;
+    }
+    return true;
+}
+
 bool createNewFile(const std::wstring & path)
 {
     return Descriptor(
