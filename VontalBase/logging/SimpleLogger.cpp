@@ -35,7 +35,7 @@ SimpleLogger::SimpleLogger(const u8string & path, unsigned int threshold, bool a
     // Made first, so that nothing can fail while the file is open and nobody's.
     const u8string banner = startBanner(presentMoment());
     file = qvdisk::File(path).open(append ? "a" : "w");
-    internal_log(banner.c_str());
+    SimpleLogger::internal_log(banner.c_str());
 }
 
 SimpleLogger::~SimpleLogger()
@@ -46,7 +46,7 @@ SimpleLogger::~SimpleLogger()
     {
         ShortText banner;
         appendStopBanner(banner);
-        internal_log(banner.c_str());
+        SimpleLogger::internal_log(banner.c_str());
     }
     catch (const std::bad_alloc &)
     {

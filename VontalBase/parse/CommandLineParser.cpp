@@ -52,6 +52,7 @@ std::wstring CommandLineParserW::joined() const
     {
         // Kept: a blank stands behind all but the last one held, also where that one is empty.
         if (!args[i].empty())
+            // NOLINTNEXTLINE(readability-redundant-string-cstr): it ends at the first zero.
             result.append(1, L'"').append(args[i].c_str()).append(i + 1 == args.size() ? L"\"" : L"\" ");
     }
     return result;
