@@ -26,7 +26,7 @@ protected:
     Task & operator=(Task &&) noexcept = default;
     ~Task() = default;
 
-    friend SimpleTaskExecutor;
+    friend class SimpleTaskExecutor;
 
     /// The work, called with no lock held. An exception that leaves it ends the process.
     /// @param executor the executor that runs it, which lives at least as long as the call. The task may call

@@ -21,10 +21,16 @@ namespace qvparse
 ///     some of them.
 /// @param separator one byte.
 VONTALBASE_API void splitString(const std::string & text, std::list<std::string> & items, char separator);
-/// @copydoc splitString(const std::string &, std::list<std::string> &, char)
+/// Cuts a wide text as the first form does, with the same results.
+/// @param text what is cut; an empty one has no item.
+/// @param items receives the items behind those that it holds.
+/// @param separator one wide character.
 VONTALBASE_API void splitString(
     const std::wstring & text, std::list<std::wstring> & items, wchar_t separator);
-/// @copydoc splitString(const std::string &, std::list<std::string> &, char)
+/// Cuts a text in UTF-8 as the first form does, with the same results.
+/// @param text what is cut; an empty one has no item.
+/// @param items receives the items behind those that it holds.
+/// @param separator one byte.
 VONTALBASE_API void splitString(
     const Vontal::u8string & text, std::list<Vontal::u8string> & items, char separator);
 
