@@ -7,6 +7,7 @@
 #include "VontalBase/core/dateformat.h"
 #include "VontalBase/core/debugregistry.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
+#include "VontalBase/platform/threads.h"
 #include "VontalBase/text/conversions.h"
 
 // Before all of them, since they may write to the standard streams.
@@ -74,6 +75,8 @@ static Immortal<LogFormater> systemLogFormaterObject(&systemLoggerObject.object,
 LogFormater & systemLogFormater = systemLogFormaterObject.object;
 
 bool systemLogHasEnded = false;
+
+std::atomic<std::uint32_t> systemLogProcess{platform::currentProcessId()};
 
 /// Destroyed in the place of the two.
 static SystemLogSwitch systemLogSwitch;

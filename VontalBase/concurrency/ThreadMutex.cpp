@@ -24,6 +24,14 @@ void ThreadMutex::acquire()
     ++recursiveCounter;
 }
 
+bool ThreadMutex::tryAcquire() noexcept
+{
+    if (!lock->tryAcquire())
+        return false;
+    ++recursiveCounter;
+    return true;
+}
+
 void ThreadMutex::release()
 {
     --recursiveCounter;

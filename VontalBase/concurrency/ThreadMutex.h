@@ -12,6 +12,11 @@ namespace platform
 class RecursiveLock;
 }
 
+namespace qvutils
+{
+class LineLock;
+}
+
 namespace qvbase
 {
 
@@ -48,6 +53,12 @@ public:
     }
 
 private:
+    // The log must not wait for threads that are gone.
+    friend class qvutils::LineLock;
+
+    /// Takes the lock once if that needs no waiting. @return whether it was taken.
+    bool tryAcquire() noexcept;
+
     std::shared_ptr<platform::RecursiveLock> lock;
     std::uint32_t recursiveCounter = 0;
 };

@@ -1,7 +1,7 @@
 #include "VontalBase/logging/DailyLogger.h"
 
-#include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/disk/File.h"
+#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/banners.h"
 #include "VontalBase/logging/lineparts.h"
 #include "VontalBase/platform/files.h"
@@ -9,7 +9,6 @@
 #include "VontalBase/text/decimal.h"
 
 #include <cstring>
-#include <new>
 #include <string_view>
 #include <utility>
 
@@ -17,7 +16,6 @@ namespace qvutils
 {
 
 using qvbase::EarthTime;
-using qvbase::ThreadMutexGuard;
 using Vontal::u8string;
 
 namespace
@@ -57,8 +55,8 @@ DailyLogger::~DailyLogger()
 bool DailyLogger::init_logger(
     unsigned int threshold, const u8string & filePrefix, const u8string & fileSuffix)
 {
-    const ThreadMutexGuard guard(mutex, true);
-    if (started)
+    const LineLock lock(mutex);
+    if (!lock.isHeld() || started)
         return false;
     prefix = filePrefix;
     suffix = fileSuffix;
@@ -117,8 +115,8 @@ bool DailyLogger::internal_log(const char * text)
 
 bool DailyLogger::getCurrentFileName(u8string & out)
 {
-    const ThreadMutexGuard guard(mutex, true);
-    if (currentFileName.empty())
+    const LineLock lock(mutex);
+    if (!lock.isHeld() || currentFileName.empty())
         return false;
     out = currentFileName;
     return true;
@@ -164,7 +162,7 @@ void DailyLogger::writeLastLine() noexcept
         appendStopBanner(banner);
         internal_log(banner.c_str());
     }
-    catch (const std::bad_alloc &)
+    catch (...)
     {
         // The line is lost.
     }

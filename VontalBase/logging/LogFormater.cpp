@@ -5,8 +5,6 @@
 #include "VontalBase/logging/LoggerInterface.h"
 #include "VontalBase/logging/lineparts.h"
 
-#include <new>
-
 namespace qvutils
 {
 
@@ -24,7 +22,7 @@ LogFormater::~LogFormater()
         appendClosingMessage(logger->getNextId(), text);
         writeLine(closingLevel, text.c_str(), nullptr, 0);
     }
-    catch (const std::bad_alloc &)
+    catch (...)
     {
         // The line is lost.
     }

@@ -1,12 +1,10 @@
 #include "VontalBase/logging/LoggerInterface.h"
 
-#include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/LogMsgBuilder.h"
 
 namespace qvutils
 {
-
-using qvbase::ThreadMutexGuard;
 
 LoggerInterface::LoggerInterface(unsigned int threshold) : nextId(0), logLevel(threshold)
 {
@@ -45,7 +43,7 @@ std::uint32_t LoggerInterface::getNextId() noexcept
 
 void LoggerInterface::setLogLevel(unsigned int threshold)
 {
-    const ThreadMutexGuard guard(mutex, true);
+    const LineLock lock(mutex);
     logLevel.store(threshold, std::memory_order_relaxed);
 }
 
@@ -53,8 +51,9 @@ void LoggerInterface::log(LogMsgBuilder & builder, unsigned int level)
 {
     if (!isLoggingLevel(level))
         return;
-    const ThreadMutexGuard guard(mutex, true);
-    internal_log(builder.build().c_str());
+    const LineLock lock(mutex);
+    if (lock.isHeld())
+        internal_log(builder.build().c_str());
 }
 
 } // namespace qvutils

@@ -8,7 +8,6 @@
 #include "VontalBase/text/u8string.h"
 
 #include <cstring>
-#include <new>
 
 namespace qvutils
 {
@@ -48,7 +47,7 @@ SimpleLogger::~SimpleLogger()
         appendStopBanner(banner);
         SimpleLogger::internal_log(banner.c_str());
     }
-    catch (const std::bad_alloc &)
+    catch (...)
     {
         // The line is lost.
     }

@@ -6,6 +6,9 @@
 #include "VontalBase/logging/DailyLogger.h"
 #include "VontalBase/logging/LogFormater.h"
 
+#include <atomic>
+#include <cstdint>
+
 namespace qvutils
 {
 
@@ -15,6 +18,8 @@ extern DailyLogger & systemLogger;
 extern LogFormater & systemLogFormater;
 /// Whether the log has been closed for good. Guarded by the logger's lock.
 extern bool systemLogHasEnded;
+/// The number of the process that turned the log on, or else of the one that loaded the library.
+extern std::atomic<std::uint32_t> systemLogProcess;
 
 /// Its one object stands for what the destructors of the two others would do.
 class SystemLogSwitch
@@ -24,7 +29,8 @@ public:
     SystemLogSwitch(const SystemLogSwitch &) = delete;
     SystemLogSwitch & operator=(const SystemLogSwitch &) = delete;
     /// Writes the formatter's closing line, then the logger's, and closes the file for good. Both are missing
-    /// if the system has stopped a thread in the middle of a line.
+    /// if the system has stopped a thread in the middle of a line. Does nothing in a copy of the process that
+    /// has not turned the log on itself.
     ~SystemLogSwitch();
 
     /// What `initSystemLog` does. The first two lines stand together whoever else is logging.

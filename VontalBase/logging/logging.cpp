@@ -1,4 +1,4 @@
-#include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/logging/lineparts.h"
 #include "VontalBase/logging/systemlog.h"
@@ -14,7 +14,6 @@
 namespace qvutils
 {
 
-using qvbase::ThreadMutexGuard;
 using Vontal::u8string;
 
 namespace
@@ -28,16 +27,18 @@ constexpr unsigned int startUpLine = 112;
 
 SystemLogSwitch::~SystemLogSwitch()
 {
-    // The lock of a thread that is gone would be waited for without end.
-    const bool isAlone = platform::areOtherThreadsStopped();
-    if (isAlone && systemLogger.mutex.getRecursiveCounter() != 0)
+    // A copy of the process that was made with the log on leaves the last lines to the process itself. A
+    // thread that was left behind there may have had the lock.
+    if (systemLogProcess.load(std::memory_order_relaxed) != platform::currentProcessId())
         return;
-    const ThreadMutexGuard guard(systemLogger.mutex, true);
+    const LineLock lock(systemLogger.mutex);
+    if (!lock.isHeld())
+        return;
     writeClosingLine();
     systemLogger.writeLastLine();
     systemLogger.started = false;
     systemLogHasEnded = true;
-    if (!isAlone)
+    if (!platform::areOtherThreadsStopped())
         letGo();
 }
 
@@ -55,7 +56,7 @@ void SystemLogSwitch::writeClosingLine() noexcept
         appendClosingMessage(textId, text.append(": "));
         systemLogger.internal_log(text.c_str());
     }
-    catch (const std::bad_alloc &)
+    catch (...)
     {
         // The line is lost.
     }
@@ -71,15 +72,23 @@ void SystemLogSwitch::letGo() noexcept
 
 bool SystemLogSwitch::turnOn(const u8string & prefix, unsigned int threshold)
 {
-    const ThreadMutexGuard guard(systemLogger.mutex, true);
-    if (systemLogHasEnded || !systemLogger.init_logger(threshold, prefix, ".log"))
+    const LineLock lock(systemLogger.mutex);
+    if (!lock.isHeld() || systemLogHasEnded || !systemLogger.init_logger(threshold, prefix, ".log"))
         return false;
-    const u8string message = Vontal::U8StringBuilder()
-                                 .append("LogLevel=")
-                                 .append(systemLogger.getLogLevel())
-                                 .append(", acp=")
-                                 .append(platform::ansiCodePage());
-    systemLogFormater.writeMessage(startUpLevel, message, startUpFile, startUpLine);
+    systemLogProcess.store(platform::currentProcessId(), std::memory_order_relaxed);
+    try
+    {
+        const u8string message = Vontal::U8StringBuilder()
+                                     .append("LogLevel=")
+                                     .append(systemLogger.getLogLevel())
+                                     .append(", acp=")
+                                     .append(platform::ansiCodePage());
+        systemLogFormater.writeMessage(startUpLevel, message, startUpFile, startUpLine);
+    }
+    catch (const std::bad_alloc &)
+    {
+        // The line is lost; the log is on.
+    }
     return true;
 }
 

@@ -4,6 +4,10 @@
 /// Until `initSystemLog` the system log takes lines and drops them. While the process ends it writes its last
 /// lines and closes; from then on it drops lines again, so that static objects of an application and threads
 /// that still run may use it to the very end. All functions may be called from any thread.
+///
+/// Where the system stops the threads of a process before its libraries end, as Windows does, and one of them
+/// was within a line, lines are dropped from then on and the last ones are missing. A copy of the process
+/// that has not turned the log on itself writes no last lines.
 #pragma once
 
 #include "VontalBase/export.h"

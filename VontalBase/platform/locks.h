@@ -20,6 +20,9 @@ public:
     ~RecursiveLock();
 
     void acquire() noexcept;
+    /// Takes the lock if that needs no waiting.
+    /// @return whether it was taken; it is then the calling thread's as after `acquire`.
+    bool tryAcquire() noexcept;
     /// Gives back one `acquire` of the calling thread.
     void release() noexcept;
 

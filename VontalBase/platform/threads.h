@@ -32,6 +32,9 @@ void joinThread(void * handle) noexcept;
 /// The system's number of the calling thread, the same that `startThread` told of it.
 std::uint32_t currentThreadId() noexcept;
 
+/// The system's number of this process; another one in a copy that the process has made of itself.
+std::uint32_t currentProcessId() noexcept;
+
 /// The system's pseudo-handle for "the calling thread", the same value in every thread.
 void * currentThreadPseudoHandle() noexcept;
 
@@ -41,6 +44,8 @@ void sleepMilliseconds(unsigned int milliseconds) noexcept;
 
 /// Whether the process is at its end and the system has already stopped all other threads, wherever they
 /// were, so that a lock which one of them held is never given back. False where threads run to the very end.
+///
+/// The gate "threads run on" makes it true.
 bool areOtherThreadsStopped() noexcept;
 
 /// Makes the calling thread a single-threaded COM apartment, where there is COM. No failure is reported.

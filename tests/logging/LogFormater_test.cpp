@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -214,6 +215,28 @@ TEST_F(Formater, ClosesOnceForEachCopyAsKept)
     }
     EXPECT_EQ(logger.lines.size(), 4U);
     EXPECT_EQ(logger.lines.back().substr(0, 1), "#") << "the copy has no timestamps either";
+}
+
+TEST(LogFormater, ClosesQuietlyWhereTheSinkThrows)
+{
+    class Thrower : public LoggerInterface
+    {
+    public:
+        using LoggerInterface::LoggerInterface;
+        bool internal_log(const char *) override
+        {
+            ++calls;
+            throw std::runtime_error("no room");
+        }
+
+        int calls = 0;
+    };
+    Thrower logger(1024);
+    {
+        LogFormater formater(&logger, 1024, false);
+        EXPECT_THROW(formater.writeMessage(1, "a"), std::runtime_error);
+    }
+    EXPECT_EQ(logger.calls, 2);
 }
 
 TEST_F(Formater, WritesAMessageOfAHundredMegabytes)

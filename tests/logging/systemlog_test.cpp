@@ -2,19 +2,24 @@
 
 #include "VontalBase/logging/DailyLogger.h"
 #include "VontalBase/logging/LogFormaterInterface.h"
+#include "VontalBase/logging/LogMsgBuilder.h"
 #include "VontalBase/logging/LoggerInterface.h"
 #include "VontalBase/logging/systemlog.h"
 
 #include "logging/logsupport.h"
 #include "support/ChildProcess.h"
+#include "support/ForkedChild.h"
 #include "support/Sanitizers.h"
+#include "support/TestSemaphore.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace
@@ -217,6 +222,68 @@ VONTALBASE_TEST_CHILD(namesItsFile, arguments)
 TEST(SystemLog, IsADailyLogger)
 {
     linesOfChild("namesItsFile");
+}
+
+/// A line that waits until it may go on.
+class WaitingText : public qvutils::LogMsgBuilder
+{
+public:
+    u8string build() override
+    {
+        isHere.release();
+        mayGoOn.acquire();
+        return "waited\n";
+    }
+
+    testsupport::TestSemaphore isHere;
+    testsupport::TestSemaphore mayGoOn;
+};
+
+VONTALBASE_TEST_CHILD(hasACopyThatExitsWithinALine, arguments)
+{
+    if (!start(arguments))
+        return 10;
+    WaitingText text;
+    std::thread other([&text] { getSystemLogFormater()->getLogger()->log(text, 1); });
+    text.isHere.acquire();
+    // The copy has the lock of a thread that it does not have.
+    const int exitCode = testsupport::runInForkedChild(
+        []
+        {
+            std::exit(7);
+            return 8;
+        });
+    text.mayGoOn.release();
+    other.join();
+    getSystemLogFormater()->writeMessage(1, "behind the copy");
+    return exitCode == 7 ? good : 11;
+}
+
+TEST(SystemLog, IsLeftAloneByACopyOfTheProcessThatExits)
+{
+    if (!testsupport::canFork())
+        GTEST_SKIP() << "processes are not copied here";
+    EXPECT_THAT(linesOfChild("hasACopyThatExitsWithinALine"),
+        ElementsAre(HasForm(banner), startLine(1, "1024"), "waited", line(2, ": behind the copy"),
+            line(4, ": 3 Destructor"), HasForm(lastBanner)));
+}
+
+VONTALBASE_TEST_CHILD(startsItsLogInACopy, arguments)
+{
+    return testsupport::runInForkedChild(
+        [&arguments]
+        {
+            std::exit(start(arguments) ? good : 10);
+            return 11;
+        });
+}
+
+TEST(SystemLog, IsClosedByACopyOfTheProcessThatHasStartedIt)
+{
+    if (!testsupport::canFork())
+        GTEST_SKIP() << "processes are not copied here";
+    EXPECT_THAT(linesOfChild("startsItsLogInACopy"),
+        ElementsAre(HasForm(banner), startLine(1, "1024"), line(3, ": 2 Destructor"), HasForm(lastBanner)));
 }
 
 TEST(SystemLog, IsNotStartedInThisProcess)

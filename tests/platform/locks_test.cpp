@@ -42,6 +42,34 @@ TEST(RecursiveLock, IsTakenAgainByTheThreadThatHoldsIt)
     other.join();
 }
 
+TEST(RecursiveLock, IsTriedWithoutWaiting)
+{
+    RecursiveLock lock;
+    const auto isTakenByAnother = [&lock]
+    {
+        bool isTaken = false;
+        std::thread other(
+            [&]
+            {
+                isTaken = lock.tryAcquire();
+                if (isTaken)
+                    lock.release();
+            });
+        other.join();
+        return isTaken;
+    };
+    EXPECT_TRUE(isTakenByAnother());
+    EXPECT_TRUE(lock.tryAcquire());
+    EXPECT_FALSE(isTakenByAnother());
+    EXPECT_TRUE(lock.tryAcquire()) << "the thread that holds it takes it again";
+    lock.acquire();
+    lock.release();
+    lock.release();
+    EXPECT_FALSE(isTakenByAnother()) << "one hold is left";
+    lock.release();
+    EXPECT_TRUE(isTakenByAnother());
+}
+
 TEST(RecursiveLock, LetsOneOfManyThreadsInAtATime)
 {
     RecursiveLock lock;

@@ -178,6 +178,30 @@ TEST(PlatformThreads, SleepThroughSignals)
 TEST(PlatformThreads, AreNotStoppedWhileTheProcessGoesOn)
 {
     EXPECT_FALSE(platform::areOtherThreadsStopped());
+    platform::armGates({"threads run on", 1, 1});
+    EXPECT_TRUE(platform::areOtherThreadsStopped());
+    EXPECT_FALSE(platform::areOtherThreadsStopped());
+    platform::disarmGates();
+}
+
+TEST(PlatformThreads, ShareTheNumberOfTheirProcess)
+{
+    const std::uint32_t own = platform::currentProcessId();
+    EXPECT_NE(own, 0U);
+    std::uint32_t there = 0;
+    std::thread other([&there] { there = platform::currentProcessId(); });
+    other.join();
+    EXPECT_EQ(there, own);
+}
+
+TEST(PlatformThreads, HaveAnotherProcessInAForkedChild)
+{
+    if (!testsupport::canFork())
+        GTEST_SKIP() << "processes are not copied here";
+    const std::uint32_t own = platform::currentProcessId();
+    EXPECT_EQ(
+        testsupport::runInForkedChild([own] { return platform::currentProcessId() != own ? 3 : 4; }), 3);
+    EXPECT_EQ(platform::currentProcessId(), own);
 }
 
 TEST(PlatformThreads, HaveAnotherNumberInAForkedChild)

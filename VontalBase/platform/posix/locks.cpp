@@ -37,6 +37,11 @@ void RecursiveLock::acquire() noexcept
     pthread_mutex_lock(systemLock(m_storage));
 }
 
+bool RecursiveLock::tryAcquire() noexcept
+{
+    return pthread_mutex_trylock(systemLock(m_storage)) == 0;
+}
+
 void RecursiveLock::release() noexcept
 {
     pthread_mutex_unlock(systemLock(m_storage));

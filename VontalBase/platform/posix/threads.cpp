@@ -119,6 +119,11 @@ std::uint32_t currentThreadId() noexcept
     return id;
 }
 
+std::uint32_t currentProcessId() noexcept
+{
+    return static_cast<std::uint32_t>(getpid());
+}
+
 void * currentThreadPseudoHandle() noexcept
 {
     return reinterpret_cast<void *>(std::intptr_t{-2});
@@ -145,7 +150,7 @@ void sleepMilliseconds(unsigned int milliseconds) noexcept
 
 bool areOtherThreadsStopped() noexcept
 {
-    return false;
+    return gateFails("threads run on");
 }
 
 void enterApartment() noexcept

@@ -33,6 +33,11 @@ void RecursiveLock::acquire() noexcept
     EnterCriticalSection(systemLock(m_storage));
 }
 
+bool RecursiveLock::tryAcquire() noexcept
+{
+    return TryEnterCriticalSection(systemLock(m_storage)) != FALSE;
+}
+
 void RecursiveLock::release() noexcept
 {
     LeaveCriticalSection(systemLock(m_storage));

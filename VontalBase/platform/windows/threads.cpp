@@ -32,6 +32,11 @@ std::uint32_t currentThreadId() noexcept
     return GetCurrentThreadId();
 }
 
+std::uint32_t currentProcessId() noexcept
+{
+    return GetCurrentProcessId();
+}
+
 void * currentThreadPseudoHandle() noexcept
 {
     return GetCurrentThread();
@@ -47,7 +52,7 @@ bool areOtherThreadsStopped() noexcept
     using Question = BOOLEAN(WINAPI *)();
     const auto question = reinterpret_cast<Question>(
         reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlDllShutdownInProgress")));
-    return question != nullptr && question() != FALSE;
+    return gateFails("threads run on") || (question != nullptr && question() != FALSE);
 }
 
 void enterApartment() noexcept

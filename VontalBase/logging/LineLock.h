@@ -1,0 +1,50 @@
+/// @internal
+/// @file
+/// Holding the lock of a logger, also at the end of a process.
+#pragma once
+
+#include "VontalBase/concurrency/ThreadMutex.h"
+#include "VontalBase/platform/threads.h"
+
+namespace qvutils
+{
+
+/// Holds the lock of a logger until the end of a scope, unless the system has stopped the thread that had it.
+/// A lock of such a thread never comes free, and must not be waited for.
+class LineLock
+{
+public:
+    /// Waits for the lock, if there is anybody to wait for.
+    explicit LineLock(qvbase::ThreadMutex & guarded) : m_mutex(guarded), m_isHeld(take(guarded))
+    {
+    }
+    LineLock(const LineLock &) = delete;
+    LineLock & operator=(const LineLock &) = delete;
+    ~LineLock()
+    {
+        if (m_isHeld)
+            m_mutex.release();
+    }
+
+    /// False where the lock is lost, and what it guards may be half changed.
+    [[nodiscard]] bool isHeld() const noexcept
+    {
+        return m_isHeld;
+    }
+
+private:
+    static bool take(qvbase::ThreadMutex & mutex)
+    {
+        if (mutex.tryAcquire())
+            return true;
+        if (platform::areOtherThreadsStopped())
+            return false;
+        mutex.acquire();
+        return true;
+    }
+
+    qvbase::ThreadMutex & m_mutex;
+    bool m_isHeld;
+};
+
+} // namespace qvutils
