@@ -243,6 +243,19 @@ void drain(Descriptor & pipe, std::string & text)
         pipe.close();
 }
 
+/// Reads what a killed child has left in a pipe, and no more of what others may still write there.
+void drainRest(Descriptor & pipe, std::string & text)
+{
+    constexpr int fullReads = 32;
+    for (int i = 0; i < fullReads && pipe.get() >= 0; ++i)
+    {
+        pollfd ready = {pipe.get(), POLLIN, 0};
+        if (poll(&ready, 1, 0) <= 0)
+            return;
+        drain(pipe, text);
+    }
+}
+
 int millisecondsUntil(Clock::time_point moment)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(moment - Clock::now()).count();
@@ -313,6 +326,8 @@ ChildResult run(
         while (waitpid(child, &status, 0) < 0 && errno == EINTR)
         {
         }
+        drainRest(outRead, result.standardOutput);
+        drainRest(errRead, result.standardError);
     }
     result.exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     return result;
