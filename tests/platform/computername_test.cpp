@@ -31,23 +31,4 @@ TEST(PlatformComputerName, IsNotTouchedWhereTheSystemRefuses)
     EXPECT_EQ(name, "before");
 }
 
-TEST(PlatformComputerName, HasTheDomainThatTheMachineKnows)
-{
-    const struct
-    {
-        const char * host;
-        const char * domain;
-        const char * expected;
-    } rows[] = {
-        {"host", "", "host"},
-        {"host", "(none)", "host"},
-        {"host", "example.org", "host.example.org"},
-        {"host.example.org", "", "host.example.org"},
-        {"host.example.org", "example.org", "host.example.org"},
-        {"host.example.org", "(none)", "host.example.org"},
-    };
-    for (const auto & row : rows)
-        EXPECT_EQ(platform::fullComputerName(row.host, row.domain), row.expected);
-}
-
 } // namespace

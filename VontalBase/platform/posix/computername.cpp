@@ -12,7 +12,8 @@ bool readComputerName(std::string & name)
     utsname system{};
     if (gateFails("computer name") || uname(&system) != 0 || system.nodename[0] == '\0')
         return false;
-    name = fullComputerName(system.nodename, system.domainname);
+    // The kernel's domain is that of a network's directory and says nothing of the name.
+    name = system.nodename;
     return true;
 }
 
