@@ -10,12 +10,15 @@
 #include "support/FailingAllocator.h"
 #include "support/IntendedLeak.h"
 #include "support/ResourceSnapshot.h"
+#include "support/WriteCount.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 
 namespace
@@ -420,6 +423,34 @@ TEST_F(DailyLog, TriesTheNewDayAgainWhenMemoryWasShort)
     EXPECT_TRUE(logger.internal_log("a\n"));
     EXPECT_THAT(linesOfDay(14), ElementsAre("a"));
     EXPECT_THAT(linesOfDay(13), ElementsAre(startedAtNoonOf13));
+}
+
+TEST_F(DailyLog, HandsEachLineToTheSystemInOnePiece)
+{
+    constexpr unsigned int count = 50;
+    const std::string line = std::string(10'000, 'l') + "\n";
+    DailyLogger logger(1024, prefix(), ".log");
+    unsigned long long before = 0;
+    if (!testsupport::countWrites(before))
+        GTEST_SKIP() << "this system does not count the writes, or writes text in pieces";
+    for (unsigned int i = 0; i < count; ++i)
+        EXPECT_TRUE(logger.internal_log(line.c_str()));
+    unsigned long long after = 0;
+    EXPECT_TRUE(testsupport::countWrites(after));
+    EXPECT_EQ(after - before, count);
+    EXPECT_EQ(linesOfDay(13).size(), count + 1);
+}
+
+TEST_F(DailyLog, WritesItsLastLineWithoutMemory)
+{
+    std::optional<DailyLogger> logger(std::in_place, 1024U, prefix(), ".log");
+    {
+        const testsupport::FailingAllocator window(
+            {.allocation = 1, .repeats = std::numeric_limits<std::uint64_t>::max()});
+        logger.reset();
+        EXPECT_EQ(window.allocations(), 0U);
+    }
+    EXPECT_THAT(linesOfDay(13), ElementsAre(startedAtNoonOf13, stoppedAtNoonOf13));
 }
 
 TEST_F(DailyLog, TakesNamesOfAnyFormThatFilesMayHave)

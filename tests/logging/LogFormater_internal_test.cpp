@@ -21,6 +21,18 @@ using qvutils::LogFormater;
 using qvutils::LogMsgBuilderImpl;
 using testing::ElementsAre;
 
+/// Calls a private operation, which may be named where a template is instantiated.
+template <void (LogFormater::*Operation)(Vontal::u8string &)>
+struct PrivateOperation
+{
+    friend void callWriteTime(LogFormater & formater, Vontal::u8string & out)
+    {
+        (formater.*Operation)(out);
+    }
+};
+template struct PrivateOperation<&LogFormater::writeTime>;
+void callWriteTime(LogFormater & formater, Vontal::u8string & out);
+
 class LogLines : public testing::Test
 {
 protected:
@@ -137,6 +149,31 @@ TEST_F(LogLines, CarryTheThreadThatLogs)
     formater.writeMessage(1, "from here");
     EXPECT_THAT(logger.lines, ElementsAre(expected, "13:05:09 " + head(2) + ": from here\n"));
     EXPECT_NE(expected.substr(9, 20), logger.lines.at(1).substr(9, 20));
+}
+
+TEST_F(LogLines, CarryTheThreadThatBuildsThem)
+{
+    LogMsgBuilderImpl builder(1, "a", nullptr, 0, false, 7);
+    std::string expected;
+    std::string built;
+    std::thread other(
+        [&]
+        {
+            expected = head(7) + ": a\n";
+            built = builder.build();
+        });
+    other.join();
+    EXPECT_EQ(built, expected);
+    EXPECT_NE(built, head(7) + ": a\n") << "that is the thread that made the builder";
+}
+
+TEST_F(LogLines, HaveTheirTimeByItselfInATextAsKept)
+{
+    ListLogger logger;
+    LogFormater formater(&logger, 2000, false);
+    Vontal::u8string text("before");
+    callWriteTime(formater, text);
+    EXPECT_EQ(text, "13:05:09");
 }
 
 TEST_F(LogLines, ClosesWithTwoNumbersAsKept)

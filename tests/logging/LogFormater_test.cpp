@@ -1,12 +1,16 @@
 #include "VontalBase/logging/LogFormater.h"
+#include "VontalBase/logging/LogMsgBuilder.h"
 
 #include "logging/logsupport.h"
+#include "support/Eventually.h"
+#include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -215,6 +219,40 @@ TEST_F(Formater, ClosesOnceForEachCopyAsKept)
     }
     EXPECT_EQ(logger.lines.size(), 4U);
     EXPECT_EQ(logger.lines.back().substr(0, 1), "#") << "the copy has no timestamps either";
+}
+
+TEST_F(Formater, NeverWaitsWithALineThatIsNotWanted)
+{
+    class SlowText : public qvutils::LogMsgBuilder
+    {
+    public:
+        u8string build() override
+        {
+            isHere.release();
+            mayGoOn.acquire();
+            return "slow\n";
+        }
+
+        testsupport::TestSemaphore isHere;
+        testsupport::TestSemaphore mayGoOn;
+    };
+    SlowText slow;
+    std::thread writer([&] { logger.log(slow, 1); });
+    slow.isHere.acquire();
+    testsupport::TestSemaphore done;
+    std::thread other(
+        [&]
+        {
+            formater.writeMessage(101, "not wanted");
+            done.release();
+        });
+    EXPECT_TRUE(done.tryAcquireFor(testsupport::patience));
+    slow.mayGoOn.release();
+    writer.join();
+    other.join();
+    formater.writeMessage(100, "wanted");
+    EXPECT_THAT(logger.lines, ElementsAre("slow\n", HasForm("#2:thrId=*: wanted\n")))
+        << "it has used up a number";
 }
 
 TEST(LogFormater, ClosesQuietlyWhereTheSinkThrows)

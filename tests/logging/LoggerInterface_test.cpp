@@ -222,6 +222,28 @@ TEST(LoggerInterface, WritesOneLineAtATime)
     EXPECT_THAT(logger.lines, ElementsAre("slow\n", "quick\n"));
 }
 
+TEST(LoggerInterface, SetsItsThresholdUnderItsLock)
+{
+    OpenLogger logger(7);
+    logger.mutex.acquire();
+    TestSemaphore started;
+    TestSemaphore done;
+    std::thread other(
+        [&]
+        {
+            started.release();
+            logger.setLogLevel(8);
+            done.release();
+        });
+    started.acquire();
+    EXPECT_FALSE(done.tryAcquireFor(testsupport::suspicion));
+    EXPECT_EQ(logger.getLogLevel(), 7U);
+    logger.mutex.release();
+    EXPECT_TRUE(done.tryAcquireFor(testsupport::patience));
+    other.join();
+    EXPECT_EQ(logger.getLogLevel(), 8U);
+}
+
 TEST(LoggerInterface, GivesItsLockBackWhenABuilderThrows)
 {
     class Thrower : public LogMsgBuilder

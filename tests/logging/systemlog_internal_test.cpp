@@ -3,6 +3,7 @@
 
 #include "VontalBase/logging/DailyLogger.h"
 #include "VontalBase/logging/LogFormaterInterface.h"
+#include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/logging/systemlog.h"
 #include "VontalBase/platform/clock.h"
 #include "VontalBase/platform/computername.h"
@@ -11,10 +12,13 @@
 
 #include "logging/logsupport.h"
 #include "support/ChildProcess.h"
+#include "support/FailingAllocator.h"
 
 #include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
+#include <new>
 #include <string>
 
 namespace
@@ -64,6 +68,73 @@ TEST(SystemLog, IsWrittenFromItsBannerToItsLastLine)
                 std::to_string(platform::ansiCodePage()),
             "13:05:09 #2" + thread + ":src\\disk:310: Cannot open", "13:07:51 #5" + thread + ": 4 Destructor",
             "Logging stoped - 2026.11.13 13:07:51"));
+    directory.clear();
+}
+
+VONTALBASE_TEST_CHILD(closesItsLogWithoutMemory, arguments)
+{
+    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    tellThread();
+    if (!initSystemLog(u8string(arguments.at(0)), "server", 1024))
+        return 10;
+    {
+        const testsupport::FailingAllocator window(
+            {.allocation = 1, .repeats = std::numeric_limits<std::uint64_t>::max()});
+        {
+            // Its destructor is the end of the log; that of the library's own one then finds nothing to do.
+            const qvutils::SystemLogSwitch logSwitch;
+        }
+        if (window.allocations() != 0)
+            return 11;
+    }
+    getSystemLogFormater()->writeMessage(1, "dropped");
+    return initSystemLog(u8string(arguments.at(0)), "other", 5) || qvutils::getSystemLogLevel() != 1024
+               ? 12
+               : good;
+}
+
+TEST(SystemLog, ClosesForGoodAndWithoutMemory)
+{
+    const testsupport::TempDirectory directory;
+    const testsupport::ChildResult child = runChild("closesItsLogWithoutMemory", {placeOf(directory)});
+    EXPECT_EQ(child.exitCode, good) << child.standardError;
+    EXPECT_THAT(namesIn(directory), ElementsAre("server20261113.log"));
+    const std::vector<std::string> lines = linesOf(directory, "server20261113.log");
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[2], "13:05:09 #3:thrId=" + child.standardOutput + ": 2 Destructor");
+    EXPECT_EQ(lines[3], "Logging stoped - 2026.11.13 13:05:09");
+    directory.clear();
+}
+
+VONTALBASE_TEST_CHILD(startsWithLittleMemory, arguments)
+{
+    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    const u8string directory(arguments.at(0));
+    const u8string name("server");
+    for (std::uint64_t allocation = 1; allocation < 1000; ++allocation)
+    {
+        const testsupport::FailingAllocator window({.allocation = allocation});
+        try
+        {
+            // The first start that succeeds is one whose second line found no memory.
+            return initSystemLog(directory, name, 1024) && window.refused() == 1 ? good : 10;
+        }
+        catch (const std::bad_alloc &)
+        {
+            // The next round asks for one more.
+        }
+    }
+    return 11;
+}
+
+TEST(SystemLog, StartsAlthoughThereIsNoMemoryForItsSecondLine)
+{
+    const testsupport::TempDirectory directory;
+    const testsupport::ChildResult child = runChild("startsWithLittleMemory", {placeOf(directory)});
+    EXPECT_EQ(child.exitCode, good) << child.standardError;
+    EXPECT_THAT(linesOf(directory, "server20261113.log"),
+        ElementsAre("Logging started - 2026.11.13 13:05:09" + bracketedName(),
+            HasForm("13:05:09 #*:thrId=*: * Destructor"), "Logging stoped - 2026.11.13 13:05:09"));
     directory.clear();
 }
 

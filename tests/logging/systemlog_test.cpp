@@ -106,6 +106,7 @@ TEST(SystemLog, DropsLinesBeforeTheStartButUsesUpTheirNumbers)
 
 VONTALBASE_TEST_CHILD(neverStartsItsLog, arguments)
 {
+    std::filesystem::current_path(arguments.at(0));
     getSystemLogFormater()->writeMessage(1, "a");
     u8string name;
     auto * const logger = static_cast<qvutils::DailyLogger *>(getSystemLogFormater()->getLogger());
@@ -115,9 +116,10 @@ VONTALBASE_TEST_CHILD(neverStartsItsLog, arguments)
 TEST(SystemLog, WritesNothingIfItIsNeverStarted)
 {
     const TempDirectory directory;
-    const testsupport::ChildResult result = runChild("neverStartsItsLog");
+    const testsupport::ChildResult result = runChild("neverStartsItsLog", {directory.text()});
     EXPECT_EQ(result.exitCode, good);
     EXPECT_EQ(result.standardOutput + result.standardError, "");
+    EXPECT_THAT(namesIn(directory), ElementsAre()) << "this was the working directory";
 }
 
 VONTALBASE_TEST_CHILD(startsTwice, arguments)
