@@ -32,12 +32,18 @@ class SystemLogSwitch;
 class VONTALBASE_API DailyLogger : public LoggerInterface
 {
 public:
-    /// A stopped logger with the threshold 1024.
+    /// A stopped logger with the threshold 1024. `std::bad_alloc` may leave it.
     DailyLogger();
     /// Starts a logger, as `init_logger` does.
     ///
     /// Kept: the logger passes for started although its first file could not be opened; the next line then
     /// stops it.
+    ///
+    /// @param threshold the greatest level that is written.
+    /// @param filePrefix what stands before the date in the names of the files, directory included.
+    /// @param fileSuffix what stands behind it.
+    ///
+    /// `std::bad_alloc` may leave it; no file is open then.
     DailyLogger(
         unsigned int threshold, const Vontal::u8string & filePrefix, const Vontal::u8string & fileSuffix);
     /// Kept: copies the members as they stand, so that both loggers write to one stream, and each closes it.
@@ -45,7 +51,8 @@ public:
     /// Kept: copies the members as they stand, as the copy constructor does. A file that this logger has open
     /// is not closed.
     DailyLogger & operator=(const DailyLogger & other) = default;
-    /// Writes a last line, if the logger is started, and closes the file.
+    /// Writes a last line, if the logger is started, and closes the file. Nothing leaves it: where the line
+    /// cannot be written, it is missing. It takes no memory unless the day has changed.
     ///
     /// Kept: "Logging stoped - " is the format of the file.
     ~DailyLogger();
@@ -59,7 +66,11 @@ public:
     /// @param threshold the greatest level that is written.
     /// @param filePrefix what stands before the date in the names of the files, directory included.
     /// @param fileSuffix what stands behind it.
-    /// @return false, with nothing changed, if the logger is started.
+    /// @return false, with nothing changed, if the logger is started, and on Windows at the end of a process
+    ///     where the system has stopped a thread that was writing a line of it.
+    ///
+    /// It waits for a line that is being written. Where `std::bad_alloc` leaves it, the logger is stopped,
+    /// and may have the new prefix, suffix and threshold.
     // NOLINTNEXTLINE(readability-identifier-naming)
     bool init_logger(
         unsigned int threshold, const Vontal::u8string & filePrefix, const Vontal::u8string & fileSuffix);
@@ -69,6 +80,9 @@ public:
     ///
     /// Kept: an empty text passes for a failed write and stops the logger.
     ///
+    /// It takes memory only where it opens the file of a new day. Where `std::bad_alloc` leaves it, the line
+    /// is lost, and the next one tries to open that file again.
+    ///
     /// @param text null changes nothing.
     /// @return whether it was written.
     // NOLINTNEXTLINE(readability-identifier-naming)
@@ -77,6 +91,8 @@ public:
     /// Tells the name of the file that was opened last.
     /// @param out receives it; untouched where there is none yet.
     /// @return whether there is one.
+    ///
+    /// It waits for a line that is being written. Where `std::bad_alloc` leaves it, @p out is as it was.
     bool getCurrentFileName(Vontal::u8string & out);
 
 private:

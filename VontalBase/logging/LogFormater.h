@@ -36,9 +36,10 @@ public:
     LogFormater(LoggerInterface * target, unsigned int levelAtEnd, bool withTimestamp) noexcept;
     /// Kept: copies the members, so that both destructors write a closing line.
     LogFormater(const LogFormater &) = default;
-    /// Copies the members.
+    /// Copies the members. No closing line is written for what this formatter was before.
     LogFormater & operator=(const LogFormater &) = default;
-    /// Writes a closing line.
+    /// Writes a closing line, if its level is wanted, to the logger, which must still be there. Nothing
+    /// leaves it: a line for which there is no memory, or that the sink throws at, is lost.
     ///
     /// Kept: it uses up two numbers, that of the line and the one before, which is its text: "98 Destructor"
     /// in line 99.

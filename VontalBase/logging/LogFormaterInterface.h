@@ -12,6 +12,10 @@ class LoggerInterface;
 
 /// Takes messages with a level, and with a source position if there is one, and makes lines of them.
 ///
+/// It owns neither the logger nor the texts that it is given, and keeps no pointer to a text beyond the call.
+/// All operations may be called from any thread. A failure to write is not reported; `std::bad_alloc` may
+/// leave those that write, and the line is lost then, and nothing else.
+///
 /// It has no virtual destructor: a formatter is destroyed as what it is.
 class VONTALBASE_API LogFormaterInterface
 {
@@ -27,9 +31,11 @@ public:
     /// Nothing to copy.
     LogFormaterInterface & operator=(LogFormaterInterface &&) noexcept = default;
 
-    /// The logger that the lines go to.
+    /// Tells the logger that the lines go to. @return it; not the caller's.
     virtual LoggerInterface * getLogger() = 0;
-    /// Whether a line of this level is written.
+    /// Asks whether lines of a level are written.
+    /// @param level how important a line would be; a lower number is more.
+    /// @return what the logger says, without waiting for anybody.
     virtual bool isLoggingLevel(unsigned int level) const = 0;
     /// Writes a source position without a message.
     /// @param level how important it is.

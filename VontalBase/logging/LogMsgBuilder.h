@@ -14,7 +14,10 @@ namespace qvutils
 class VONTALBASE_API LogMsgBuilder
 {
 public:
-    /// The text of the line with the line feed at its end. Called with the logger's lock held.
+    /// Makes the text. The logger calls it on the thread that logs, with its lock held.
+    /// @return the line with the line feed at its end. What leaves it instead leaves `LoggerInterface::log`,
+    /// and
+    ///     the line is lost.
     virtual Vontal::u8string build() = 0;
 };
 

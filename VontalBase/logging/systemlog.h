@@ -32,16 +32,23 @@ class LogFormaterInterface;
 /// @param baseName what the names of the files begin with; the date and ".log" follow.
 /// @param level the threshold; a negative one is a very high one, so that everything is written.
 /// @return false, with nothing changed, if the log is on, and once it has been closed for good.
+///
+/// It waits for a line that is being written. Where `std::bad_alloc` leaves it, the log is off, and may have
+/// the new threshold; where memory is too short for its own line alone, the log is on without that line.
 VONTALBASE_API bool initSystemLog(
     const Vontal::u8string & directory, const Vontal::u8string & baseName, int level);
 
 /// What code writes its lines to. @return never null; the library's own, good at all times.
 VONTALBASE_API LogFormaterInterface * getSystemLogFormater();
 
-/// The threshold of the system log, 1024 at first.
+/// Tells the threshold of the system log, without waiting for anybody.
+/// @return the greatest level that is written; 1024 at first, and a negative one as it was set.
 VONTALBASE_API int getSystemLogLevel();
 
-/// Sets the threshold of the system log; a negative one is a very high one, so that everything is written.
+/// Sets the threshold of the system log, whether it is on or not, and waits for a line that is being written.
+/// Other threads see it some time after the return.
+/// @param level the greatest level that is written; a negative one is a very high one, so that everything is
+///     written.
 VONTALBASE_API void setSystemLogLevel(int level);
 
 } // namespace qvutils
