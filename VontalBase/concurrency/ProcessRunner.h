@@ -51,7 +51,8 @@ public:
     /// The child has the environment and the working directory of the caller. On Windows it has no console
     /// window. Its standard input is a pipe to which nobody writes and that is not closed, so that a child
     /// which reads it waits for ever. It gets no other file or handle of the caller. On Linux no signal is
-    /// blocked in it, and SIGPIPE has its usual effect.
+    /// blocked in it, SIGPIPE has its usual effect, and it is in a process group of its own: signals of the
+    /// terminal, such as that of Ctrl-C, do not reach it, as on Windows.
     ///
     /// @param command the program, in UTF-8. A path that has blanks is quoted by the caller. Without a path
     /// the

@@ -116,6 +116,9 @@ void RunningProcessImpl::run()
         exitCode = 0;
     platform::forgetProcess(*processInfo);
     drainBoth();
+    // Nobody reads them any more, and they stay open for as long as somebody holds this object.
+    for (platform::Handle pipe : {stdoutRead, stderrRead, stdinRead})
+        platform::shrinkPipe(pipe);
     monitor->onFinished(exitCode);
     running = false;
     monitor->release();

@@ -56,11 +56,17 @@ bool makePipe(Handle & readEnd, Handle & writeEnd, unsigned int bytes);
 /// @return false where the system refuses.
 bool copyForOneself(Handle end, Handle & copy);
 
+/// Gives back the memory of a pipe, as far as nothing waits in it. Elsewhere than on Windows it holds a page
+/// from then on, and a user who has few rights may have only so much of all pipes. On Windows nothing
+/// happens.
+void shrinkPipe(Handle end) noexcept;
+
 /// Closes the end of a pipe.
 void closeHandle(Handle handle) noexcept;
 
 /// Starts a program, with the environment and working directory of this process and without a window. It gets
-/// the three handles as its standard streams, and no other one.
+/// the three handles as its standard streams, and no other one. Signals that a terminal sends to this process
+/// do not reach it.
 ///
 /// @param commandLine the program and its arguments, up to its first zero. Elsewhere than on Windows it is
 /// split
@@ -90,9 +96,13 @@ void forgetProcess(ProcessInformation & information) noexcept;
 bool countWaitingBytes(Handle readEnd, unsigned int & count);
 
 /// Reads bytes that wait in a pipe.
+///
+/// Where nothing waits, this fails at once through an end that `copyForOneself` has passed. Through any other
+/// end, and on Windows, it waits for the first byte or for the end of the pipe, so that one asks
+/// `countWaitingBytes` before.
 /// @param size how many at most, above 0.
 /// @param count receives how many, 1 to @p size.
-/// @return false where the system refuses, or nothing waits.
+/// @return false where the system refuses, nothing waits, or the pipe is at its end.
 bool readPipe(Handle readEnd, char * buffer, unsigned int size, unsigned int & count);
 
 } // namespace platform

@@ -109,7 +109,8 @@ VONTALBASE_TEST_CHILD(tellsItsSignals, arguments)
     return 0;
 }
 
-/// A program that has no standard streams starts a child, and returns what came of it.
+/// A program that has no standard streams starts a child, opens something as its standard streams while the
+/// child lives, and returns what came of it.
 VONTALBASE_TEST_CHILD(startsAChildWithoutStreamsOfItsOwn, arguments)
 {
     std::fclose(stdin);
@@ -117,14 +118,62 @@ VONTALBASE_TEST_CHILD(startsAChildWithoutStreamsOfItsOwn, arguments)
     std::fclose(stderr);
     ProcessRunner runner;
     const MonitorReference monitor = newMonitor();
-    if (!startChild(runner, monitor, "printsLinesOnBothStreams", {"1"}))
+    if (!startChild(runner, monitor, "livesUntilItIsLetGo", arguments) || !monitor->waitForOutput("ready"))
         return 10;
-    if (!monitor->waitForEnd())
+    testsupport::replaceStandardDescriptors();
+    const MonitorReference other = newMonitor();
+    if (!startChild(runner, other, "printsLinesOnBothStreams", {"1"}) || !other->waitForEnd())
         return 11;
-    const Heard heard = monitor->heard();
-    if (heard.exitCode != 0)
+    const Heard heard = other->heard();
+    if (heard.exitCode != 0 || heard.output != "000000000000000." || heard.error != heard.output)
         return 12;
-    return heard.output == "000000000000000." && heard.error == heard.output ? 4 : 13;
+    if (monitor->heard().finishes != 0)
+        return 13;
+    Signal(arguments.at(0)).give();
+    if (!monitor->waitForEnd())
+        return 14;
+    return monitor->heard().exitCode == 4 ? 4 : 15;
+}
+
+/// Starts children one behind the other, as a user without rights and on one runner. Returns 4 if the pipes
+/// of the last one hold as much as those of the first.
+VONTALBASE_TEST_CHILD(startsManyChildrenAsAnOrdinaryUser, arguments)
+{
+    if (!testsupport::becomeOrdinaryUser())
+        return 10;
+    constexpr int children = 40;
+    constexpr int wanted = 1048576;
+    ProcessRunner runner;
+    for (int i = 0; i < children; ++i)
+    {
+        std::size_t ends = 0;
+        const MonitorReference monitor = newMonitor();
+        monitor->inOutput = [&](const std::string &)
+        {
+            ends = testsupport::countPipeEnds(wanted);
+        };
+        if (!runner.run("echo", "a", monitor, nullptr) || !monitor->waitForEnd())
+            return 11;
+        // Each pipe has an end of the child and one of the parent.
+        if (ends != 6)
+            return i == 0 ? 12 : 13;
+    }
+    return testsupport::countPipeEnds(wanted) == 0 ? 4 : 14;
+}
+
+VONTALBASE_TEST_CHILD(interruptsItselfAndNotItsChild, arguments)
+{
+    if (!testsupport::beginProcessGroup())
+        return 10;
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    if (!startChild(runner, monitor, "livesUntilItIsLetGo", arguments) || !monitor->waitForOutput("ready"))
+        return 11;
+    testsupport::interruptProcessGroup();
+    Signal(arguments.at(0)).give();
+    if (!monitor->waitForEnd())
+        return 12;
+    return static_cast<int>(monitor->heard().exitCode);
 }
 
 /// Ends with children and watchers in full work.
@@ -374,9 +423,33 @@ TEST(ProcessRunnerHardUse, AChildHasNoSignalBlockedAndTheUsualEffectOfThem)
 
 TEST(ProcessRunnerHardUse, AParentWithoutStandardStreams)
 {
-    const testsupport::ChildResult result = testsupport::runChild("startsAChildWithoutStreamsOfItsOwn");
+    const TempDirectory directory;
+    const testsupport::ChildResult result =
+        testsupport::runChild("startsAChildWithoutStreamsOfItsOwn", {directory.text("go")});
     ASSERT_TRUE(result.started);
     EXPECT_EQ(result.exitCode, 4);
+    directory.remove("go");
+}
+
+TEST(ProcessRunnerHardUse, EndedChildrenOfAnOrdinaryUserLeaveTheFullPipesToLaterOnes)
+{
+    if (testsupport::describeSignals().empty())
+        GTEST_SKIP() << "pipes of this system take no memory while nothing is in them";
+    const testsupport::ChildResult result = testsupport::runChild("startsManyChildrenAsAnOrdinaryUser");
+    ASSERT_TRUE(result.started);
+    EXPECT_EQ(result.exitCode, 4) << result.standardError;
+}
+
+TEST(ProcessRunnerHardUse, AnInterruptAtTheTerminalIsNotOneOfTheChild)
+{
+    if (testsupport::describeSignals().empty())
+        GTEST_SKIP() << "this system has no process groups";
+    const TempDirectory directory;
+    const testsupport::ChildResult result =
+        testsupport::runChild("interruptsItselfAndNotItsChild", {directory.text("go")});
+    ASSERT_TRUE(result.started);
+    EXPECT_EQ(result.exitCode, 4) << "130 is a child that was interrupted";
+    directory.remove("go");
 }
 
 TEST(ProcessRunnerHardUse, TheEndOfAProcessWithChildrenAndWatchersInFullWork)

@@ -3,11 +3,14 @@
 #include "support/ChildProcess.h"
 #include "support/Sanitizers.h"
 
+#include <cstdlib>
+
 #ifdef _WIN32
 #include <windows.h>
 #else
 #include <cctype>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -93,6 +96,100 @@ std::size_t countDeadChildren()
 std::string describeSignals()
 {
     return {};
+}
+
+bool becomeOrdinaryUser()
+{
+    return false;
+}
+
+std::size_t countPipeEnds(int)
+{
+    return 0;
+}
+
+bool beginProcessGroup()
+{
+    return false;
+}
+
+void interruptProcessGroup()
+{
+}
+
+void replaceStandardDescriptors()
+{
+}
+
+std::size_t countInheritable()
+{
+    constexpr std::uintptr_t step = 4;
+    constexpr std::size_t freeInARow = 256;
+    std::size_t count = 0;
+    std::size_t misses = 0;
+    for (std::uintptr_t value = step; misses != freeInARow; value += step)
+    {
+        DWORD flags = 0;
+        const bool isOpen = GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0;
+        count += isOpen && (flags & HANDLE_FLAG_INHERIT) != 0 ? 1 : 0;
+        misses = isOpen ? 0 : misses + 1;
+    }
+    return count;
+}
+
+std::size_t handlesOfRunningChild()
+{
+    return 8;
+}
+
+std::size_t inheritableHandlesOfRunningChild()
+{
+    // The child's own ends, the process and its thread.
+    return 5;
+}
+
+std::string describeStart()
+{
+    STARTUPINFOW startup = {};
+    GetStartupInfoW(&startup);
+    std::string text = GetConsoleWindow() == nullptr ? "no console" : "a console";
+    text += (startup.dwFlags & STARTF_USESTDHANDLES) != 0 ? ", streams given" : ", no streams";
+    text += ", window " + std::to_string(startup.wShowWindow);
+    return text + ", priority " + std::to_string(GetPriorityClass(GetCurrentProcess()));
+}
+
+std::string describeWaiting()
+{
+    return {};
+}
+
+bool ignoreEndsOfChildren()
+{
+    return false;
+}
+
+void terminateOneself()
+{
+    std::abort();
+}
+
+void stopOneself()
+{
+    std::abort();
+}
+
+std::uint32_t ownNumber()
+{
+    return GetCurrentProcessId();
+}
+
+bool isStopped(std::uint32_t)
+{
+    return false;
+}
+
+void letGoOn(std::uint32_t)
+{
 }
 
 StrangeSignals::StrangeSignals() = default;
@@ -182,6 +279,128 @@ std::string describeSignals()
     struct sigaction pipe = {};
     sigaction(SIGPIPE, nullptr, &pipe);
     return text + (pipe.sa_handler == SIG_DFL ? ", SIGPIPE: usual" : ", SIGPIPE: ignored");
+}
+
+namespace
+{
+
+/// More than any test opens.
+constexpr int manyDescriptors = 4096;
+
+/// The letter that the system has for the state of a process; 0 for none.
+char stateOf(std::uint32_t number)
+{
+    std::ifstream file("/proc/" + std::to_string(number) + "/stat");
+    const std::string status{std::istreambuf_iterator<char>(file), {}};
+    // It stands behind the name, which is in brackets.
+    const std::size_t nameEnd = status.rfind(") ");
+    return nameEnd == std::string::npos ? '\0' : status.at(nameEnd + 2);
+}
+
+} // namespace
+
+bool becomeOrdinaryUser()
+{
+    // One that nobody else is.
+    constexpr uid_t user = 61234;
+    return geteuid() != 0 || setuid(user) == 0;
+}
+
+std::size_t countPipeEnds(int bytes)
+{
+    std::size_t count = 0;
+    for (int descriptor = 0; descriptor < manyDescriptors; ++descriptor)
+        count += fcntl(descriptor, F_GETPIPE_SZ) == bytes ? 1 : 0;
+    return count;
+}
+
+bool beginProcessGroup()
+{
+    struct sigaction heard = {};
+    heard.sa_handler = [](int) {
+    };
+    return setpgid(0, 0) == 0 && sigaction(SIGINT, &heard, nullptr) == 0;
+}
+
+void interruptProcessGroup()
+{
+    kill(0, SIGINT);
+}
+
+void replaceStandardDescriptors()
+{
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        dup2(nothing, stream);
+}
+
+std::size_t countInheritable()
+{
+    std::size_t count = 0;
+    for (int descriptor = STDERR_FILENO + 1; descriptor < manyDescriptors; ++descriptor)
+    {
+        const int flags = fcntl(descriptor, F_GETFD);
+        count += flags >= 0 && (flags & FD_CLOEXEC) == 0 ? 1 : 0;
+    }
+    return count;
+}
+
+std::size_t handlesOfRunningChild()
+{
+    return 7;
+}
+
+std::size_t inheritableHandlesOfRunningChild()
+{
+    return 0;
+}
+
+std::string describeStart()
+{
+    return {};
+}
+
+std::string describeWaiting()
+{
+    std::string text;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    {
+        const bool waits = (fcntl(stream, F_GETFL) & O_NONBLOCK) == 0;
+        text += std::string(text.empty() ? "" : " ") + (waits ? "waits" : "fails");
+    }
+    return text;
+}
+
+bool ignoreEndsOfChildren()
+{
+    struct sigaction ignore = {};
+    ignore.sa_handler = SIG_IGN;
+    return sigaction(SIGCHLD, &ignore, nullptr) == 0;
+}
+
+void terminateOneself()
+{
+    raise(SIGTERM);
+}
+
+void stopOneself()
+{
+    raise(SIGSTOP);
+}
+
+std::uint32_t ownNumber()
+{
+    return static_cast<std::uint32_t>(getpid());
+}
+
+bool isStopped(std::uint32_t number)
+{
+    return stateOf(number) == 'T';
+}
+
+void letGoOn(std::uint32_t number)
+{
+    kill(static_cast<pid_t>(number), SIGCONT);
 }
 
 StrangeSignals::StrangeSignals() : m_system(std::make_unique<System>())

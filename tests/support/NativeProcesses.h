@@ -47,6 +47,60 @@ std::size_t countDeadChildren();
 /// 15, SIGPIPE: ignored", or "blocked:, SIGPIPE: usual". Empty where there are no signals.
 std::string describeSignals();
 
+/// Makes this process one of a user without rights, if it has the rights for that. False where the system has
+/// no such users, or refuses.
+bool becomeOrdinaryUser();
+
+/// How many descriptors of this process are ends of pipes that hold so much. 0 where pipes do not tell that.
+std::size_t countPipeEnds(int bytes);
+
+/// Begins a process group, and hears of interrupts without being ended by them. False where there are no
+/// groups.
+bool beginProcessGroup();
+
+/// Interrupts all of the process group, as the keys of a terminal do.
+void interruptProcessGroup();
+
+/// Replaces the descriptors of the standard streams by ones of their own, whatever has their numbers.
+void replaceStandardDescriptors();
+
+/// How many descriptors, or handles, of this process are passed on to its children, the standard streams left
+/// out.
+std::size_t countInheritable();
+
+/// How many descriptors, or handles, the library has open for a child that runs: the ends of its pipes, and
+/// those of the process itself.
+std::size_t handlesOfRunningChild();
+
+/// How many of these are passed on to children that the library does not start itself.
+std::size_t inheritableHandlesOfRunningChild();
+
+/// On Windows what a process sees of the way in which it was started: "no console, streams given, window 0,
+/// priority 32". Empty elsewhere.
+std::string describeStart();
+
+/// Whether the standard streams of this process wait where they have nothing to read, or no room: "waits
+/// waits waits". Empty on Windows, where pipes always do.
+std::string describeWaiting();
+
+/// The ends of children are no more told to this process. False where that is not to be had.
+bool ignoreEndsOfChildren();
+
+/// Ends this process by the request to end that the system knows. Only where there are signals.
+void terminateOneself();
+
+/// Stops this process until it is told to go on. Only where there are signals.
+void stopOneself();
+
+/// The number of this process.
+std::uint32_t ownNumber();
+
+/// Whether a process is stopped.
+bool isStopped(std::uint32_t number);
+
+/// Lets a stopped process go on.
+void letGoOn(std::uint32_t number);
+
 /// While the object lives, the calling thread blocks some signals, and SIGPIPE is ignored.
 class StrangeSignals
 {

@@ -57,7 +57,10 @@ int aboveStandardStreams(int descriptor) noexcept
 // ---------------------------------------------------------------------------------------------------
 // Children that nobody watches
 
-/// Their numbers; 0 is a free place. Where all places are taken, a child stays known to the system.
+/// Their numbers; 0 is a free place. Where all places are taken, a child stays known to the system. A number
+/// is that of the child until somebody asks for its end. In an application that waits for any child, this may
+/// have happened, and the number may stand for a later child, of whose end the application then does not
+/// hear.
 std::array<std::atomic<pid_t>, 64> unwatched;
 
 void remember(pid_t child) noexcept
@@ -84,8 +87,9 @@ void reapUnwatched() noexcept
 // ---------------------------------------------------------------------------------------------------
 // Starting
 
-/// How a child comes into the world: with three streams, with no other descriptor, with no signal blocked and
-/// with the usual effect of SIGPIPE.
+/// How a child comes into the world: with three streams, with no other descriptor, with no signal blocked,
+/// with the usual effect of SIGPIPE, and in a process group of its own, so that it hears as little of the
+/// keys of a terminal as a program without a console does on Windows.
 class SpawnSettings
 {
 public:
@@ -116,7 +120,9 @@ public:
                posix_spawn_file_actions_addclosefrom_np(&m_actions, firstFree) == 0 &&
                posix_spawnattr_setsigmask(&m_attributes, &none) == 0 &&
                posix_spawnattr_setsigdefault(&m_attributes, &usual) == 0 &&
-               posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF) == 0;
+               posix_spawnattr_setpgroup(&m_attributes, 0) == 0 &&
+               posix_spawnattr_setflags(&m_attributes,
+                   POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP) == 0;
     }
 
     const posix_spawn_file_actions_t * actions() const noexcept
@@ -156,7 +162,7 @@ int openProcess(pid_t child) noexcept
 {
     if (gateFails("open process"))
         return -1;
-    return static_cast<int>(syscall(SYS_pidfd_open, child, 0U));
+    return aboveStandardStreams(static_cast<int>(syscall(SYS_pidfd_open, child, 0U)));
 }
 
 // ---------------------------------------------------------------------------------------------------
@@ -167,15 +173,12 @@ pid_t numberOf(const ProcessInformation & information) noexcept
     return static_cast<pid_t>(information.processId);
 }
 
-/// Asks for a child, without waiting. @return 0, or -1 where the system does not tell.
+/// Asks for a child, without waiting: by its number, since systems that have descriptors of processes need
+/// not take them here. @return 0, or -1 where the system does not tell.
 int askFor(const ProcessInformation & information, siginfo_t & answer, int options) noexcept
 {
     answer = {};
-    const int descriptor = descriptorOf(information.process);
-    const idtype_t kind = descriptor >= 0 ? P_PIDFD : P_PID;
-    const id_t id =
-        descriptor >= 0 ? static_cast<id_t>(descriptor) : static_cast<id_t>(numberOf(information));
-    return waitid(kind, id, &answer, WEXITED | WNOHANG | options);
+    return waitid(P_PID, static_cast<id_t>(numberOf(information)), &answer, WEXITED | WNOHANG | options);
 }
 
 int millisecondsUntil(Clock::time_point moment) noexcept
@@ -248,6 +251,12 @@ bool copyForOneself(Handle end, Handle & copy)
         return false;
     copy = handleOf(result.release());
     return true;
+}
+
+void shrinkPipe(Handle end) noexcept
+{
+    // The least that the system has is a page. It refuses while more than that waits to be read.
+    fcntl(descriptorOf(end), F_SETPIPE_SZ, 1);
 }
 
 void closeHandle(Handle handle) noexcept

@@ -94,6 +94,11 @@ bool copyForOneself(Handle end, Handle & copy)
     return true;
 }
 
+void shrinkPipe(Handle) noexcept
+{
+    // The system takes memory only for what waits.
+}
+
 void closeHandle(Handle handle) noexcept
 {
     CloseHandle(handle);
