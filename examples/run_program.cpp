@@ -10,6 +10,7 @@
 
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace
@@ -27,13 +28,11 @@ public:
 
     void onOutput(const char * data, unsigned int size) override
     {
-        m_output.append(data, size);
-        show("out| ", m_output);
+        show("out| ", m_output, std::string_view(data, size));
     }
     void onError(const char * data, unsigned int size) override
     {
-        m_error.append(data, size);
-        show("err| ", m_error);
+        show("err| ", m_error, std::string_view(data, size));
     }
     void onFinished(unsigned int exitCode) override
     {
@@ -50,14 +49,24 @@ public:
 
 private:
     /// A piece of output may end anywhere, also within a line.
-    static void show(const char * mark, std::string & text)
+    /// @param begun what has come of a line that is not at its end.
+    static void show(const char * mark, std::string & begun, std::string_view piece)
     {
-        for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n'))
+        for (std::size_t end = piece.find('\n'); end != std::string_view::npos; end = piece.find('\n'))
         {
-            std::cout << mark << text.substr(0, end + 1);
-            text.erase(0, end + 1);
+            std::cout << mark << begun << piece.substr(0, end + 1);
+            begun.clear();
+            piece.remove_prefix(end + 1);
         }
+        begun += piece;
+        if (begun.size() < longestLine)
+            return;
+        // A line without an end is shown in parts.
+        std::cout << mark << begun << '\n';
+        begun.clear();
     }
+
+    static constexpr std::size_t longestLine = 65536;
 
     qvbase::Semaphore & m_ended;
     std::string m_output;
