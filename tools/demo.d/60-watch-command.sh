@@ -28,10 +28,13 @@ echo "find says $(grep -c "output: /" watch_command*.log) lines, and so does the
 
 say "an interrupt ends what is shown, while the program goes on and is logged to its end"
 rm watch_command*.log
+# In a process group of its own, all of which gets the interrupt, as all of a terminal's foreground does.
+set -m
 watch_command sh -c 'echo begins; sleep 2; echo ends; exit 3' 2>"$DEMO_WORK/shown" &
 watcher=$!
+set +m
 until grep -qs "output: begins" watch_command*.log; do sleep 0.1; done
-kill -INT $watcher
+kill -INT -- -$watcher
 code=0
 wait $watcher || code=$?
 cat "$DEMO_WORK/shown"
