@@ -117,28 +117,48 @@ VONTALBASE_TEST_CHILD(readsItsInputUntilTheSignal, arguments)
     std::_Exit(Signal(arguments.at(0)).waitFor() ? 4 : 5);
 }
 
+/// Throws in the call of a name.
 class ThrowingMonitor : public ProcessMonitor
 {
 public:
+    explicit ThrowingMonitor(std::string call) : m_call(std::move(call))
+    {
+    }
+    ThrowingMonitor(const ThrowingMonitor &) = delete;
+    ThrowingMonitor & operator=(const ThrowingMonitor &) = delete;
     void onOutput(const char *, unsigned int) override
     {
+        throwIn("onOutput");
     }
     void onError(const char *, unsigned int) override
     {
+        throwIn("onError");
     }
     void onFinished(unsigned int) override
     {
-        throw 1; // NOLINT(hicpp-exception-baseclass)
+        throwIn("onFinished");
+        // Not the exit code of a process that ended at an exception.
+        std::_Exit(7);
     }
 
 protected:
     ~ThrowingMonitor() = default;
+
+private:
+    void throwIn(const char * call) const
+    {
+        if (m_call == call)
+            throw 1; // NOLINT(hicpp-exception-baseclass)
+    }
+
+    std::string m_call;
 };
 
 VONTALBASE_TEST_CHILD(hasAMonitorThatThrows, arguments)
 {
     ProcessRunner runner;
-    if (!startChild(runner, new qvbase::ReferencedImplMT<ThrowingMonitor>, "returnsItsArgument", {"0"}))
+    const Reference<ProcessMonitor> monitor(new qvbase::ReferencedImplMT<ThrowingMonitor>(arguments.at(0)));
+    if (!startChild(runner, monitor, "printsBytes", {"1", "1"}))
         return 5;
     testsupport::TestSemaphore never;
     never.tryAcquireFor(testsupport::patience);
@@ -479,9 +499,13 @@ TEST(ProcessRunner, LetsChildrenShareAMonitor)
 
 TEST(ProcessRunner, EndsTheProcessAtAnExceptionOfTheMonitor)
 {
-    const testsupport::ChildResult result = testsupport::runChild("hasAMonitorThatThrows");
-    ASSERT_TRUE(result.started);
-    EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
+    for (const char * const call : {"onOutput", "onError", "onFinished"})
+    {
+        SCOPED_TRACE(call);
+        const testsupport::ChildResult result = testsupport::runChild("hasAMonitorThatThrows", {call});
+        ASSERT_TRUE(result.started);
+        EXPECT_EQ(result.exitCode, testsupport::exitCodeOfAbort());
+    }
 }
 
 // ---------------------------------------------------------------------------------------------------

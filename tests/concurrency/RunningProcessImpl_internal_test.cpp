@@ -5,8 +5,11 @@
 
 #include "concurrency/monitors.h"
 #include "support/NativeProcesses.h"
+#include "support/ResourceSnapshot.h"
 #include "support/VirtualSlot.h"
+#include "torture/threadends.h"
 
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -68,6 +71,55 @@ VONTALBASE_TEST_CHILD(givesASignal, arguments)
 {
     Signal(arguments.at(0)).give();
     return 0;
+}
+
+/// Lives for a second.
+VONTALBASE_TEST_CHILD(livesForASecond, arguments)
+{
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    return 0;
+}
+
+VONTALBASE_TEST_CHILD(waitsForASignal, arguments)
+{
+    return Signal(arguments.at(0)).waitFor() ? 0 : 5;
+}
+
+/// Tells its number, stops, and ends when it is told to go on.
+VONTALBASE_TEST_CHILD(stopsItself, arguments)
+{
+    std::fputs(std::to_string(testsupport::ownNumber()).c_str(), stdout);
+    std::fputc('.', stdout);
+    std::fflush(stdout);
+    testsupport::stopOneself();
+    return 7;
+}
+
+/// More children whose watchers cannot be started than the library remembers at a time. Returns 4 if it asked
+/// for all others when they had ended.
+VONTALBASE_TEST_CHILD(startsManyChildrenThatNobodyWatches, arguments)
+{
+    constexpr int children = 70;
+    constexpr int remembered = 64;
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    const Armed armed("start thread", 1, always, GateAnswer::Fail);
+    for (int i = 0; i < children; ++i)
+    {
+        // One that wrote something would be ended by that, since its pipes have no other end any more.
+        if (startChild(runner, monitor, "waitsForASignal", {arguments.at(0)}))
+            return 10;
+    }
+    if (testsupport::countDeadChildren() != 0 || runner.getProcessCount() != 0)
+        return 11;
+    Signal(arguments.at(0)).give();
+    if (!testsupport::eventually([] { return testsupport::countDeadChildren() == children; }))
+        return 12;
+    if (runner.run("vontalbase-has-no-such-program", "", monitor, nullptr))
+        return 13;
+    if (testsupport::countDeadChildren() != children - remembered)
+        return 14;
+    return monitor->heard().calls.empty() ? 4 : 15;
 }
 
 TEST(RunningProcessImpl, HasADestructorBehindTheOperationsOfItsBases)
@@ -206,6 +258,124 @@ TEST(ProcessRunnerFailures, ToHaveADescriptorOfTheChildCostNothing)
         EXPECT_EQ(monitor->heard().exitCode, 7U);
     }
     EXPECT_EQ(testsupport::countDeadChildren(), 0U);
+}
+
+TEST(ProcessRunnerFailures, ToStartManyWatchersLeaveNoMoreDeadChildrenThanAreForgotten)
+{
+    if (testsupport::describeSignals().empty())
+        GTEST_SKIP() << "this system keeps no children that have ended";
+    const TempDirectory directory;
+    const testsupport::ChildResult result =
+        testsupport::runChild("startsManyChildrenThatNobodyWatches", {directory.text("go")});
+    ASSERT_TRUE(result.started);
+    EXPECT_EQ(result.exitCode, 4) << result.standardError;
+    directory.remove("go");
+}
+
+/// How many descriptors, or handles, are open when all watchers have gone.
+std::size_t descriptorsWithoutWatchers()
+{
+    EXPECT_TRUE(testsupport::eventually(everybodyHasRetired));
+    closeTheLast();
+    return testsupport::ResourceSnapshot::take().descriptors;
+}
+
+/// Starts a child and waits for its end, so that what the system opens at the first time is open.
+void startTheFirst()
+{
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}));
+    ASSERT_TRUE(monitor->waitForEnd());
+}
+
+TEST(ProcessRunnerPipes, StayOpenAsLongAsSomebodyHoldsTheProcess)
+{
+    startTheFirst();
+    const std::size_t before = descriptorsWithoutWatchers();
+    const std::size_t forGood = testsupport::handlesKeptOfChild();
+    RunningProcess * process = nullptr;
+    {
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}, &process));
+        ASSERT_TRUE(monitor->waitForEnd());
+        EXPECT_EQ(descriptorsWithoutWatchers(), before + 6 + forGood) << "held by the runner too";
+    }
+    EXPECT_EQ(descriptorsWithoutWatchers(), before + 6 + forGood) << "held by the caller alone";
+    process->release();
+    EXPECT_EQ(descriptorsWithoutWatchers(), before + forGood);
+
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}));
+    ASSERT_TRUE(monitor->waitForEnd());
+    EXPECT_EQ(descriptorsWithoutWatchers(), before + forGood + 6 + forGood) << "held by the runner alone";
+}
+
+TEST(ProcessRunnerPipes, HaveNoEndOfTheParentThatOtherChildrenGet)
+{
+    const TempDirectory directory;
+    const Signal go(directory, "go");
+    startTheFirst();
+    const std::size_t before = descriptorsWithoutWatchers();
+    const std::size_t inheritableBefore = testsupport::countInheritable();
+    ProcessRunner runner;
+    const MonitorReference monitor = newMonitor();
+    ASSERT_TRUE(startChild(runner, monitor, "printsAndWaits", {"text", go.path()}));
+    ASSERT_TRUE(monitor->waitForOutput("text"));
+    EXPECT_EQ(
+        testsupport::countInheritable() - inheritableBefore, testsupport::inheritableHandlesOfRunningChild());
+    EXPECT_GE(
+        testsupport::ResourceSnapshot::take().descriptors - before, testsupport::handlesOfRunningChild());
+    go.give();
+    ASSERT_TRUE(monitor->waitForEnd());
+    directory.remove("go");
+}
+
+TEST(ProcessRunnerWatcher, LooksTenTimesASecond)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int attempts = 3;
+    bool isOftenEnough = false;
+    for (int i = 0; i < attempts && !isOftenEnough; ++i)
+    {
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        const Armed armed("wait for process", 1, 0, GateAnswer::Fail);
+        const Clock::time_point start = Clock::now();
+        ASSERT_TRUE(startChild(runner, monitor, "livesForASecond"));
+        ASSERT_TRUE(monitor->waitForEnd());
+        const std::chrono::duration<double, std::deci> tenths = Clock::now() - start;
+        const double looks = static_cast<double>(platform::gatePassages());
+        EXPECT_LE(looks, tenths.count() + 2);
+        // A machine that has much else to do may be late.
+        isOftenEnough = looks > tenths.count() * 0.6;
+    }
+    EXPECT_TRUE(isOftenEnough);
+}
+
+TEST(ProcessRunnerWatcher, DoesNotTakeAStoppedChildForOneThatHasEnded)
+{
+    if (testsupport::describeSignals().empty())
+        GTEST_SKIP() << "this system does not stop processes";
+    for (const char * const refused : {"none", "open process"})
+    {
+        SCOPED_TRACE(refused);
+        const Armed armed(refused, 1, always, GateAnswer::Fail);
+        ProcessRunner runner;
+        const MonitorReference monitor = newMonitor();
+        ASSERT_TRUE(startChild(runner, monitor, "stopsItself"));
+        ASSERT_TRUE(testsupport::eventually([&] { return monitor->heard().output.ends_with('.'); }));
+        const auto number = static_cast<std::uint32_t>(std::stoul(monitor->heard().output));
+        ASSERT_TRUE(testsupport::eventually([&] { return testsupport::isStopped(number); }));
+        const Armed counted("wait for process", 1, 0, GateAnswer::Fail);
+        ASSERT_TRUE(testsupport::eventually([] { return platform::gatePassages() >= 3; }));
+        EXPECT_EQ(monitor->heard().finishes, 0U);
+        testsupport::letGoOn(number);
+        ASSERT_TRUE(monitor->waitForEnd());
+        EXPECT_EQ(monitor->heard().exitCode, 7U);
+    }
 }
 
 // Here, since a copy of this program needs no library beside it.

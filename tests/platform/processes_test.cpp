@@ -185,6 +185,31 @@ TEST(PlatformPipes, TellThatNothingWaits)
     EXPECT_EQ(waiting, 0U);
 }
 
+TEST(PlatformPipes, AreNotWaitedForWhereNothingIsToBeRead)
+{
+    if (testsupport::describeWaiting().empty())
+        GTEST_SKIP() << "on this system they are";
+    const Pipe pipe;
+    ASSERT_TRUE(pipe.isMade);
+    char buffer[8] = {};
+    unsigned int count = 7;
+    EXPECT_FALSE(platform::readPipe(pipe.own, buffer, 8, count));
+    EXPECT_EQ(count, 7U);
+}
+
+TEST(PlatformPipes, ThatAreShrunkLoseNothing)
+{
+    Child child("printsAndReturns", {std::string(5000, 'o'), "error", "0"});
+    ASSERT_TRUE(child.isStarted);
+    ASSERT_EQ(child.wait(), ProcessWait::Ended);
+    platform::shrinkPipe(child.output.own);
+    platform::shrinkPipe(child.error.own);
+    EXPECT_EQ(readAll(child.output.own), std::string(5000, 'o'));
+    EXPECT_EQ(readAll(child.error.own), "error");
+    platform::shrinkPipe(child.output.own);
+    platform::shrinkPipe(invalidHandle());
+}
+
 TEST(PlatformPipes, GiveTheirHandlesBack)
 {
     {
