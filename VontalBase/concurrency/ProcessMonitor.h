@@ -9,7 +9,8 @@ namespace qvbase
 
 /// Hears of one or more children that a `ProcessRunner` started. A concrete class is made through
 /// `ReferencedImplMT`, since the thread that watches a child holds a reference on it, from the start of the
-/// child until `onFinished` has returned.
+/// child until `onFinished` has returned. Who has let go of the monitor before has it destroyed on that
+/// thread.
 ///
 /// All calls for one child come on the thread that watches it, one after the other and with no lock of the
 /// library held. Children that share a monitor may call it at the same time. An exception that leaves a call
@@ -31,7 +32,8 @@ public:
     virtual void onError(const char * data, unsigned int size) = 0;
     /// The child has ended. This is the last call for it.
     /// @param exitCode what the child returned; on Linux 128 + n for one that signal n ended; 0 where the
-    ///     system does not tell.
+    ///     system does not tell, as on Linux in an application that ignores SIGCHLD, or that waits for any
+    ///     child and so takes the exit code away.
     virtual void onFinished(unsigned int exitCode) = 0;
 
 protected:

@@ -26,7 +26,8 @@ class RunningProcess;
 
 /// Starts child programs. There is no way to end a child, and no limit on its time.
 ///
-/// Any thread may call the operations. Starts on one runner come one after the other.
+/// Any thread may call the operations, but while one destroys the runner no other one may be in a call.
+/// Starts on one runner come one after the other.
 ///
 /// Kept: a child that has ended stays in the list of the runner, with the six ends of its pipes open, until
 /// the runner is destroyed and the caller has let its `RunningProcess` go. Who starts many children uses a
@@ -34,7 +35,7 @@ class RunningProcess;
 class VONTALBASE_API ProcessRunner
 {
 public:
-    /// Has started nothing.
+    /// Has started nothing. `std::bad_alloc` may leave it.
     ProcessRunner();
     /// Kept: copies the members as they stand. Both runners then have one lock and one list, and each of them
     /// would delete the list.
@@ -42,8 +43,8 @@ public:
     /// Kept: copies the members as they stand, as the copy constructor does; the list that the target had is
     /// not deleted.
     ProcessRunner & operator=(const ProcessRunner &);
-    /// Deletes the list. It neither waits for children nor ends them: those that run go on, their watchers
-    /// too, and their monitors hear of their ends.
+    /// Deletes the list. No other thread may be in a call of the runner. It neither waits for children nor
+    /// ends them: those that run go on, their watchers too, and their monitors hear of their ends.
     virtual ~ProcessRunner();
 
     /// Starts a program and a thread that watches it.
@@ -66,10 +67,11 @@ public:
     /// @param process null, or where the new object goes; the caller then owns one reference on it.
     /// @return true if the child runs and is watched. False, with nothing in @p process and no reference kept
     ///     on @p monitor, if @p monitor is null or the system refused: there is no pipe to be had, no such
-    ///     program, or no thread. In the last case the child runs all the same, and nobody hears of it. A
-    ///     monitor that nobody else holds is destroyed by a call that fails behind the test of @p monitor,
-    ///     with the lock of the runner held. `std::bad_alloc` may leave the call, which then has started
-    ///     nothing.
+    ///     program, or no thread. In the last case the child runs all the same, and nobody hears of it: its
+    ///     pipes are closed at once, so that it reads the end of its input and cannot write, by which it is
+    ///     ended on Linux unless it is prepared for that. A monitor that nobody else holds is destroyed by a
+    ///     call that fails behind the test of @p monitor, with the lock of the runner held. `std::bad_alloc`
+    ///     may leave the call, which then has started nothing.
     virtual bool run(const Vontal::u8string & command, const Vontal::u8string & arguments,
         ProcessMonitor * monitor, RunningProcess ** process);
 
@@ -82,7 +84,8 @@ public:
     virtual unsigned int getProcessCount();
 
 protected:
-    /// The list of the children, which the runner owns. It is guarded by the lock of the runner.
+    /// The list of the children, which the runner owns. It is guarded by the lock of the runner, which
+    /// derived classes do not get: they look at the list only while no other thread may be in `run`.
     std::list<Reference<RunningProcess>> * getProcesses();
 
 private:
