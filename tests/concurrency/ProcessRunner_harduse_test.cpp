@@ -328,7 +328,7 @@ TEST(ProcessRunnerHardUse, AThousandChildrenOneBehindTheOther)
     };
     ASSERT_TRUE(start());
     const std::size_t before = ResourceSnapshot::take().descriptors;
-    const std::size_t count = testsupport::hasCheapProcesses() ? 1000 : 100;
+    const std::size_t count = testsupport::hasCheapProcesses() ? 1000 : 50;
     for (std::size_t i = 0; i < count; ++i)
         ASSERT_TRUE(start()) << i;
     // The last watchers may be about to end.
@@ -454,7 +454,7 @@ TEST(ProcessRunnerHardUse, AnInterruptAtTheTerminalIsNotOneOfTheChild)
 
 TEST(ProcessRunnerHardUse, TheEndOfAProcessWithChildrenAndWatchersInFullWork)
 {
-    const int count = testsupport::hasCheapProcesses() ? 200 : 50;
+    const int count = testsupport::hasCheapProcesses() ? 200 : 25;
     for (int i = 0; i < count; ++i)
     {
         const testsupport::ChildResult result = testsupport::runChild("endsWhileItsChildrenPrint");

@@ -31,7 +31,7 @@ using testsupport::childCommand;
 constexpr int goodExit = 3;
 constexpr int notStarted = 10;
 constexpr int noProgress = 11;
-constexpr int exits = testsupport::isSlow ? 50 : 200;
+constexpr int exits = testsupport::isSlow ? 25 : 200;
 constexpr int children = 2;
 constexpr int loggers = 4;
 

@@ -8,6 +8,7 @@
 #include "concurrency/work.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/Load.h"
 #include "support/TestSemaphore.h"
 
 #include <array>
@@ -28,7 +29,7 @@ constexpr int goodExit = 3;
 constexpr int noThread = 10;
 constexpr int noProgress = 11;
 constexpr int workerCount = 4;
-constexpr int exitsOfEachKind = 50;
+constexpr int exitsOfEachKind = testsupport::isSlow ? 25 : 50;
 
 /// Changes of counts that the workers have made. Never destroyed, like all that they touch.
 std::atomic<unsigned long long> changes{0};

@@ -197,6 +197,21 @@ TEST(PlatformPipes, AreNotWaitedForWhereNothingIsToBeRead)
     EXPECT_EQ(count, 7U);
 }
 
+TEST(PlatformPipes, HaveAnEndForOneselfThatNoChildGets)
+{
+    Handle readEnd = invalidHandle();
+    Handle writeEnd = invalidHandle();
+    ASSERT_TRUE(platform::makePipe(readEnd, writeEnd, 1000));
+    const std::size_t before = testsupport::countInheritable();
+    Handle readCopy = invalidHandle();
+    Handle writeCopy = invalidHandle();
+    EXPECT_TRUE(platform::copyForOneself(readEnd, readCopy));
+    EXPECT_TRUE(platform::copyForOneself(writeEnd, writeCopy));
+    EXPECT_EQ(testsupport::countInheritable(), before);
+    for (const Handle end : {readEnd, writeEnd, readCopy, writeCopy})
+        platform::closeHandle(end);
+}
+
 TEST(PlatformPipes, ThatAreShrunkLoseNothing)
 {
     Child child("printsAndReturns", {std::string(5000, 'o'), "error", "0"});

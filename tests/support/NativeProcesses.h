@@ -72,7 +72,7 @@ std::size_t countInheritable();
 /// those of the process itself.
 std::size_t handlesOfRunningChild();
 
-/// How many of these are passed on to children that the library does not start itself.
+/// How many of these at most are passed on to children that the library does not start itself.
 std::size_t inheritableHandlesOfRunningChild();
 
 /// On Windows what a process sees of the way in which it was started: "no console, streams given, window 0,
