@@ -287,24 +287,24 @@ void expectDescriptors(std::size_t count)
         << descriptorsWithoutWatchers() << " and not " << count;
 }
 
-/// Starts a child and waits for its end, so that what the system opens at the first time is open.
-void startTheFirst()
+/// Starts a child and waits for its end, so that what the system opens at the first time is open, also for
+/// the monitor.
+void startTheFirst(const MonitorReference & monitor)
 {
     ProcessRunner runner;
-    const MonitorReference monitor = newMonitor();
     ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}));
     ASSERT_TRUE(monitor->waitForEnd());
 }
 
 TEST(ProcessRunnerPipes, StayOpenAsLongAsSomebodyHoldsTheProcess)
 {
-    startTheFirst();
+    const MonitorReference monitor = newMonitor();
+    startTheFirst(monitor);
     const std::size_t before = descriptorsWithoutWatchers();
     const std::size_t forGood = testsupport::handlesKeptOfChild();
     RunningProcess * process = nullptr;
     {
         ProcessRunner runner;
-        const MonitorReference monitor = newMonitor();
         ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}, &process));
         ASSERT_TRUE(monitor->waitForEnd());
         {
@@ -320,7 +320,6 @@ TEST(ProcessRunnerPipes, StayOpenAsLongAsSomebodyHoldsTheProcess)
     expectDescriptors(before + forGood);
 
     ProcessRunner runner;
-    const MonitorReference monitor = newMonitor();
     ASSERT_TRUE(startChild(runner, monitor, "printsAndReturnsSeven", {"", ""}));
     ASSERT_TRUE(monitor->waitForEnd());
     {
@@ -333,11 +332,11 @@ TEST(ProcessRunnerPipes, HaveNoEndOfTheParentThatOtherChildrenGet)
 {
     const TempDirectory directory;
     const Signal go(directory, "go");
-    startTheFirst();
+    const MonitorReference monitor = newMonitor();
+    startTheFirst(monitor);
     const std::size_t before = descriptorsWithoutWatchers();
     const std::size_t inheritableBefore = testsupport::countInheritable();
     ProcessRunner runner;
-    const MonitorReference monitor = newMonitor();
     ASSERT_TRUE(startChild(runner, monitor, "printsAndWaits", {"text", go.path()}));
     ASSERT_TRUE(monitor->waitForOutput("text"));
     EXPECT_EQ(
