@@ -160,7 +160,7 @@ void DailyLogger::writeLastLine() noexcept
     {
         ShortText banner;
         appendStopBanner(banner);
-        internal_log(banner.c_str());
+        DailyLogger::internal_log(banner.c_str());
     }
     catch (...)
     {
