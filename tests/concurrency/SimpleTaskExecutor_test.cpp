@@ -8,6 +8,7 @@
 #include "support/Apartment.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/Load.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
@@ -705,7 +706,7 @@ TEST(TaskExecutor, RunsEveryTaskOfManyThreadsOnce)
 
 TEST(TaskExecutor, StartsAndEndsItsThreadManyTimesWithoutGrowth)
 {
-    constexpr int rounds = 10'000;
+    const int rounds = testsupport::repetitions(10'000);
     Happenings ignored;
     TestSemaphore ran;
     const Reference<TaskExecutor> executor = newExecutor();

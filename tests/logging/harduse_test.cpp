@@ -8,6 +8,7 @@
 #include "support/ChildProcess.h"
 #include "support/Load.h"
 
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -39,6 +40,14 @@ VONTALBASE_TEST_CHILD(logsUntilItIsKilled, arguments)
     }
 }
 
+/// The number at a place of a text; 0 where there is none.
+int numberAt(const std::string & text, std::size_t place)
+{
+    int number = 0;
+    std::from_chars(text.data() + place, text.data() + text.size(), number);
+    return number;
+}
+
 /// The last number that a child has told to the end.
 int lastReported(const std::string & output)
 {
@@ -46,7 +55,7 @@ int lastReported(const std::string & output)
     if (end == std::string::npos || end == 0)
         return 0;
     const std::size_t before = output.rfind('\n', end - 1);
-    return std::atoi(output.c_str() + (before == std::string::npos ? 0 : before + 1));
+    return numberAt(output, before == std::string::npos ? 0 : before + 1);
 }
 
 TEST(KilledProcess, LeavesEveryLineWhoseCallHadReturned)
@@ -72,7 +81,7 @@ TEST(KilledProcess, LeavesEveryLineWhoseCallHadReturned)
                 for (std::size_t at = bytes.find(": line "); at != std::string::npos;
                      at = bytes.find(": line ", at + 1))
                 {
-                    const int number = std::atoi(bytes.c_str() + at + 7);
+                    const int number = numberAt(bytes, at + 7);
                     const std::string rest = std::to_string(number) + " end" + testsupport::lineEnd();
                     if (bytes.compare(at + 7, rest.size(), rest) == 0 && !found.insert(number).second)
                         ADD_FAILURE() << "line " << number << " is there twice";
