@@ -20,4 +20,12 @@ constexpr bool endsAtHugeAllocations = true;
 constexpr bool endsAtHugeAllocations = false;
 #endif
 
+/// Whether the race check takes a library that is loaded again for the one that lay there before, whose last
+/// thread nobody has joined.
+#ifdef __SANITIZE_THREAD__
+constexpr bool remembersUnloadedLibraries = true;
+#else
+constexpr bool remembersUnloadedLibraries = false;
+#endif
+
 } // namespace testsupport
