@@ -19,6 +19,8 @@ namespace
 using qvbase::Reference;
 using qvbase::ReferencedImplMT;
 
+constexpr std::int64_t taskCount = 1'000'000;
+
 class EmptyTask : public qvbase::Task
 {
 public:
@@ -120,12 +122,12 @@ void executorOurs(benchmark::State & state)
         Reference<qvbase::TaskExecutor> executor;
         qvbase::createSimpleTaskExecutor(executor);
         std::binary_semaphore done(0);
-        for (std::int64_t i = 0; i < state.range(0); ++i)
+        for (std::int64_t i = 0; i < taskCount; ++i)
             executor->addTask(new ReferencedImplMT<EmptyTask>);
         executor->addTask(new ReferencedImplMT<LastTask>(done));
         done.acquire();
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 /// One task a million times, so that nothing is allocated but the queue.
@@ -137,12 +139,12 @@ void executorOneTask(benchmark::State & state)
         Reference<qvbase::TaskExecutor> executor;
         qvbase::createSimpleTaskExecutor(executor);
         std::binary_semaphore done(0);
-        for (std::int64_t i = 0; i < state.range(0); ++i)
+        for (std::int64_t i = 0; i < taskCount; ++i)
             executor->addTask(task);
         executor->addTask(new ReferencedImplMT<LastTask>(done));
         done.acquire();
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 /// Functions in the queue itself.
@@ -152,12 +154,12 @@ void executorOfFunctions(benchmark::State & state)
     {
         PlainExecutor<std::function<void()>> executor;
         std::binary_semaphore done(0);
-        for (std::int64_t i = 0; i < state.range(0); ++i)
+        for (std::int64_t i = 0; i < taskCount; ++i)
             executor.add([] {});
         executor.add([&] { done.release(); });
         done.acquire();
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
 /// Tasks that others may hold too, as ours are.
@@ -168,19 +170,18 @@ void executorOfShared(benchmark::State & state)
     {
         PlainExecutor<std::shared_ptr<Function>> executor;
         std::binary_semaphore done(0);
-        for (std::int64_t i = 0; i < state.range(0); ++i)
+        for (std::int64_t i = 0; i < taskCount; ++i)
             executor.add(std::make_shared<Function>([] {}));
         executor.add(std::make_shared<Function>([&] { done.release(); }));
         done.acquire();
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.SetItemsProcessed(state.iterations() * taskCount);
 }
 
-constexpr std::int64_t million = 1'000'000;
-
-BENCHMARK(executorOurs)->Name("executor/million/ours")->Arg(million)->UseRealTime();
-BENCHMARK(executorOneTask)->Name("executor/one_task/ours")->Arg(million)->UseRealTime();
-BENCHMARK(executorOfFunctions)->Name("executor/million/thread+deque")->Arg(million)->UseRealTime();
-BENCHMARK(executorOfShared)->Name("executor/million/thread+deque+shared")->Arg(million)->UseRealTime();
+BENCHMARK(executorOurs)->Name("executor/million/ours")->UseRealTime();
+BENCHMARK(executorOfFunctions)->Name("executor/million/functions")->UseRealTime();
+BENCHMARK(executorOfShared)->Name("executor/million/shared")->UseRealTime();
+BENCHMARK(executorOneTask)->Name("executor/one_task/ours")->UseRealTime();
+BENCHMARK(executorOfFunctions)->Name("executor/one_task/functions")->UseRealTime();
 
 } // namespace
