@@ -15,6 +15,7 @@
 #include <fstream>
 #include <iterator>
 #include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -235,6 +236,9 @@ bool startWithOwnStreams(const std::string & name, const std::vector<std::string
 void endProcess(std::uint32_t number)
 {
     kill(static_cast<pid_t>(number), SIGKILL);
+    // It dies a moment later. Somebody else is to ask for it.
+    siginfo_t ignored;
+    waitid(P_PID, static_cast<id_t>(number), &ignored, WEXITED | WNOWAIT);
 }
 
 std::size_t handlesKeptOfChild()
