@@ -4,7 +4,6 @@
 #include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/banners.h"
 #include "VontalBase/logging/lineparts.h"
-#include "VontalBase/platform/files.h"
 #include "VontalBase/platform/streams.h"
 #include "VontalBase/text/decimal.h"
 
@@ -137,7 +136,6 @@ bool DailyLogger::newLog(Vontal::ulong32 year, unsigned int month, unsigned int 
         started = false;
         return false;
     }
-    platform::writeAtOnce(file);
     currentFileName = std::move(name);
     return true;
 }

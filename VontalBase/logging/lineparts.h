@@ -43,23 +43,15 @@ private:
     std::size_t m_size = 0;
 };
 
-/// Appends a time such as "13:05:09".
-template <class Text>
-void appendTime(const qvbase::EarthTime & time, Text & out)
-{
-    std::string text;
-    time.printTime(text, 2);
-    out.append(text);
-}
-
 /// Appends a moment such as "2026.11.13 13:05:09".
 template <class Text>
 void appendDateAndTime(const qvbase::EarthTime & time, Text & out)
 {
-    std::string text;
-    time.printDate(text, 0, true, true);
-    out.append(text).append(" ");
-    appendTime(time, out);
+    std::string date;
+    std::string clock;
+    time.printDate(date, 0, true, true);
+    time.printTime(clock, 2);
+    out.append(date).append(" ").append(clock);
 }
 
 /// Two decimal digits.
@@ -70,7 +62,7 @@ inline char * putTwoDigits(char * place, int number) noexcept
     return place;
 }
 
-/// What `appendTime` appends, and a blank, for a time that the clock has told.
+/// What `EarthTime::printTime` gives with format 2, and a blank, for a time that the clock has told.
 inline char * putTime(char * place, const qvbase::EarthTime & time) noexcept
 {
     place = putTwoDigits(place, time.hour());

@@ -58,11 +58,6 @@ std::FILE * openStream(const std::wstring & path, const std::string & mode);
 /// written must have been flushed.
 void giveLockBack(std::FILE * stream) noexcept;
 
-/// Makes what is written to a stream go to the system at once, each writing as one piece, where the system's
-/// streams can do that. Elsewhere a flush has to follow.
-/// @param stream nothing has been written to it yet.
-void writeAtOnce(std::FILE * stream) noexcept;
-
 /// Writes all of the bytes and has them arrive at the system, which is done in one call where the system can
 /// do that. Some may have been written where it fails.
 bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noexcept;

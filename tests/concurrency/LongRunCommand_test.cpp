@@ -117,13 +117,6 @@ Reference<Listener> newListener(Happenings & happenings, std::function<void(Long
     return {new ReferencedImplMT<Listener>(happenings, std::move(atEnd))};
 }
 
-Reference<TaskExecutor> newExecutor()
-{
-    Reference<TaskExecutor> executor;
-    qvbase::createSimpleTaskExecutor(executor);
-    return executor;
-}
-
 TEST(LongRunCommand, HasItsVirtualOperationsInOrder)
 {
     EXPECT_EQ(virtualSlot(&LongRunCommandListener::commandFinished), 2U);

@@ -33,13 +33,6 @@ bool nobodyWorks()
     return eventually([] { return workers() == 0; });
 }
 
-Reference<TaskExecutor> newExecutor()
-{
-    Reference<TaskExecutor> executor;
-    qvbase::createSimpleTaskExecutor(executor);
-    return executor;
-}
-
 class Workers : public testing::Test
 {
 protected:

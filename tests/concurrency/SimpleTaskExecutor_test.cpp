@@ -41,13 +41,6 @@ static_assert(std::is_base_of_v<TaskExecutor, SimpleTaskExecutor>);
 static_assert(std::is_base_of_v<qvbase::Runnable, SimpleTaskExecutor>);
 static_assert(std::has_virtual_destructor_v<SimpleTaskExecutor>);
 
-Reference<TaskExecutor> newExecutor()
-{
-    Reference<TaskExecutor> executor;
-    qvbase::createSimpleTaskExecutor(executor);
-    return executor;
-}
-
 /// An executor with a task in progress.
 class Executing : public testing::Test
 {
@@ -444,14 +437,9 @@ TEST(TaskExecutor, CancelsATaskWhoseWorkerBeginsAfterTheStop)
 
 constexpr int caught = 42;
 
-[[noreturn]] void endWithCaught()
-{
-    std::_Exit(caught);
-}
-
 VONTALBASE_TEST_CHILD(throwsOutOfATask, arguments)
 {
-    std::set_terminate(endWithCaught);
+    std::set_terminate([] { std::_Exit(caught); });
     Happenings happenings;
     const Reference<TaskExecutor> executor = newExecutor();
     executor->addTask(newTask(happenings, "T1", [](TaskExecutor *) { throw 1; }));
@@ -476,7 +464,7 @@ VONTALBASE_TEST_CHILD(throwsOutOfACancelledTask, arguments)
         {
         }
     };
-    std::set_terminate(endWithCaught);
+    std::set_terminate([] { std::_Exit(caught); });
     Happenings happenings;
     Gate gate;
     const Reference<TaskExecutor> executor = newExecutor();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VontalBase/concurrency/Task.h"
+#include "VontalBase/concurrency/TaskExecutor.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 
@@ -12,6 +13,13 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+inline qvbase::Reference<qvbase::TaskExecutor> newExecutor()
+{
+    qvbase::Reference<qvbase::TaskExecutor> executor;
+    qvbase::createSimpleTaskExecutor(executor);
+    return executor;
+}
 
 /// What happened, in its order, as several threads tell it.
 class Happenings

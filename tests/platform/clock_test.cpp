@@ -1,5 +1,8 @@
 #include "VontalBase/platform/clock.h"
 
+#include "support/ChildProcess.h"
+#include "support/UserSettings.h"
+
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -62,6 +65,30 @@ TEST_F(PlatformClock, TellsTheTimeOfTheUsersZone)
         platform::millisecondsSince1970(now) - platform::millisecondsSince1970(expected);
     EXPECT_GE(passed, -tick);
     EXPECT_LE(passed, after - before + tick);
+}
+
+VONTALBASE_TEST_CHILD(goesToAnotherZone, arguments)
+{
+    constexpr std::int64_t ahead = (5 * 60 + 45) * 60'000;
+    // Within one second again and again, most of the times.
+    for (int i = 0; i < 20; ++i)
+    {
+        testsupport::takeZone("ABC0");
+        const std::int64_t here = platform::millisecondsSince1970(platform::localNow());
+        testsupport::takeZone("XYZ-5:45");
+        const std::int64_t there = platform::millisecondsSince1970(platform::localNow());
+        constexpr std::int64_t aMinute = 60'000;
+        if (there - here < ahead - aMinute || there - here > ahead + aMinute)
+            return 10;
+    }
+    return 3;
+}
+
+TEST_F(PlatformClock, FollowsTheProcessToAnotherZoneWithinASecond)
+{
+    if (!testsupport::zoneCanBeTaken())
+        GTEST_SKIP() << "the zone is that of the system here";
+    EXPECT_EQ(testsupport::runChild("goesToAnotherZone").exitCode, 3);
 }
 
 TEST_F(PlatformClock, CountsWholeSecondsFrom1970)

@@ -1,6 +1,7 @@
 #include "support/UserSettings.h"
 
 #include <cstdlib>
+#include <ctime>
 
 namespace testsupport
 {
@@ -16,6 +17,15 @@ void takeUserLocale(const char *)
 {
 }
 
+bool zoneCanBeTaken()
+{
+    return false;
+}
+
+void takeZone(const char *)
+{
+}
+
 #else
 
 bool userLocaleCanBeTaken()
@@ -26,6 +36,17 @@ bool userLocaleCanBeTaken()
 void takeUserLocale(const char * name)
 {
     setenv("LC_ALL", name, 1);
+}
+
+bool zoneCanBeTaken()
+{
+    return true;
+}
+
+void takeZone(const char * zone)
+{
+    setenv("TZ", zone, 1);
+    tzset();
 }
 
 #endif

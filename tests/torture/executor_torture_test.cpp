@@ -1,13 +1,11 @@
 #include "VontalBase/concurrency/SimpleTaskExecutor.h"
 #include "VontalBase/concurrency/Task.h"
-#include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImplMT.h"
-#include "VontalBase/platform/threads.h"
 
 #include "support/Eventually.h"
 #include "support/Torture.h"
+#include "torture/threadends.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -46,20 +44,10 @@ private:
 };
 
 /// Waits for the threads of the library, and closes the handle that it keeps of the last.
-void closeTheLast()
+void closeAll()
 {
-    EXPECT_TRUE(testsupport::eventually(
-        []
-        {
-            const qvbase::ThreadMutexGuard guard(qvbase::threadRegistry.threadRegistryMutex, true);
-            return qvbase::threadRegistry.runningThreads.empty();
-        }));
-    const qvbase::ThreadMutexGuard guard(qvbase::threadRegistry.threadRegistryMutex, true);
-    while (!qvbase::threadRegistry.endedThreads.empty())
-    {
-        platform::joinThread(qvbase::threadRegistry.endedThreads.front());
-        qvbase::threadRegistry.endedThreads.pop_front();
-    }
+    EXPECT_TRUE(testsupport::eventually(&everybodyHasRetired));
+    closeTheLast();
 }
 
 /// Whether it was the start of a thread that went wrong.
@@ -101,7 +89,7 @@ TEST(ExecutorTorture, ATaskThatNoThreadCouldBeHadForWaitsForTheNextOne)
             {
                 EXPECT_TRUE(fault.isAllocation());
             }
-            closeTheLast();
+            closeAll();
         });
     EXPECT_GE(waited, 2) << "for want of a thread, and of memory";
 }
@@ -147,7 +135,7 @@ TEST(ExecutorTorture, ATaskIsAddedOrMemoryWasTooShortForIt)
             {
                 EXPECT_TRUE(fault.isAllocation());
             }
-            closeTheLast();
+            closeAll();
         });
     EXPECT_GT(refused, 0);
 }
@@ -170,7 +158,7 @@ TEST(ExecutorTorture, ATaskThatNoThreadCouldBeHadForIsLetGoWithTheExecutor)
             {
                 EXPECT_TRUE(fault.isAllocation());
             }
-            closeTheLast();
+            closeAll();
         });
 }
 

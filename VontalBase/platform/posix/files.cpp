@@ -247,11 +247,6 @@ void giveLockBack(std::FILE * stream) noexcept
     flock(fileno(stream), LOCK_UN);
 }
 
-void writeAtOnce(std::FILE * stream) noexcept
-{
-    std::setvbuf(stream, nullptr, _IONBF, 0);
-}
-
 bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noexcept
 {
     if (std::fflush(stream) != 0)

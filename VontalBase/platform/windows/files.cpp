@@ -127,11 +127,6 @@ void giveLockBack(std::FILE *) noexcept
 {
 }
 
-void writeAtOnce(std::FILE *) noexcept
-{
-    // Without a buffer the runtime library writes text byte by byte.
-}
-
 bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noexcept
 {
     return std::fwrite(data, 1, size, stream) == size && std::fflush(stream) == 0;
