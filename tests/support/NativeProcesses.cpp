@@ -256,6 +256,21 @@ std::size_t mostDescriptorsOfANewProcess()
     return 3;
 }
 
+namespace
+{
+
+/// What the system tells of the process with that folder; empty when it has gone, also while this reads.
+std::string statusOf(const std::filesystem::path & process)
+{
+    std::ifstream file(process / "stat");
+    std::string status;
+    // The buffer itself throws where a process goes between opening and reading; this takes it for no text.
+    std::getline(file, status, '\0');
+    return status;
+}
+
+} // namespace
+
 std::size_t countDeadChildren()
 {
     std::size_t count = 0;
@@ -263,8 +278,7 @@ std::size_t countDeadChildren()
     {
         if (!std::isdigit(static_cast<unsigned char>(entry.path().filename().c_str()[0])))
             continue;
-        std::ifstream file(entry.path() / "stat");
-        const std::string status{std::istreambuf_iterator<char>(file), {}};
+        const std::string status = statusOf(entry.path());
         // The state and the parent stand behind the name, which is in brackets.
         const std::size_t nameEnd = status.rfind(')');
         const std::string wanted = ") Z " + std::to_string(getpid()) + ' ';
@@ -294,8 +308,7 @@ constexpr int manyDescriptors = 4096;
 /// The letter that the system has for the state of a process; 0 for none.
 char stateOf(std::uint32_t number)
 {
-    std::ifstream file("/proc/" + std::to_string(number) + "/stat");
-    const std::string status{std::istreambuf_iterator<char>(file), {}};
+    const std::string status = statusOf("/proc/" + std::to_string(number));
     // It stands behind the name, which is in brackets.
     const std::size_t nameEnd = status.rfind(") ");
     return nameEnd == std::string::npos ? '\0' : status.at(nameEnd + 2);
