@@ -71,6 +71,7 @@
 #include "VontalBase/parse/LexAnal.h"
 #include "VontalBase/parse/SemicolonSeparatedOptions.h"
 #include "VontalBase/parse/splitting.h"
+#include "VontalBase/platform/com.h"
 #include "VontalBase/platform/filetime.h"
 #include "VontalBase/text/AStringBuilder.h"
 #include "VontalBase/text/U8StringBuilder.h"

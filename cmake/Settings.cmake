@@ -4,6 +4,8 @@
 find_package(Threads REQUIRED)
 if(NOT WIN32)
     find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
+    find_package(LibXml2 2.9 REQUIRED)
+    find_package(LibXslt 1.1 REQUIRED)
 endif()
 
 # All programs in one folder. On Windows the DLLs are there too, for a program finds them beside itself.
@@ -82,8 +84,8 @@ function(vontalbase_set_up_library target)
     # Libraries of the system that the platform halves call. They are the library's own affair: an application
     # needs neither their headers nor their names.
     if(WIN32)
-        target_link_libraries(${target} PRIVATE crypt32 ole32)
+        target_link_libraries(${target} PRIVATE crypt32 ole32 oleaut32)
     else()
-        target_link_libraries(${target} PRIVATE OpenSSL::Crypto)
+        target_link_libraries(${target} PRIVATE OpenSSL::Crypto LibXml2::LibXml2 LibXslt::LibXslt)
     endif()
 endfunction()

@@ -9,8 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 # Debian packages, by purpose.
-packages_build=(g++ cmake ninja-build libssl-dev)
-packages_tests=(python3 pkg-config googletest locales tzdata)
+packages_build=(g++ cmake ninja-build libssl-dev libxml2-dev libxslt1-dev)
+packages_tests=(python3 pkg-config googletest locales tzdata libxml2-utils xsltproc)
 packages_windows=(g++-mingw-w64-x86-64-posix wine64)
 packages_bench=(python3 libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev libboost-json1.81-dev
     libicu-dev libspdlog-dev)

@@ -1,0 +1,130 @@
+/// @file
+/// COM for applications: the interfaces that they hand to the library and are given by it.
+///
+/// On Windows these are the system's own declarations. Elsewhere they are ours, with the same names, argument
+/// types, orders of operations and result codes, so that one source compiles on both:
+/// VontalBase/platform/comtypes.h, cominterfaces.h, comfunctions.h and comxml.h. The classes behind
+/// `CoCreateInstance` are then the library's own.
+#pragma once
+
+#ifdef _WIN32
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+
+// IWYU pragma: begin_exports
+#include <windows.h>
+#include <comdef.h>
+#include <msxml2.h>
+#include <objbase.h>
+#include <oleauto.h>
+// IWYU pragma: end_exports
+
+#else
+
+// IWYU pragma: begin_exports
+#include "VontalBase/platform/comfunctions.h"
+#include "VontalBase/platform/cominterfaces.h"
+#include "VontalBase/platform/comtypes.h"
+#include "VontalBase/platform/comxml.h"
+// IWYU pragma: end_exports
+
+#endif
+
+namespace platform
+{
+
+/// What `idOf` gives; specialised for each interface.
+template <class Interface>
+inline constexpr GUID interfaceId = Interface::thisInterfaceHasNoKnownId;
+
+/// @cond
+// clang-format off
+template <> inline constexpr GUID interfaceId<IUnknown> =
+    {0x00000000, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+template <> inline constexpr GUID interfaceId<ISequentialStream> =
+    {0x0c733a30, 0x2a1c, 0x11ce, {0xad, 0xe5, 0x00, 0xaa, 0x00, 0x44, 0x77, 0x3d}};
+template <> inline constexpr GUID interfaceId<IStream> =
+    {0x0000000c, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+template <> inline constexpr GUID interfaceId<IDispatch> =
+    {0x00020400, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+template <> inline constexpr GUID interfaceId<IErrorInfo> =
+    {0x1cf2b120, 0x547d, 0x101b, {0x8e, 0x65, 0x08, 0x00, 0x2b, 0x2b, 0xd1, 0x19}};
+template <> inline constexpr GUID interfaceId<ICreateErrorInfo> =
+    {0x22f03340, 0x547d, 0x101b, {0x8e, 0x65, 0x08, 0x00, 0x2b, 0x2b, 0xd1, 0x19}};
+template <> inline constexpr GUID interfaceId<ISupportErrorInfo> =
+    {0xdf0b3d60, 0x548f, 0x101b, {0x8e, 0x65, 0x08, 0x00, 0x2b, 0x2b, 0xd1, 0x19}};
+template <> inline constexpr GUID interfaceId<IXMLDOMNode> =
+    {0x2933bf80, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMDocument> =
+    {0x2933bf81, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMNodeList> =
+    {0x2933bf82, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMNamedNodeMap> =
+    {0x2933bf83, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMCharacterData> =
+    {0x2933bf84, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMAttribute> =
+    {0x2933bf85, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMElement> =
+    {0x2933bf86, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMText> =
+    {0x2933bf87, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMComment> =
+    {0x2933bf88, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMProcessingInstruction> =
+    {0x2933bf89, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMCDATASection> =
+    {0x2933bf8a, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+template <> inline constexpr GUID interfaceId<IXMLDOMParseError> =
+    {0x3efaa426, 0x272f, 0x11d2, {0x83, 0x6f, 0x00, 0x00, 0xf8, 0x7a, 0x77, 0x82}};
+template <> inline constexpr GUID interfaceId<IMXWriter> =
+    {0x4d7ff4ba, 0x1565, 0x4ea8, {0x94, 0xe1, 0x6e, 0x72, 0x4a, 0x46, 0xf9, 0x8d}};
+template <> inline constexpr GUID interfaceId<ISAXXMLReader> =
+    {0xa4f96ed0, 0xf829, 0x476e, {0x81, 0xc0, 0xcd, 0xc7, 0xbd, 0x2a, 0x08, 0x02}};
+template <> inline constexpr GUID interfaceId<ISAXContentHandler> =
+    {0x1545cdfa, 0x9e4e, 0x4497, {0xa8, 0xa4, 0x2b, 0xf7, 0xd0, 0x11, 0x2c, 0x44}};
+template <> inline constexpr GUID interfaceId<ISAXErrorHandler> =
+    {0xa60511c4, 0xccf5, 0x479e, {0x98, 0xa3, 0xdc, 0x8d, 0xc5, 0x45, 0xb7, 0xd0}};
+template <> inline constexpr GUID interfaceId<ISAXDTDHandler> =
+    {0xe15c1baf, 0xafb3, 0x4d60, {0x8c, 0x36, 0x19, 0xa8, 0xc4, 0x5d, 0xef, 0xed}};
+// clang-format on
+
+inline constexpr GUID domDocument60ClassId = {
+    0x88d96a05, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
+inline constexpr GUID anyXmlWriterClassId = {
+    0xfc220ad8, 0xa72a, 0x4ee8, {0x92, 0x6e, 0x0b, 0x7a, 0xd1, 0x52, 0xa0, 0x20}};
+inline constexpr GUID anySaxReaderClassId = {
+    0x079aa557, 0x4a18, 0x424a, {0x8e, 0xee, 0xe3, 0x9f, 0x0a, 0x8d, 0x41, 0xb9}};
+/// @endcond
+
+/// The identity of one of the interfaces named above, without a library of identities to link.
+template <class Interface>
+constexpr REFIID idOf() noexcept
+{
+    return interfaceId<Interface>;
+}
+
+/// The class of documents: `DOMDocument60`, the XML service's version 6.0 and no other.
+constexpr REFCLSID domDocumentClass() noexcept
+{
+    return domDocument60ClassId;
+}
+
+/// The class of writers, of whatever version: `MXXMLWriter`.
+constexpr REFCLSID xmlWriterClass() noexcept
+{
+    return anyXmlWriterClassId;
+}
+
+/// The class of readers, of whatever version: `SAXXMLReader`.
+constexpr REFCLSID saxReaderClass() noexcept
+{
+    return anySaxReaderClassId;
+}
+
+} // namespace platform
