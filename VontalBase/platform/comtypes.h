@@ -8,6 +8,7 @@
 
 #ifndef _WIN32
 
+#include "VontalBase/platform/filetime.h"
 #include "VontalBase/text/integers.h"
 
 #include <cstddef>
@@ -88,13 +89,6 @@ union ULARGE_INTEGER
         DWORD HighPart; ///< The high 32 bits.
     } u;                ///< The two halves.
     ULONGLONG QuadPart; ///< The whole.
-};
-
-/// A moment, in 100 nanoseconds since 1601 in UTC.
-struct FILETIME
-{
-    DWORD dwLowDateTime;  ///< The low 32 bits.
-    DWORD dwHighDateTime; ///< The high 32 bits.
 };
 
 /// The identity of an interface or class.
