@@ -13,4 +13,8 @@ namespace platform
 /// is written.
 void writeErrorText(const std::wstring & text, int error);
 
+/// Writes `text` and a line end to `std::wcerr`. No failure is reported, and none stays with the stream: what
+/// its locale does not have may be lost or replaced, but later lines are written.
+void writeWideErrorLine(const std::wstring & text);
+
 } // namespace platform

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <iostream>
 
 namespace platform
 {
@@ -21,6 +22,20 @@ void writeErrorText(const std::wstring & text, int error)
         _wperror(text.c_str());
     else
         std::perror(utf8.c_str());
+}
+
+void writeWideErrorLine(const std::wstring & text)
+{
+    std::wcerr << text << std::endl;
+    if (std::wcerr.good())
+        return;
+    // The locale does not have one of the characters, and the line stopped there.
+    std::wcerr.clear();
+    std::wstring plain = text;
+    std::replace_if(
+        plain.begin(), plain.end(), [](wchar_t unit) { return unit >= 0x80; }, L'?');
+    std::wcerr << std::endl << plain << std::endl;
+    std::wcerr.clear();
 }
 
 } // namespace platform

@@ -1,0 +1,8 @@
+#include "VontalBase/xml/Node.h"
+
+namespace qvxml
+{
+
+Node::~Node() = default;
+
+} // namespace qvxml

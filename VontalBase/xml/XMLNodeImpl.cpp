@@ -1,0 +1,373 @@
+#include "VontalBase/xml/XMLNodeImpl.h"
+
+#include "VontalBase/core/ReferenceMSCom.h"
+#include "VontalBase/platform/com.h"
+#include "VontalBase/text/U8StringBuilder.h"
+#include "VontalBase/text/astring.h"
+#include "VontalBase/text/conversions.h"
+#include "VontalBase/text/integers.h"
+#include "VontalBase/text/numbers.h"
+#include "VontalBase/text/pstring.h"
+#include "VontalBase/utils/convert2double.h"
+#include "VontalBase/xml/XMLDocPtr.h"
+#include "VontalBase/xml/comtext.h"
+
+#include <string_view>
+#include <utility>
+
+namespace qvxml
+{
+
+namespace
+{
+
+using NodeReference = qvbase::ReferenceMSCom<IXMLDOMNode>;
+using ElementReference = qvbase::ReferenceMSCom<IXMLDOMElement>;
+
+void assignUtf8(Vontal::u8string & destination, std::wstring_view text)
+{
+    Vontal::c_u16u8(destination, std::wstring(text));
+}
+
+bool isOfType(IXMLDOMNode & node, DOMNodeType wanted, bool & is)
+{
+    DOMNodeType type = NODE_INVALID;
+    if (FAILED(node.get_nodeType(&type)))
+        return false;
+    is = type == wanted;
+    return true;
+}
+
+/// Appends @p child to @p parent.
+bool append(IXMLDOMNode & parent, IXMLDOMNode * child, NodeReference & appended)
+{
+    return SUCCEEDED(parent.appendChild(child, appended.receive())) && appended;
+}
+
+/// The element that a node is, with a reference.
+ElementReference elementOf(IXMLDOMNode & node)
+{
+    ElementReference element;
+    void * found = nullptr;
+    if (SUCCEEDED(node.QueryInterface(platform::idOf<IXMLDOMElement>(), &found)))
+        *element.receive() = static_cast<IXMLDOMElement *>(found);
+    return element;
+}
+
+/// The first element among a node and its next siblings, with a reference; null also where the service
+/// refuses.
+ElementReference elementFrom(NodeReference node)
+{
+    while (node)
+    {
+        bool isElement = false;
+        if (!isOfType(*node.get(), NODE_ELEMENT, isElement))
+            return {};
+        if (isElement)
+            return elementOf(*node.get());
+        NodeReference next;
+        if (FAILED(node->get_nextSibling(next.receive())))
+            return {};
+        node = std::move(next);
+    }
+    return {};
+}
+
+/// Appends a text to an element.
+bool appendText(IXMLDOMDocument & document, IXMLDOMElement & element, const wchar_t * text)
+{
+    const ComText content{std::wstring_view(text)};
+    qvbase::ReferenceMSCom<IXMLDOMText> created;
+    NodeReference appended;
+    return SUCCEEDED(document.createTextNode(content.get(), created.receive())) && created &&
+           append(element, created.get(), appended);
+}
+
+/// The value of an attribute as text, whatever the service holds.
+bool readValue(IXMLDOMNode & attribute, Vontal::u8string & value)
+{
+    ComVariant held;
+    if (FAILED(attribute.get_nodeValue(held.address())))
+        return false;
+    if (!held.isText() && FAILED(VariantChangeType(held.address(), held.address(), 0, VT_BSTR)))
+        return false;
+    assignUtf8(value, held.text());
+    return true;
+}
+
+} // namespace
+
+XMLNodeImpl::XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement) : doc(owner), element(domElement)
+{
+    element->AddRef();
+}
+
+XMLNodeImpl::~XMLNodeImpl()
+{
+    element->Release();
+}
+
+Node * XMLNodeImpl::createChild(const char * name)
+{
+    return createChild(name, static_cast<const wchar_t *>(nullptr));
+}
+
+Node * XMLNodeImpl::createChild(const Vontal::u8string & name)
+{
+    return createChild(name.c_str(), static_cast<const wchar_t *>(nullptr));
+}
+
+Node * XMLNodeImpl::createChild(const char * name, const wchar_t * text)
+{
+    if (name == nullptr || doc->get() == nullptr)
+        return nullptr;
+    const ComText wideName{std::string(name)};
+    ElementReference created;
+    NodeReference appended;
+    if (FAILED(doc->get()->createElement(wideName.get(), created.receive())) || !created ||
+        !append(*element, created.get(), appended))
+        return nullptr;
+    const ElementReference child = elementOf(*appended.get());
+    if (!child || (text != nullptr && !appendText(*doc->get(), *child.get(), text)))
+        return nullptr;
+    return doc->getNode(child.get());
+}
+
+Node * XMLNodeImpl::createChild(const char * name, const Vontal::u8string & text)
+{
+    return createChild(name, text.c_str());
+}
+
+Node * XMLNodeImpl::createChild(const char * name, const char * text)
+{
+    if (text == nullptr)
+        return createChild(name);
+    std::wstring wide;
+    Vontal::c_u8u16(wide, text);
+    return createChild(name, wide.c_str());
+}
+
+IXMLDOMElement * XMLNodeImpl::getElement()
+{
+    return element;
+}
+
+Vontal::u8string XMLNodeImpl::getNodeName()
+{
+    Vontal::u8string name;
+    ComText text;
+    if (SUCCEEDED(element->get_nodeName(text.receive())))
+        assignUtf8(name, text.view());
+    return name;
+}
+
+bool XMLNodeImpl::isNodeName(const char * name)
+{
+    return name != nullptr && getNodeName() == name;
+}
+
+bool XMLNodeImpl::readText(ComText & text)
+{
+    NodeReference child;
+    if (FAILED(element->get_firstChild(child.receive())))
+        return false;
+    if (!child)
+        return true;
+    bool isText = false;
+    return isOfType(*child.get(), NODE_TEXT, isText) && isText && SUCCEEDED(child->get_text(text.receive()));
+}
+
+bool XMLNodeImpl::getText(Vontal::astring & text)
+{
+    ComText read;
+    if (!readText(read))
+        return false;
+    text = std::wstring(read.view());
+    return true;
+}
+
+bool XMLNodeImpl::getText(Vontal::u8string & text)
+{
+    ComText read;
+    if (!readText(read))
+        return false;
+    assignUtf8(text, read.view());
+    return true;
+}
+
+void XMLNodeImpl::getProperties(std::map<Vontal::u8string, Vontal::u8string> & properties)
+{
+    qvbase::ReferenceMSCom<IXMLDOMNamedNodeMap> attributes;
+    Vontal::long32 count = 0;
+    if (FAILED(element->get_attributes(attributes.receive())) || !attributes ||
+        FAILED(attributes->get_length(&count)))
+        return;
+    for (Vontal::long32 i = 0; i < count; ++i)
+    {
+        NodeReference attribute;
+        ComText name;
+        Vontal::u8string value;
+        if (FAILED(attributes->get_item(i, attribute.receive())) || !attribute ||
+            FAILED(attribute->get_nodeName(name.receive())) || !readValue(*attribute.get(), value))
+            return;
+        Vontal::u8string key;
+        assignUtf8(key, name.view());
+        properties[key] = value;
+    }
+}
+
+bool XMLNodeImpl::setText(const char * name, const ComText & value)
+{
+    const ComText wideName{std::string(name)};
+    return SUCCEEDED(element->setAttribute(wideName.get(), variantOf(value)));
+}
+
+bool XMLNodeImpl::setProperty(const char * name, unsigned int value)
+{
+    return setProperty(name, static_cast<const Vontal::u8string &>(Vontal::U8StringBuilder().append(value)));
+}
+
+bool XMLNodeImpl::setProperty(const char * name, int value)
+{
+    return setProperty(name, std::to_string(value).c_str());
+}
+
+bool XMLNodeImpl::setProperty(const char * name, bool value)
+{
+    return setProperty(name, value ? 1U : 0U);
+}
+
+bool XMLNodeImpl::setProperty(const char * name, const wchar_t * value)
+{
+    return setText(name, ComText{std::wstring_view(value)});
+}
+
+bool XMLNodeImpl::setProperty(const char * name, const char * value)
+{
+    return setText(name, ComText{std::string(value)});
+}
+
+bool XMLNodeImpl::setProperty(const char * name, const Vontal::pstring & value)
+{
+    return setProperty(name, value.c_str());
+}
+
+bool XMLNodeImpl::setProperty(const char * name, const Vontal::astring & value)
+{
+    return setProperty(name, value.c_str());
+}
+
+bool XMLNodeImpl::setProperty(const char * name, const Vontal::u8string & value)
+{
+    return setProperty(name, value.c_str());
+}
+
+bool XMLNodeImpl::readAttribute(const char * name, ComVariant & value)
+{
+    const ComText wideName{std::string(name)};
+    return SUCCEEDED(element->getAttribute(wideName.get(), value.address())) && value.isText();
+}
+
+bool XMLNodeImpl::getProperty(const char * name, bool & value)
+{
+    unsigned int number = 0;
+    if (!getProperty(name, number))
+        return false;
+    value = number > 0;
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, double & value)
+{
+    Vontal::u8string text;
+    if (!getProperty(name, text))
+        return false;
+    qvutils::convert2double(text.c_str(), value);
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, unsigned int & value)
+{
+    Vontal::u8string text;
+    if (!getProperty(name, text))
+        return false;
+    value = Vontal::string2UInt(text);
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, int & value)
+{
+    Vontal::u8string text;
+    if (!getProperty(name, text))
+        return false;
+    bool ok = false;
+    value = Vontal::string2Int(text, ok);
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, Vontal::pstring & value)
+{
+    ComVariant held;
+    if (!readAttribute(name, held))
+        return false;
+    value = std::wstring(held.text());
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, Vontal::astring & value)
+{
+    ComVariant held;
+    if (!readAttribute(name, held))
+        return false;
+    value = std::wstring(held.text());
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, Vontal::u8string & value)
+{
+    ComVariant held;
+    if (!readAttribute(name, held))
+        return false;
+    assignUtf8(value, held.text());
+    return true;
+}
+
+bool XMLNodeImpl::getProperty(const char * name, [[maybe_unused]] const Vontal::u8string & space,
+    [[maybe_unused]] const Vontal::u8string & ignored, Vontal::u8string & value)
+{
+    return getProperty(name, value);
+}
+
+Node * XMLNodeImpl::getFirstChild(const char * name)
+{
+    Node * child = getFirstChild();
+    while (child != nullptr && !child->isNodeName(name))
+        child = child->getNextSibling();
+    return child;
+}
+
+Node * XMLNodeImpl::getFirstChild()
+{
+    NodeReference child;
+    if (FAILED(element->get_firstChild(child.receive())))
+        return nullptr;
+    return doc->getNode(elementFrom(std::move(child)).get());
+}
+
+Node * XMLNodeImpl::getNextSibling(const char * name)
+{
+    Node * sibling = getNextSibling();
+    while (sibling != nullptr && !sibling->isNodeName(name))
+        sibling = sibling->getNextSibling();
+    return sibling;
+}
+
+Node * XMLNodeImpl::getNextSibling()
+{
+    NodeReference sibling;
+    if (FAILED(element->get_nextSibling(sibling.receive())))
+        return nullptr;
+    return doc->getNode(elementFrom(std::move(sibling)).get());
+}
+
+} // namespace qvxml

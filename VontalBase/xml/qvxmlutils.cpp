@@ -1,0 +1,410 @@
+// Documents, and every failure that names this file.
+
+#include "VontalBase/core/ReferenceMSCom.h"
+#include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/platform/com.h"
+#include "VontalBase/platform/console.h"
+#include "VontalBase/text/U8StringBuilder.h"
+#include "VontalBase/text/VontalException.h"
+#include "VontalBase/text/conversions.h"
+#include "VontalBase/text/integers.h"
+#include "VontalBase/xml/MemoryStream.h"
+#include "VontalBase/xml/XMLDocPtr.h"
+#include "VontalBase/xml/XMLNodeImpl.h"
+#include "VontalBase/xml/comtext.h"
+#include "VontalBase/xml/nodetables.h"
+
+#include <limits>
+#include <memory>
+#include <source_location>
+
+namespace qvxml
+{
+
+namespace
+{
+
+using DocumentReference = qvbase::ReferenceMSCom<IXMLDOMDocument>;
+using ElementReference = qvbase::ReferenceMSCom<IXMLDOMElement>;
+using NodeReference = qvbase::ReferenceMSCom<IXMLDOMNode>;
+
+/// Adds an entry of the calling line to the record. Returns false, for the caller to return.
+bool refuse(VontalException & error, const Vontal::u8string & text,
+    const std::source_location position = std::source_location::current())
+{
+    error.add("qvxmlutils", static_cast<int>(position.line()), text);
+    return false;
+}
+
+/// Asks an object for another of its interfaces. Whether it has it.
+template <class Interface>
+bool query(IUnknown & object, qvbase::ReferenceMSCom<Interface> & out)
+{
+    void * found = nullptr;
+    if (FAILED(object.QueryInterface(platform::idOf<Interface>(), &found)))
+        return false;
+    *out.receive() = static_cast<Interface *>(found);
+    return out.get() != nullptr;
+}
+
+/// Makes an object of a class.
+template <class Interface>
+HRESULT make(const GUID & classId, qvbase::ReferenceMSCom<Interface> & out)
+{
+    void * made = nullptr;
+    const HRESULT result =
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &made);
+    if (SUCCEEDED(result))
+        *out.receive() = static_cast<Interface *>(made);
+    return result;
+}
+
+/// Makes a document, after having initialised COM where that is what is missing.
+bool makeDocument(DocumentReference & out)
+{
+    HRESULT result = make(platform::domDocumentClass(), out);
+    if (result == CO_E_NOTINITIALIZED && SUCCEEDED(CoInitialize(nullptr)))
+        result = make(platform::domDocumentClass(), out);
+    return SUCCEEDED(result) && out;
+}
+
+/// Writes why a document could not be loaded.
+void writeParseError(IXMLDOMDocument & document)
+{
+    qvbase::ReferenceMSCom<IXMLDOMParseError> error;
+    Vontal::long32 filePosition = 0;
+    Vontal::long32 line = 0;
+    Vontal::long32 column = 0;
+    ComText reason;
+    if (SUCCEEDED(document.get_parseError(error.receive())) && error)
+    {
+        error->get_filepos(&filePosition);
+        error->get_line(&line);
+        error->get_linepos(&column);
+        error->get_reason(reason.receive());
+    }
+    std::wstring text = L"Failed to parse XML: (" + std::to_wstring(filePosition) + L':' +
+                        std::to_wstring(line) + L',' + std::to_wstring(column) + L')';
+    text.append(reason.view());
+    // Some services end the reason with a line end of their own.
+    while (text.ends_with(L'\n') || text.ends_with(L'\r'))
+        text.pop_back();
+    platform::writeWideErrorLine(text);
+}
+
+/// Appends the XML declaration to a new document.
+bool appendDeclaration(IXMLDOMDocument & document)
+{
+    const ComText target{std::wstring_view(L"xml")};
+    // Kept: the blank in front is part of the text.
+    const ComText data{std::wstring_view(L" version='1.0'")};
+    qvbase::ReferenceMSCom<IXMLDOMProcessingInstruction> instruction;
+    NodeReference appended;
+    return SUCCEEDED(document.createProcessingInstruction(target.get(), data.get(), instruction.receive())) &&
+           instruction && SUCCEEDED(document.appendChild(instruction.get(), appended.receive()));
+}
+
+/// Appends the root element to a new document.
+bool appendRoot(IXMLDOMDocument & document, const Vontal::u8string & name, ElementReference & root)
+{
+    const ComText wideName{static_cast<const std::string &>(name)};
+    ElementReference created;
+    NodeReference appended;
+    return SUCCEEDED(document.createElement(wideName.get(), created.receive())) && created &&
+           SUCCEEDED(document.appendChild(created.get(), appended.receive())) && appended &&
+           query(*appended.get(), root);
+}
+
+/// The writer of reindented XML, which is the receiver of what a reader finds.
+class IndentingWriter
+{
+public:
+    bool create()
+    {
+        return SUCCEEDED(make(platform::xmlWriterClass(), m_writer)) && m_writer &&
+               query(*m_writer.get(), m_content) && query(*m_writer.get(), m_errors) &&
+               query(*m_writer.get(), m_types) && setUp();
+    }
+
+    /// Lets a reader hand over to this writer all that it finds.
+    bool connect(ISAXXMLReader & reader)
+    {
+        const VARIANT writer = variantOf(static_cast<IDispatch *>(m_writer.get()));
+        return SUCCEEDED(reader.putContentHandler(m_content.get())) &&
+               SUCCEEDED(reader.putDTDHandler(m_types.get())) &&
+               SUCCEEDED(reader.putErrorHandler(m_errors.get())) &&
+               SUCCEEDED(putProperty(reader, L"http://xml.org/sax/properties/lexical-handler", writer)) &&
+               SUCCEEDED(putProperty(reader, L"http://xml.org/sax/properties/declaration-handler", writer));
+    }
+
+    HRESULT putOutput(IDispatch * output)
+    {
+        return m_writer->put_output(variantOf(output));
+    }
+
+private:
+    bool setUp()
+    {
+        const ComText encoding{std::wstring_view(L"UTF-8")};
+        return SUCCEEDED(m_writer->put_omitXMLDeclaration(VARIANT_FALSE)) &&
+               SUCCEEDED(m_writer->put_standalone(VARIANT_TRUE)) &&
+               SUCCEEDED(m_writer->put_indent(VARIANT_TRUE)) &&
+               SUCCEEDED(m_writer->put_encoding(encoding.get()));
+    }
+
+    static HRESULT putProperty(ISAXXMLReader & reader, const wchar_t * name, const VARIANT & value)
+    {
+        return reader.putProperty(name, value);
+    }
+
+    qvbase::ReferenceMSCom<IMXWriter> m_writer;
+    qvbase::ReferenceMSCom<ISAXContentHandler> m_content;
+    qvbase::ReferenceMSCom<ISAXErrorHandler> m_errors;
+    qvbase::ReferenceMSCom<ISAXDTDHandler> m_types;
+};
+
+} // namespace
+
+XMLDocPtr::XMLDocPtr() : nodes(nullptr), document(nullptr), elements(nullptr)
+{
+    internalInit();
+}
+
+XMLDocPtr::XMLDocPtr(IXMLDOMDocument * doc) : nodes(nullptr), document(nullptr), elements(nullptr)
+{
+    internalInit();
+    attach(doc);
+}
+
+XMLDocPtr::~XMLDocPtr()
+{
+    freeXml();
+    delete nodes;
+    delete elements;
+}
+
+void XMLDocPtr::internalInit()
+{
+    auto newNodes = std::make_unique<NodeSet>();
+    elements = new ElementTable;
+    nodes = newNodes.release();
+}
+
+XMLDocPtr & XMLDocPtr::operator=(XMLDocPtr & other)
+{
+    // Kept: both objects share the tables of the other one from here on, and this one's own are never freed.
+    nodes = other.nodes;
+    elements = other.elements;
+    IXMLDOMDocument * const released = document;
+    document = other.document;
+    if (document != nullptr)
+        document->AddRef();
+    if (released != nullptr)
+        released->Release();
+    return *this;
+}
+
+void XMLDocPtr::attach(IXMLDOMDocument * doc)
+{
+    // Held first, since it may be the one that is freed.
+    DocumentReference held(doc);
+    freeXml();
+    document = held.detach();
+}
+
+IXMLDOMDocument * XMLDocPtr::get() const noexcept
+{
+    return document;
+}
+
+void XMLDocPtr::release()
+{
+    freeXml();
+}
+
+void XMLDocPtr::freeXml()
+{
+    if (document == nullptr)
+        return;
+    nodes->forEach([](Node * node, bool) { delete node; });
+    nodes->clear();
+    elements->forEach([](IXMLDOMElement * element, Node *) { element->Release(); });
+    elements->clear();
+    document->Release();
+    document = nullptr;
+}
+
+bool XMLDocPtr::createInternal(DocumentReference & doc)
+{
+    return makeDocument(doc) && SUCCEEDED(doc->put_async(VARIANT_FALSE)) &&
+           SUCCEEDED(doc->put_resolveExternals(VARIANT_FALSE)) &&
+           SUCCEEDED(doc->put_validateOnParse(VARIANT_FALSE)) &&
+           SUCCEEDED(doc->put_preserveWhiteSpace(VARIANT_TRUE));
+}
+
+Node * XMLDocPtr::create(const Vontal::u8string & rootName)
+{
+    DocumentReference created;
+    ElementReference root;
+    if (!createInternal(created) || !appendDeclaration(*created.get()) ||
+        !appendRoot(*created.get(), rootName, root))
+        return nullptr;
+    freeXml();
+    document = created.detach();
+    return getNode(root.get());
+}
+
+bool XMLDocPtr::load(VARIANT source)
+{
+    DocumentReference loaded;
+    if (!createInternal(loaded))
+        return false;
+    VARIANT_BOOL success = VARIANT_FALSE;
+    if (FAILED(loaded->load(source, &success)) || success != VARIANT_TRUE)
+    {
+        writeParseError(*loaded.get());
+        return false;
+    }
+    freeXml();
+    document = loaded.detach();
+    return true;
+}
+
+bool XMLDocPtr::load(IStream * stream)
+{
+    return load(variantOf(static_cast<IUnknown *>(stream)));
+}
+
+bool XMLDocPtr::load(std::istream & in)
+{
+    MemoryStream stream;
+    return stream.create() && stream.writeAll(in) && stream.rewind() && load(stream.get());
+}
+
+bool XMLDocPtr::loadBuffer(const Vontal::u8string & text)
+{
+    return loadBuffer(text.data(), text.size());
+}
+
+bool XMLDocPtr::loadBuffer(const char * data, std::uint64_t size)
+{
+    MemoryStream stream;
+    return stream.create() && stream.write(data, static_cast<std::uint32_t>(size)) && stream.rewind() &&
+           load(stream.get());
+}
+
+bool XMLDocPtr::loadFile(const Vontal::u8string & path)
+{
+    const ComText widePath{static_cast<const std::string &>(path)};
+    return load(variantOf(widePath));
+}
+
+bool XMLDocPtr::loadFile(const std::wstring & path)
+{
+    Vontal::u8string utf8;
+    Vontal::c_u16u8(utf8, path);
+    return loadFile(utf8);
+}
+
+bool XMLDocPtr::FormatDOMDocument(IXMLDOMDocument * doc)
+{
+    IndentingWriter writer;
+    qvbase::ReferenceMSCom<ISAXXMLReader> reader;
+    if (!writer.create() || FAILED(make(platform::saxReaderClass(), reader)) || !reader ||
+        !writer.connect(*reader.get()))
+        return false;
+    const HRESULT output = writer.putOutput(doc);
+    // Kept: the document is read even where the writer does not take it.
+    const HRESULT parsed = reader->parse(variantOf(static_cast<IDispatch *>(doc)));
+    return SUCCEEDED(output) && SUCCEEDED(parsed);
+}
+
+bool XMLDocPtr::save(VARIANT target, bool format, VontalException & error)
+{
+    if (document == nullptr)
+        return refuse(error, "Not a valid document");
+    if (format && !FormatDOMDocument(document))
+        return refuse(error, "Formatting of XML failed");
+    const HRESULT result = document->save(target);
+    if (FAILED(result))
+        return refuse(error, Vontal::U8StringBuilder()
+                                 .append("Failed to call save operation, hr = ")
+                                 .append(static_cast<int>(result)));
+    return true;
+}
+
+bool XMLDocPtr::saveBuffer(std::string & out, bool format)
+{
+    MemoryStream stream;
+    VontalException dropped;
+    std::uint64_t size = 0;
+    if (!stream.create() || !save(variantOf(static_cast<IUnknown *>(stream.get())), format, dropped) ||
+        !stream.rewind() || !stream.readSize(size))
+        return false;
+    if (size == 0 || size > std::numeric_limits<std::uint32_t>::max())
+        return false;
+    return stream.appendTo(out, size);
+}
+
+bool XMLDocPtr::saveFile(const Vontal::u8string & path, bool format, VontalException & error)
+{
+    const ComText widePath{static_cast<const std::string &>(path)};
+    return save(variantOf(widePath), format, error) || refuse(error, "Failed to save to file");
+}
+
+Node * XMLDocPtr::getRootElement()
+{
+    ElementReference root;
+    if (document == nullptr || FAILED(document->get_documentElement(root.receive())))
+        return nullptr;
+    return getNode(root.get());
+}
+
+Node * XMLDocPtr::getNode(IXMLDOMElement * element)
+{
+    if (element == nullptr)
+        return nullptr;
+    if (Node * const * const known = elements->find(element))
+        return *known;
+    const auto destroy = [](Node * node)
+    {
+        delete node;
+    };
+    std::unique_ptr<Node, decltype(destroy)> node(new XMLNodeImpl(this, element), destroy);
+    registerNode(node.get());
+    return node.release();
+}
+
+void XMLDocPtr::registerNode(Node * node)
+{
+    nodes->makeRoom();
+    elements->makeRoom();
+    IXMLDOMElement * const element = node->getElement();
+    if (!elements->insert(element, node))
+        *elements->find(element) = node;
+    else
+        element->AddRef();
+    nodes->insert(node, true);
+}
+
+bool XMLDocPtr::transform(XMLDocPtr & stylesheet, XMLDocPtr & result)
+{
+    DocumentReference output;
+    if (document == nullptr || !createInternal(output) ||
+        FAILED(document->transformNodeToObject(
+            stylesheet.get(), variantOf(static_cast<IDispatch *>(output.get())))))
+        return false;
+    result.attach(output.get());
+    return true;
+}
+
+bool XMLDocPtr::transform2Stream(XMLDocPtr & stylesheet, qvdisk::FileWriter * out)
+{
+    MemoryStream stream;
+    return document != nullptr && out != nullptr && stream.create() &&
+           SUCCEEDED(document->transformNodeToObject(
+               stylesheet.get(), variantOf(static_cast<IUnknown *>(stream.get())))) &&
+           stream.writeTo(*out);
+}
+
+} // namespace qvxml
