@@ -9,6 +9,7 @@
 #include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/text/conversions.h"
+#include "VontalBase/text/mlregistry.h"
 
 // Before all of them, since they may write to the standard streams.
 #include <iostream>
@@ -46,6 +47,28 @@ static Immortal<ThreadMutex> referencedObjectMutex;
 ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object;
 
 } // namespace qvbase
+
+namespace Vontal
+{
+
+static Immortal<qvbase::ThreadMutex> mlLockObject;
+qvbase::ThreadMutex & mlLock = mlLockObject.object;
+
+ml_u8string * newestMl = nullptr;
+
+static Immortal<std::string> mlDefaultLanguageObject("C");
+std::string & mlDefaultLanguage = mlDefaultLanguageObject.object;
+
+/// Gives back what a long name of a language has taken.
+static struct MlLanguageEnd
+{
+    ~MlLanguageEnd()
+    {
+        std::string("C").swap(mlDefaultLanguage);
+    }
+} mlLanguageEnd;
+
+} // namespace Vontal
 
 static Vontal::Conversions conversions;
 
