@@ -8,11 +8,15 @@
 #include "VontalBase/core/debugregistry.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/platform/threads.h"
+#include "VontalBase/platform/unloading.h"
 #include "VontalBase/text/conversions.h"
 #include "VontalBase/text/mlregistry.h"
+#include "VontalBase/utils/ResourceManagerImpl.h"
+#include "VontalBase/utils/emptybundles.h"
 
 // Before all of them, since they may write to the standard streams.
 #include <iostream>
+#include <memory>
 
 namespace
 {
@@ -87,6 +91,42 @@ ThreadRegistry & threadRegistry = registry.object;
 
 namespace qvutils
 {
+
+using qvbase::Reference;
+using qvbase::ReferencedImplMT;
+
+static Immortal<ReferencedImplMT<EmptyResourceBundle>> emptyResourceBundleObject;
+static Immortal<Reference<ResourceBundle>> emptyResourceBundleHeld(&emptyResourceBundleObject.object);
+const Reference<ResourceBundle> & emptyResourceBundle = emptyResourceBundleHeld.object;
+
+static Immortal<ReferencedImplMT<EmptyMultiLanguageBundle>> emptyMultiLanguageBundleObject;
+static Immortal<Reference<MultiLanguageBundle>> emptyMultiLanguageBundleHeld(
+    &emptyMultiLanguageBundleObject.object);
+const Reference<MultiLanguageBundle> & emptyMultiLanguageBundle = emptyMultiLanguageBundleHeld.object;
+
+static Immortal<ReferencedImplMT<ResourceManagerImpl>> resourceManagerObject;
+static Immortal<Reference<ResourceManager>> resourceManagerHeld(&resourceManagerObject.object);
+const Reference<ResourceManager> & processResourceManager = resourceManagerHeld.object;
+
+namespace
+{
+
+/// Destroys the manager where nobody can use it any more and its bundles would be lost.
+struct ResourceManagerEnd
+{
+    ResourceManagerEnd() = default;
+    ResourceManagerEnd(const ResourceManagerEnd &) = delete;
+    ResourceManagerEnd & operator=(const ResourceManagerEnd &) = delete;
+    ~ResourceManagerEnd()
+    {
+        if (platform::isBeingUnloaded())
+            std::destroy_at(&resourceManagerObject.object);
+    }
+};
+
+} // namespace
+
+static ResourceManagerEnd resourceManagerEnd;
 
 /// The level of the last line.
 constexpr unsigned int closingLevel = 1024;

@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    // The log must not wait for threads that are gone.
+    // The log and the resource manager must not wait for threads that are gone.
     friend class qvutils::LineLock;
 
     /// Takes the lock once if that needs no waiting. @return whether it was taken.

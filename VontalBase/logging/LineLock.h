@@ -1,6 +1,6 @@
 /// @internal
 /// @file
-/// Holding the lock of a logger, also at the end of a process.
+/// Holding a lock that is used to the very end of a process.
 #pragma once
 
 #include "VontalBase/concurrency/ThreadMutex.h"
@@ -9,7 +9,7 @@
 namespace qvutils
 {
 
-/// Holds the lock of a logger until the end of a scope, unless the system has stopped the thread that had it.
+/// Holds a lock until the end of a scope, unless the system has stopped the thread that had it.
 /// A lock of such a thread never comes free, and must not be waited for.
 class LineLock
 {

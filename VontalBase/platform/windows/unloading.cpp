@@ -1,0 +1,21 @@
+#include "VontalBase/platform/unloading.h"
+
+#include "VontalBase/platform/threads.h"
+#include "VontalBase/platform/windows/windows_headers.h"
+
+namespace platform
+{
+
+bool isBeingUnloaded() noexcept
+{
+    constexpr DWORD withoutCounting =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE own = nullptr;
+    const bool isKnown =
+        GetModuleHandleExW(withoutCounting, reinterpret_cast<LPCWSTR>(&isBeingUnloaded), &own) != FALSE;
+    // A program's own static objects are destroyed while its threads run. Those of a library go behind the
+    // threads, unless it is unloaded.
+    return isKnown && own != GetModuleHandleW(nullptr) && !areOtherThreadsStopped();
+}
+
+} // namespace platform
