@@ -52,7 +52,8 @@ std::vector<std::string> languagesOfEnvironment(const LanguageVariables & variab
         // What has no language in front names none.
         if (name.empty() || name[0] == '_' || name[0] == '-')
             continue;
-        std::replace(names.emplace_back(name).begin(), names.back().end(), '_', '-');
+        std::string & added = names.emplace_back(name);
+        std::replace(added.begin(), added.end(), '_', '-');
     }
     return names;
 }

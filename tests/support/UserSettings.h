@@ -2,6 +2,8 @@
 /// What the user has told the system.
 #pragma once
 
+#include <string>
+
 namespace testsupport
 {
 
@@ -17,5 +19,17 @@ bool zoneCanBeTaken();
 /// Takes the process to a time zone. For children.
 /// @param zone in the form of POSIX, such as "XYZ-5:45", which is 5:45 ahead of UTC.
 void takeZone(const char * zone);
+
+/// Whether a running process can be told other languages of its user.
+bool languagesCanBeTaken();
+
+/// Sets what the environment says about languages, and nothing else about them. For children. An empty text
+/// is a variable that is not set; one blank is a variable that is set and empty.
+void takeLanguages(const std::string & language, const std::string & all, const std::string & messages,
+    const std::string & usual);
+
+/// The language of what the system displays to the user, such as "de-DE", as another service than the one
+/// that the library asks tells it. Empty where there is no such service.
+std::string displayLanguage();
 
 } // namespace testsupport
