@@ -41,11 +41,14 @@ public:
 
     virtual ~ResourceManagerImpl() = default;
 
+protected:
+    /// Guards all of the rest.
+    qvbase::ThreadMutex mutex;
+
 private:
     /// Never null. The caller holds the lock.
     const qvbase::Reference<MultiLanguageBundle> & ensure(const Vontal::u8string & bundleName);
 
-    qvbase::ThreadMutex mutex;
     std::map<Vontal::u8string, qvbase::Reference<MultiLanguageBundle>> bundles;
     /// Never null: where there is none it is the empty one.
     qvbase::Reference<MultiLanguageBundle> defaultBundle;

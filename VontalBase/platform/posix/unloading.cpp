@@ -1,16 +1,33 @@
 #include "VontalBase/platform/unloading.h"
 
+#include <dlfcn.h>
+
 namespace platform
 {
 
 namespace
 {
 
+/// Something that the library exports and no other one does.
+constexpr char exportedName[] = "_ZN7qvutils18getResourceManagerEv";
+
+bool isBoundToProgram = true;
 bool hasModuleEnded = false;
 
-/// What the module does at its end stands in front of the destructors of its static objects when it is
-/// unloaded, which are called from the last of these functions; a process that ends calls the destructors
-/// first.
+/// Whether the module lives as long as the program, which needs it from its start. One that was loaded for
+/// everybody to use is taken for that too.
+[[gnu::constructor]] void beginModule() noexcept
+{
+    void * const program = dlopen(nullptr, RTLD_LAZY);
+    if (program == nullptr)
+        return;
+    isBoundToProgram = dlsym(program, exportedName) != nullptr;
+    dlclose(program);
+}
+
+/// A module that was loaded later ends in one of two ways. When it is unloaded, this function is called first
+/// and then the destructors of its static objects, by the last of the functions of this kind; a program that
+/// ends calls the destructors first.
 [[gnu::destructor]] void endModule() noexcept
 {
     hasModuleEnded = true;
@@ -20,7 +37,7 @@ bool hasModuleEnded = false;
 
 bool isBeingUnloaded() noexcept
 {
-    return hasModuleEnded;
+    return hasModuleEnded && !isBoundToProgram;
 }
 
 } // namespace platform
