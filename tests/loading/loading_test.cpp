@@ -3,7 +3,9 @@
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
 #include "support/IntendedLeak.h"
+#include "support/Load.h"
 #include "support/LoadedLibrary.h"
+#include "support/MemoryUse.h"
 #include "support/ResourceSnapshot.h"
 #include "support/Sanitizers.h"
 #include "support/TempDirectory.h"
@@ -141,6 +143,65 @@ TEST(Loading, IsFollowedByUseAndUnloadingAgainAndAgain)
     EXPECT_EQ(linesEndingIn(log, ": from a task"), loadings);
     EXPECT_EQ(linesEndingIn(log, ": at the end"), loadings);
     EXPECT_EQ(linesEndingIn(log, " Destructor"), loadings);
+    directory.clear();
+}
+
+constexpr int memoryWasLost = 22;
+constexpr std::size_t longText = std::size_t{8} << 20;
+
+VONTALBASE_TEST_CHILD(unloadsTexts, arguments)
+{
+    testsupport::loadSystemLibraries();
+    std::size_t before = 0;
+    for (int i = 0; i < 30; ++i)
+    {
+        // What comes with the first uses may stay.
+        if (i == 5)
+            before = testsupport::memoryUse();
+        const LoadedLibrary module(VONTALBASE_TEST_USER);
+        auto * const use = module.function<int(const char *)>("useTexts");
+        if (use == nullptr)
+            return isNotLoaded;
+        if (use(arguments.at(0).c_str()) != 0)
+            return stepFailed;
+    }
+    if (isInProcess(libraryName()))
+        return libraryStayed;
+    return testsupport::memoryUse() > before + 5 * longText ? memoryWasLost : good;
+}
+
+TEST(Loading, GivesTheTextsBackThatWereRead)
+{
+    if (testsupport::endsAtHugeAllocations)
+        GTEST_SKIP() << "the checkers keep what is given back";
+    const testsupport::TempDirectory directory;
+    directory.write("menu.properties", "k=" + std::string(longText, 'x'));
+    const testsupport::ChildResult child = testsupport::runChild("unloadsTexts", {directory.text()});
+    EXPECT_EQ(child.exitCode, good) << child.standardError;
+    directory.clear();
+}
+
+VONTALBASE_TEST_CHILD(endsWhileALateLibraryIsUsed, arguments)
+{
+    const testsupport::IntendedLeak kept;
+    const LoadedLibrary & module = *new LoadedLibrary(VONTALBASE_TEST_USER);
+    auto * const use = module.function<int(const char *)>("useTextsForEver");
+    if (use == nullptr)
+        return isNotLoaded;
+    const int step = use(arguments.at(0).c_str());
+    return step == 0 ? good : stepFailed + step;
+}
+
+TEST(Loading, IsFollowedByAnEndOfTheProcessAmidstUse)
+{
+    const testsupport::TempDirectory directory;
+    directory.write("menu.properties", "k=text");
+    for (int i = 0; i < testsupport::repetitions(100); ++i)
+    {
+        const testsupport::ChildResult child =
+            testsupport::runChild("endsWhileALateLibraryIsUsed", {directory.text()});
+        ASSERT_EQ(child.exitCode, good) << i << ": " << child.standardError;
+    }
     directory.clear();
 }
 

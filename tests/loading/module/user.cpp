@@ -80,6 +80,30 @@ bool runsAChild(const char * program, const char * arguments, const char * outpu
     return monitor->output == output;
 }
 
+/// Looks up a text of the process's manager for ever.
+class Looking : public qvbase::Runnable
+{
+public:
+    explicit Looking(qvbase::Semaphore & begun) : m_begun(begun)
+    {
+    }
+    virtual ~Looking() = default;
+    void run() override
+    {
+        const u8string key("k");
+        for (unsigned int count = 0;; ++count)
+        {
+            if (qvutils::getResourceManager()->getString(key).size() < 2)
+                qvbase::abort("a text is not there");
+            if (count == 1000)
+                m_begun.release();
+        }
+    }
+
+private:
+    qvbase::Semaphore & m_begun;
+};
+
 bool readsAndWrites(const u8string & directory)
 {
     const u8string path = directory + "\\file.json";
@@ -106,5 +130,32 @@ extern "C" int useTheLibrary(
     if (!readsAndWrites(directory))
         return 4;
     qvutils::getSystemLogFormater()->writeMessage(1, "at the end");
+    return 0;
+}
+
+/// Reads the bundle "menu" of a directory into the manager of the process. @return 0, or 1 where it has no
+/// text.
+extern "C" int useTexts(const char * directory)
+{
+    qvutils::getResourceManager()->setRootDirectory(directory);
+    qvutils::getResourceManager()->setDefaultBundle("menu");
+    return qvutils::getResourceManager()->getString("k").size() < 2 ? 1 : 0;
+}
+
+/// Does the same, and starts threads that look up its text for ever. @return 0, or the number of the step
+/// that failed.
+extern "C" int useTextsForEver(const char * directory)
+{
+    // The threads use it to the end of the process.
+    qvbase::Semaphore & begun = *new qvbase::Semaphore(0);
+    if (useTexts(directory) != 0)
+        return 1;
+    for (int i = 0; i < 4; ++i)
+    {
+        if (!qvbase::Thread::execute(new ReferencedImplMT<Looking>(begun)))
+            return 2;
+    }
+    for (int i = 0; i < 4; ++i)
+        begun.acquire();
     return 0;
 }
