@@ -68,7 +68,8 @@ static struct MlLanguageEnd
 {
     ~MlLanguageEnd()
     {
-        std::string("C").swap(mlDefaultLanguage);
+        if (platform::isBeingUnloaded())
+            std::string("C").swap(mlDefaultLanguage);
     }
 } mlLanguageEnd;
 
