@@ -5,7 +5,7 @@
 /// UTF-16 behind its mark, with a line for each text:
 ///
 ///     # a comment
-///     greeting = Guten Tag
+///     greeting=Guten Tag
 ///     two.lines=first\nsecond
 ///
 /// A key ends at a blank, a tab or the first "="; blanks and tabs in front of a key, and between it and the

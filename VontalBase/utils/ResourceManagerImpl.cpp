@@ -107,6 +107,7 @@ void ResourceManagerImpl::reset()
     const LineLock lock(mutex);
     if (!lock.isHeld())
         return;
+    // Kept: the name of the default bundle is not touched.
     defaultBundle = emptyMultiLanguageBundle;
     bundles.clear();
     language = std::move(first);

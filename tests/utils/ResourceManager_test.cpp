@@ -1,15 +1,15 @@
 #include "VontalBase/core/ReferencedImplMT.h"
+#include "VontalBase/disk/File.h"
+#include "VontalBase/disk/FileWriter.h"
 #include "VontalBase/disk/places.h"
 #include "VontalBase/utils/ResourceManager.h"
 
 #include "support/ChildProcess.h"
 #include "utils/bundlesupport.h"
 
-#include <cstddef>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
-#include <type_traits>
-#include <vector>
 
 namespace
 {
@@ -371,6 +371,18 @@ TEST(ResourceManager, PassesOverADirectoryInThePlaceOfAFile)
     files.makeDirectory("menu.de.properties");
     files.lay("menu.properties", "k=none\n");
     const Reference<ResourceManager> manager = files.makeManager();
+    EXPECT_EQ(manager->getString("menu", "k", "de"), "none");
+}
+
+TEST(ResourceManager, PassesOverAFileThatIsBeingWritten)
+{
+    const BundleFiles files;
+    files.lay("menu.de.properties", "");
+    files.lay("menu.properties", "k=none\n");
+    const Reference<ResourceManager> manager = files.makeManager();
+    qvdisk::File file(files.root() + "\\menu.de.properties");
+    const std::unique_ptr<qvdisk::FileWriter> writer(file.openForWrite());
+    ASSERT_NE(writer, nullptr);
     EXPECT_EQ(manager->getString("menu", "k", "de"), "none");
 }
 

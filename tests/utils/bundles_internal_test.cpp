@@ -6,12 +6,16 @@
 #include "VontalBase/utils/emptybundles.h"
 #include "VontalBase/utils/languages.h"
 
+#include "support/Eventually.h"
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
 #include "utils/bundlesupport.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <limits>
 #include <list>
 #include <string>
@@ -234,6 +238,76 @@ TEST(ResourceManagerImpl, ReturnsKeysWhereTheThreadThatHadItsLockIsGone)
     leave.release();
     holder.join();
     EXPECT_EQ(manager->getString("k"), "text") << "nothing has changed";
+}
+
+TEST(ResourceManagerImpl, KeptTellsItsLanguageWithoutWaitingForTheLock)
+{
+    const Reference<OpenManager> manager(new ReferencedImplMT<OpenManager>());
+    testsupport::TestSemaphore isHeld;
+    testsupport::TestSemaphore leave;
+    std::thread holder(
+        [&]
+        {
+            manager->mutex.acquire();
+            isHeld.release();
+            leave.acquire();
+            manager->mutex.release();
+        });
+    isHeld.acquire();
+    // It would wait for ever.
+    EXPECT_EQ(manager->getLanguage(), "en_US");
+    leave.release();
+    holder.join();
+}
+
+TEST(ResourceManagerImpl, WaitsForTheLockInEverythingElse)
+{
+    const BundleFiles files;
+    files.lay("menu.properties", "k=text\n");
+    const Reference<OpenManager> manager(new ReferencedImplMT<OpenManager>());
+    manager->setRootDirectory(files.root());
+    manager->setDefaultBundle("menu");
+    const u8string key("k");
+    const std::function<void()> operations[] = {
+        [&] { manager->getString(key); },
+        [&] { manager->getString("menu", key); },
+        [&] { manager->getStringInLanguage(key, "de"); },
+        [&] { manager->getString("menu", key, "de"); },
+        [&]
+        {
+            Reference<ResourceBundle> bundle;
+            manager->getBundle("menu", bundle);
+        },
+        [&]
+        {
+            Reference<ResourceBundle> bundle;
+            manager->getDefaultBundle(bundle);
+        },
+        [&] { manager->getRootDirectory(); },
+        [&] { manager->setLanguage("fr"); },
+        [&] { manager->setDefaultBundle("help"); },
+        [&] { manager->setRootDirectory("elsewhere"); },
+        [&] { manager->reset(); },
+    };
+    for (std::size_t i = 0; i < std::size(operations); ++i)
+    {
+        SCOPED_TRACE(i);
+        testsupport::TestSemaphore begun;
+        testsupport::TestSemaphore ended;
+        manager->mutex.acquire();
+        std::thread caller(
+            [&]
+            {
+                begun.release();
+                operations[i]();
+                ended.release();
+            });
+        begun.acquire();
+        EXPECT_FALSE(ended.tryAcquireFor(testsupport::suspicion));
+        manager->mutex.release();
+        ended.acquire();
+        caller.join();
+    }
 }
 
 TEST(Languages, AreNotListedWhereTheListingBreaksOff)
