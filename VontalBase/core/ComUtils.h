@@ -76,6 +76,7 @@ public:
     /// Where a call puts the structure.
     operator STATSTG *() noexcept;
     /// What kind of element the structure tells of.
+    // NOLINTNEXTLINE(readability-identifier-naming)
     tagSTGTY GetType() const noexcept;
 
 private:

@@ -54,6 +54,8 @@ ml_u8string::~ml_u8string()
 
 ml_u8string & ml_u8string::operator=(const ml_u8string & other)
 {
+    if (this == &other)
+        return *this;
     m_preferredLanguage = other.m_preferredLanguage;
     m_defaultValue = other.m_defaultValue;
     // Kept: translations that the other one lacks are not removed.

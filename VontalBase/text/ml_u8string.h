@@ -69,6 +69,7 @@ public:
     bool read(qvxml::Node * parent, u8string & tagName);
 
 private:
+    // NOLINTNEXTLINE(readability-identifier-naming)
     friend VONTALBASE_API void ml_u8string_set_default_language(const std::string & language);
 
     void registerMlU8Manager();
@@ -86,6 +87,7 @@ private:
 /// those made later. If memory is short, `std::bad_alloc` is thrown and some are switched and some are not.
 ///
 /// Kept: the language itself is stored as it is given, and put into upper case by each object.
+// NOLINTNEXTLINE(readability-identifier-naming)
 VONTALBASE_API void ml_u8string_set_default_language(const std::string & language);
 
 } // namespace Vontal

@@ -69,6 +69,7 @@ Config::Item::Item(const Vontal::u8string & itemName, ItemType itemType, const V
 {
 }
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): the listeners are not copied.
 Config::Item::Item(const Item & other)
     : qvbase::ListenerContainer<ItemChangeListener>(), type(other.type), note(other.note), name(other.name),
       value(other.value), defaultValue(other.defaultValue), source(other.source), hasValue(other.hasValue),
@@ -154,14 +155,8 @@ Config::~Config()
     delete items;
 }
 
-Config & Config::operator=(const Config & other)
-{
-    // Kept: both stores have one map from here on, and what this one had is not destroyed.
-    items = other.items;
-    mode = other.mode;
-    defaultSource = other.defaultSource;
-    return *this;
-}
+// Kept: both stores have one map from here on, and what this one had is not destroyed.
+Config & Config::operator=(const Config & other) = default;
 
 Config::Item * Config::getItemInternal(const Vontal::u8string & name)
 {

@@ -36,15 +36,9 @@ protected:
     /// A node without data.
     Node() noexcept = default;
     /// Copies nothing.
-    Node(const Node &) noexcept
-    {
-    }
+    Node(const Node &) noexcept = default;
     /// Copies nothing.
-    Node & operator=(
-        const Node &) noexcept // NOLINT(bugprone-unhandled-self-assignment): there is nothing to copy.
-    {
-        return *this;
-    }
+    Node & operator=(const Node &) noexcept = default;
     /// Called by the owning document alone.
     virtual ~Node();
 

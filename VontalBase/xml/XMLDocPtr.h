@@ -58,6 +58,7 @@ public:
     XMLDocPtr();
     /// Takes a reference of its own on @p doc, which may be null.
     XMLDocPtr(IXMLDOMDocument * doc);
+    XMLDocPtr(const XMLDocPtr &) = delete;
     /// Frees the document.
     virtual ~XMLDocPtr();
 
@@ -141,10 +142,9 @@ protected:
     void freeXml();
 
 private:
-    XMLDocPtr(const XMLDocPtr &) = delete;
-
     void internalInit();
     static bool createInternal(qvbase::ReferenceMSCom<IXMLDOMDocument> & doc);
+    // NOLINTNEXTLINE(readability-identifier-naming)
     static bool FormatDOMDocument(IXMLDOMDocument * doc);
 
     NodeSet * nodes;

@@ -13,7 +13,7 @@ namespace
 BSTR copyOf(std::wstring_view text)
 {
     const bool fits = text.size() <= std::numeric_limits<UINT>::max() / sizeof(wchar_t);
-    BSTR const copy = fits ? SysAllocStringLen(text.data(), static_cast<UINT>(text.size())) : nullptr;
+    OLECHAR * const copy = fits ? SysAllocStringLen(text.data(), static_cast<UINT>(text.size())) : nullptr;
     if (copy == nullptr)
         _com_issue_error(E_OUTOFMEMORY);
     return copy;

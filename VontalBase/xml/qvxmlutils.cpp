@@ -190,6 +190,7 @@ void XMLDocPtr::internalInit()
     nodes = newNodes.release();
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the new reference is taken first.
 XMLDocPtr & XMLDocPtr::operator=(XMLDocPtr & other)
 {
     // Kept: both objects share the tables of the other one from here on, and this one's own are never freed.
