@@ -75,7 +75,8 @@ u8string filesDirectory()
     return directory + "typical_application_files/";
 }
 
-const u8string & translated(const char * key)
+/// The text of a key. By value, since a key without a text comes back itself.
+u8string translated(const char * key)
 {
     return qvutils::getResourceManager()->getString(key);
 }
