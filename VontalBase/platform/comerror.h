@@ -15,4 +15,7 @@ namespace platform
 /// "Unknown error 0x" with the code in hexadecimal digits for all others.
 std::wstring comErrorMessage(HRESULT result);
 
+/// The system's message alone, without a line end; empty where it has none.
+std::wstring systemErrorMessage(HRESULT result);
+
 } // namespace platform

@@ -63,10 +63,6 @@ enum tagSTATFLAG
 };
 using STATFLAG = tagSTATFLAG; ///< What is to be told.
 
-inline constexpr DWORD STGM_READ = 0;      ///< Of `STATSTG`: for reading.
-inline constexpr DWORD STGM_WRITE = 1;     ///< Of `STATSTG`: for writing.
-inline constexpr DWORD STGM_READWRITE = 2; ///< Of `STATSTG`: for both.
-
 /// What a stream tells of itself.
 struct tagSTATSTG
 {

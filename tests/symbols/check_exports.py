@@ -14,6 +14,14 @@ import sys
 # First component of an exported name. Inner names are reached through these.
 OURS = re.compile(r"(Vontal|VontalException\w*|qv\w*)\Z")
 
+# The functions and the exception of COM, which the library offers where the system has none.
+COM = re.compile(r"(SysAllocString|SysAllocStringLen|SysFreeString|SysStringLen|SysStringByteLen"
+                 r"|CoTaskMem(Alloc|Realloc|Free)|Global(Alloc|Free|Lock|Unlock|Size)"
+                 r"|CoInitialize|CoInitializeEx|CoUninitialize|CoCreateInstance"
+                 r"|CreateStreamOnHGlobal|GetHGlobalFromStream"
+                 r"|Variant(Init|Clear|Copy|ChangeType)|GetErrorInfo|SetErrorInfo|CreateErrorInfo"
+                 r"|_com_error|_com_issue_error)\Z")
+
 # Never exported, whatever they start with.
 FORBIDDEN = re.compile(r"8platform")
 
@@ -55,7 +63,7 @@ def main():
         component = first_component(symbol)
         if FORBIDDEN.search(symbol):
             strange.append(symbol)
-        elif OURS.match(component):
+        elif OURS.match(component) or COM.match(component):
             ours += 1
         elif component in ("std", "__gnu_cxx", "__cxxabiv1") and kind in "WVu":
             pass  # the compiler's copy of a template of the standard library

@@ -1,0 +1,16 @@
+/// @internal
+/// @file
+/// The classes of the XML service. Each function makes an object with one reference; null where memory is
+/// short.
+#pragma once
+
+struct IUnknown;
+
+namespace platform
+{
+
+IUnknown * makeXmlDocument() noexcept;
+IUnknown * makeXmlWriter() noexcept;
+IUnknown * makeXmlReader() noexcept;
+
+} // namespace platform

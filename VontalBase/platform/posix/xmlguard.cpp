@@ -1,0 +1,44 @@
+#include "VontalBase/platform/posix/xmlguard.h"
+
+#include <libxml/globals.h>
+#include <libxml/parser.h>
+
+namespace platform
+{
+
+namespace
+{
+
+void ignoreError(void *, xmlError *)
+{
+}
+
+void ignoreText(void *, const char *, ...)
+{
+}
+
+} // namespace
+
+void startXmlLibrary() noexcept
+{
+    // Never undone: other users of the library in this process would lose what they have.
+    static const bool isStarted = (xmlInitParser(), true);
+    static_cast<void>(isStarted);
+}
+
+QuietErrors::QuietErrors() noexcept
+    : m_structured(xmlStructuredError), m_structuredContext(xmlStructuredErrorContext),
+      m_generic(xmlGenericError), m_genericContext(xmlGenericErrorContext)
+{
+    xmlSetStructuredErrorFunc(nullptr, ignoreError);
+    xmlSetGenericErrorFunc(nullptr, ignoreText);
+}
+
+QuietErrors::~QuietErrors()
+{
+    xmlSetStructuredErrorFunc(m_structuredContext, m_structured);
+    xmlSetGenericErrorFunc(m_genericContext, m_generic);
+    xmlResetLastError();
+}
+
+} // namespace platform
