@@ -3,6 +3,7 @@
 #include "VontalBase/disk/FileWriter.h"
 #include "VontalBase/platform/com.h"
 #include "VontalBase/text/VontalException.h"
+#include "VontalBase/text/conversions.h"
 #include "VontalBase/text/u8string.h"
 #include "VontalBase/xml/Node.h"
 #include "VontalBase/xml/XMLDocPtr.h"
@@ -16,7 +17,6 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
-#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -179,7 +179,8 @@ TEST(XMLDocPtr, LoadsFromEverySource)
     const TempDirectory directory;
     const std::string bytes = "<?xml version=\"1.0\"?>\n<a b=\"c\">text</a>";
     const std::string path = directory.write("caf\xC3\xA9.xml", bytes);
-    const std::wstring widePath = std::filesystem::path(std::u8string(path.begin(), path.end())).wstring();
+    std::wstring widePath;
+    Vontal::c_u8u16(widePath, path);
     const StreamReference stream = streamOf(bytes);
     std::istringstream in(bytes);
 
