@@ -23,6 +23,11 @@ xmlChar * copyText(std::string_view text) noexcept
 {
     if (gateFails("xml text") || text.size() > std::numeric_limits<int>::max() / 2)
         return nullptr;
+    // What is copied of null is null.
+    if (text.empty())
+        return xmlStrndup(xmlText(""), 0);
+    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        return nullptr;
     return xmlStrndup(xmlText(text.data()), static_cast<int>(text.size()));
 }
 
