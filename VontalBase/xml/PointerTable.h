@@ -25,19 +25,13 @@ public:
         return place.key != nullptr ? &place.value : nullptr;
     }
 
-    /// Makes room for one more key: the next insertion does not throw.
-    void makeRoom()
-    {
-        // Three quarters at the most, so that searches are short.
-        if ((m_used + 1) * 4 > m_places.size() * 3)
-            grow();
-    }
-
     /// Enters a key that may be there already.
     /// @return whether it is new; otherwise its value stays.
     bool insert(Key * key, Value value)
     {
-        makeRoom();
+        // Three quarters at the most, so that searches are short.
+        if ((m_used + 1) * 4 > m_places.size() * 3)
+            grow();
         Place & place = placeOf(m_places, key);
         if (place.key != nullptr)
             return false;

@@ -26,6 +26,11 @@ template <class Interface>
 class ReferenceMSCom;
 }
 
+namespace platform
+{
+class DirectXml;
+}
+
 namespace qvdisk
 {
 class FileWriter;
@@ -34,9 +39,10 @@ class FileWriter;
 namespace qvxml
 {
 
-class ElementTable;
 class Node;
-class NodeSet;
+class XMLNodeImpl;
+struct ElementTable;
+struct NodeSet;
 
 /// Owns a document of the system's XML service and the nodes that were made for its elements.
 ///
@@ -53,6 +59,8 @@ class NodeSet;
 /// with `E_OUTOFMEMORY` where the service has no memory for a text.
 class VONTALBASE_API XMLDocPtr
 {
+    friend class XMLNodeImpl;
+
 public:
     /// An empty document.
     XMLDocPtr();
@@ -143,6 +151,10 @@ protected:
 
 private:
     void internalInit();
+    void freeNodes();
+    Node * findNode(IXMLDOMElement & element, const platform::DirectXml * direct) const;
+    void enterNode(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct);
+    Node * nodeOf(IXMLDOMElement & element, const platform::DirectXml * direct);
     static bool createInternal(qvbase::ReferenceMSCom<IXMLDOMDocument> & doc);
     // NOLINTNEXTLINE(readability-identifier-naming)
     static bool FormatDOMDocument(IXMLDOMDocument * doc);

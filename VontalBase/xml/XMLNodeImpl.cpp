@@ -1,6 +1,7 @@
 #include "VontalBase/xml/XMLNodeImpl.h"
 
 #include "VontalBase/core/ReferenceMSCom.h"
+#include "VontalBase/platform/DirectXml.h"
 #include "VontalBase/platform/com.h"
 #include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/astring.h"
@@ -44,13 +45,21 @@ bool append(IXMLDOMNode & parent, IXMLDOMNode * child, NodeReference & appended)
     return SUCCEEDED(parent.appendChild(child, appended.receive())) && appended;
 }
 
+/// Takes over a reference.
+ElementReference adopt(IXMLDOMElement * element)
+{
+    ElementReference held;
+    *held.receive() = element;
+    return held;
+}
+
 /// The element that a node is, with a reference.
 ElementReference elementOf(IXMLDOMNode & node)
 {
     ElementReference element;
     void * found = nullptr;
     if (SUCCEEDED(node.QueryInterface(platform::idOf<IXMLDOMElement>(), &found)))
-        *element.receive() = static_cast<IXMLDOMElement *>(found);
+        element = adopt(static_cast<IXMLDOMElement *>(found));
     return element;
 }
 
@@ -97,7 +106,9 @@ bool readValue(IXMLDOMNode & attribute, Vontal::u8string & value)
 
 } // namespace
 
-XMLNodeImpl::XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement) : doc(owner), element(domElement)
+XMLNodeImpl::XMLNodeImpl(
+    XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directXml)
+    : doc(owner), element(domElement), direct(directXml)
 {
     element->AddRef();
 }
@@ -105,6 +116,13 @@ XMLNodeImpl::XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement) : doc(o
 XMLNodeImpl::~XMLNodeImpl()
 {
     element->Release();
+}
+
+bool XMLNodeImpl::walk(platform::ElementVisitor & visitor) const
+{
+    if (direct != nullptr)
+        direct->walk(*element, visitor);
+    return direct != nullptr;
 }
 
 Node * XMLNodeImpl::createChild(const char * name)
@@ -154,6 +172,8 @@ IXMLDOMElement * XMLNodeImpl::getElement()
 
 Vontal::u8string XMLNodeImpl::getNodeName()
 {
+    if (direct != nullptr)
+        return std::string(direct->name(*element));
     Vontal::u8string name;
     ComText text;
     if (SUCCEEDED(element->get_nodeName(text.receive())))
@@ -163,7 +183,9 @@ Vontal::u8string XMLNodeImpl::getNodeName()
 
 bool XMLNodeImpl::isNodeName(const char * name)
 {
-    return name != nullptr && getNodeName() == name;
+    if (name == nullptr)
+        return false;
+    return direct != nullptr ? direct->name(*element) == name : getNodeName() == name;
 }
 
 bool XMLNodeImpl::readText(ComText & text)
@@ -188,6 +210,13 @@ bool XMLNodeImpl::getText(Vontal::astring & text)
 
 bool XMLNodeImpl::getText(Vontal::u8string & text)
 {
+    if (std::string_view content; direct != nullptr)
+    {
+        const bool isText = direct->text(*element, content);
+        if (isText)
+            text.assign(content);
+        return isText;
+    }
     ComText read;
     if (!readText(read))
         return false;
@@ -325,6 +354,13 @@ bool XMLNodeImpl::getProperty(const char * name, Vontal::astring & value)
 
 bool XMLNodeImpl::getProperty(const char * name, Vontal::u8string & value)
 {
+    if (std::string_view content; direct != nullptr)
+    {
+        const bool isThere = direct->attribute(*element, name, content);
+        if (isThere)
+            value.assign(content);
+        return isThere;
+    }
     ComVariant held;
     if (!readAttribute(name, held))
         return false;
@@ -346,8 +382,18 @@ Node * XMLNodeImpl::getFirstChild(const char * name)
     return child;
 }
 
+Node * XMLNodeImpl::takeNode(IXMLDOMElement * related)
+{
+    if (related == nullptr)
+        return nullptr;
+    const ElementReference held = adopt(related);
+    return doc->nodeOf(*related, direct);
+}
+
 Node * XMLNodeImpl::getFirstChild()
 {
+    if (direct != nullptr)
+        return takeNode(direct->firstElement(*element));
     NodeReference child;
     if (FAILED(element->get_firstChild(child.receive())))
         return nullptr;
@@ -364,6 +410,8 @@ Node * XMLNodeImpl::getNextSibling(const char * name)
 
 Node * XMLNodeImpl::getNextSibling()
 {
+    if (direct != nullptr)
+        return takeNode(direct->nextElement(*element));
     NodeReference sibling;
     if (FAILED(element->get_nextSibling(sibling.receive())))
         return nullptr;

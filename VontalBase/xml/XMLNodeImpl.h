@@ -7,6 +7,12 @@
 
 #include <string>
 
+namespace platform
+{
+class DirectXml;
+class ElementVisitor;
+} // namespace platform
+
 namespace qvxml
 {
 
@@ -19,12 +25,13 @@ class XMLNodeImpl final : public Node
 {
 public:
     /// A node of @p owner, which outlives it, with a reference of its own on @p domElement.
-    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement);
-
-protected:
+    /// @param directXml the short way to the element, or null.
+    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directXml);
     ~XMLNodeImpl() override;
 
-public:
+    /// Shows the element and those within it. False where there is no short way.
+    bool walk(platform::ElementVisitor & visitor) const;
+
     Node * createChild(const char * name) override;
     Node * createChild(const Vontal::u8string & name) override;
     Node * createChild(const char * name, const wchar_t * text) override;
@@ -63,8 +70,11 @@ private:
     bool readText(ComText & text);
     bool readAttribute(const char * name, ComVariant & value);
 
+    Node * takeNode(IXMLDOMElement * related);
+
     XMLDocPtr * doc;
     IXMLDOMElement * element;
+    const platform::DirectXml * direct;
 };
 
 } // namespace qvxml

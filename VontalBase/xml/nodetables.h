@@ -5,21 +5,32 @@
 
 #include "VontalBase/xml/PointerTable.h"
 
+#include <vector>
+
 struct IXMLDOMElement;
 
 namespace qvxml
 {
 
 class Node;
+class XMLNodeImpl;
 
 /// The nodes that a document owns.
-class NodeSet : public PointerTable<Node, bool>
+struct NodeSet
 {
+    /// Those that it has made.
+    std::vector<XMLNodeImpl *> made;
+    /// Those that it was given.
+    PointerTable<Node, bool> given;
 };
 
 /// The node of each element, with a reference on the element.
-class ElementTable : public PointerTable<IXMLDOMElement, Node *>
+struct ElementTable
 {
+    /// Elements that have their node noted at themselves.
+    std::vector<IXMLDOMElement *> noted;
+    /// The other ones.
+    PointerTable<IXMLDOMElement, Node *> others;
 };
 
 } // namespace qvxml

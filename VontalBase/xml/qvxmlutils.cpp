@@ -2,6 +2,7 @@
 
 #include "VontalBase/core/ReferenceMSCom.h"
 #include "VontalBase/disk/FileWriter.h"
+#include "VontalBase/platform/DirectXml.h"
 #include "VontalBase/platform/com.h"
 #include "VontalBase/platform/console.h"
 #include "VontalBase/text/U8StringBuilder.h"
@@ -179,6 +180,8 @@ XMLDocPtr::XMLDocPtr(IXMLDOMDocument * doc) : nodes(nullptr), document(nullptr),
 XMLDocPtr::~XMLDocPtr()
 {
     freeXml();
+    // Also those of elements that came from elsewhere.
+    freeNodes();
     delete nodes;
     delete elements;
 }
@@ -227,12 +230,26 @@ void XMLDocPtr::freeXml()
 {
     if (document == nullptr)
         return;
-    nodes->forEach([](Node * node, bool) { delete node; });
-    nodes->clear();
-    elements->forEach([](IXMLDOMElement * element, Node *) { element->Release(); });
-    elements->clear();
+    freeNodes();
     document->Release();
     document = nullptr;
+}
+
+void XMLDocPtr::freeNodes()
+{
+    for (XMLNodeImpl * const node : nodes->made)
+        delete node;
+    nodes->made = {};
+    nodes->given.forEach([](Node * node, bool) { delete node; });
+    nodes->given.clear();
+    for (IXMLDOMElement * const element : elements->noted)
+    {
+        platform::directXmlOf(*element)->note(*element) = {};
+        element->Release();
+    }
+    elements->noted = {};
+    elements->others.forEach([](IXMLDOMElement * element, Node *) { element->Release(); });
+    elements->others.clear();
 }
 
 bool XMLDocPtr::createInternal(DocumentReference & doc)
@@ -363,29 +380,59 @@ Node * XMLDocPtr::getRootElement()
 
 Node * XMLDocPtr::getNode(IXMLDOMElement * element)
 {
-    if (element == nullptr)
-        return nullptr;
-    if (Node * const * const known = elements->find(element))
-        return *known;
-    const auto destroy = [](Node * node)
+    return element != nullptr ? nodeOf(*element, platform::directXmlOf(*element)) : nullptr;
+}
+
+Node * XMLDocPtr::nodeOf(IXMLDOMElement & element, const platform::DirectXml * direct)
+{
+    if (Node * const known = findNode(element, direct))
+        return known;
+    nodes->made.emplace_back(nullptr);
+    try
     {
-        delete node;
-    };
-    std::unique_ptr<Node, decltype(destroy)> node(new XMLNodeImpl(this, element), destroy);
-    registerNode(node.get());
-    return node.release();
+        nodes->made.back() = new XMLNodeImpl(this, &element, direct);
+        enterNode(*nodes->made.back(), element, direct);
+    }
+    catch (...)
+    {
+        delete nodes->made.back();
+        nodes->made.pop_back();
+        throw;
+    }
+    return nodes->made.back();
+}
+
+Node * XMLDocPtr::findNode(IXMLDOMElement & element, const platform::DirectXml * direct) const
+{
+    if (direct != nullptr && direct->note(element).owner == elements)
+        return static_cast<Node *>(direct->note(element).value);
+    Node * const * const known = elements->others.find(&element);
+    return known != nullptr ? *known : nullptr;
+}
+
+void XMLDocPtr::enterNode(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct)
+{
+    const void * const owner = direct != nullptr ? direct->note(element).owner : this;
+    if (owner == nullptr)
+    {
+        elements->noted.push_back(&element);
+        element.AddRef();
+    }
+    if (owner == nullptr || owner == elements)
+        direct->note(element) = {elements, &node};
+    else if (elements->others.insert(&element, &node))
+        element.AddRef();
+    else
+        *elements->others.find(&element) = &node;
 }
 
 void XMLDocPtr::registerNode(Node * node)
 {
-    nodes->makeRoom();
-    elements->makeRoom();
-    IXMLDOMElement * const element = node->getElement();
-    if (!elements->insert(element, node))
-        *elements->find(element) = node;
-    else
-        element->AddRef();
-    nodes->insert(node, true);
+    IXMLDOMElement & element = *node->getElement();
+    // Those that documents make are in their lists already.
+    if (dynamic_cast<XMLNodeImpl *>(node) == nullptr)
+        nodes->given.insert(node, true);
+    enterNode(*node, element, platform::directXmlOf(element));
 }
 
 bool XMLDocPtr::transform(XMLDocPtr & stylesheet, XMLDocPtr & result)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "VontalBase/platform/posix/comobject.h"
+#include "VontalBase/platform/posix/xmldirect.h"
 #include "VontalBase/platform/posix/xmloperations.h"
 #include "VontalBase/platform/posix/xmlstylesheets.h"
 
@@ -285,6 +286,14 @@ class ElementObject final : public NodeObject<IXMLDOMElement, ElementObject>
 public:
     using NodeObject::NodeObject;
 
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
+    {
+        if (object == nullptr || iid != directXmlId)
+            return NodeObject::QueryInterface(iid, object);
+        *object = const_cast<DirectXml *>(&directXml());
+        return S_OK;
+    }
+
     HRESULT STDMETHODCALLTYPE get_tagName(BSTR * name) override
     {
         return nodeName(*this, name);
@@ -328,6 +337,8 @@ public:
             *removed = static_cast<IXMLDOMAttribute *>(old);
         return result;
     }
+
+    ElementNote note;
 };
 
 } // namespace platform

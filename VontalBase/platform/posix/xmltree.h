@@ -98,7 +98,7 @@ public:
     /// Room for a node object, and its return.
     void * allocateObject() noexcept;
     void freeObject(void * object) noexcept;
-    static constexpr std::size_t objectSize = 32;
+    static constexpr std::size_t objectSize = 48;
 
     /// The object of the document; not owned. Null where there is none at present.
     DocumentObject * documentObject = nullptr;
