@@ -7,7 +7,6 @@
 #include "VontalBase/text/u8string.h"
 
 #include <list>
-#include <map>
 
 class VontalException;
 
@@ -164,12 +163,12 @@ public:
     bool saveSettings(qvxml::XMLDocPtr & doc, int localFilter) const;
 
 private:
-    using Items = std::map<Vontal::u8string, Item *>;
+    class ItemTable;
 
     bool loadItem(const Vontal::u8string & source, qvxml::Node & node, VontalException & error);
     Item * itemToSet(const Vontal::u8string & name, ItemType type);
 
-    Items * items;
+    ItemTable * items;
     ConfigMode mode;
     Vontal::u8string defaultSource;
 };

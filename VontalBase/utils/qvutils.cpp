@@ -4,6 +4,7 @@
 #include "VontalBase/text/ml_u8string.h"
 #include "VontalBase/text/numbers.h"
 #include "VontalBase/utils/Config.h"
+#include "VontalBase/utils/ItemTable.h"
 #include "VontalBase/xml/Node.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 
@@ -12,6 +13,8 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qvutils
 {
@@ -131,7 +134,7 @@ void Config::Item::setValue(const Vontal::u8string & text)
         listener->itemChanged(this);
 }
 
-Config::Config() : items(new Items), mode(Strict)
+Config::Config() : items(new ItemTable), mode(Strict)
 {
 }
 
@@ -139,14 +142,16 @@ Config::Config(const Config & other) : items(nullptr), mode(other.mode), default
 {
     // Destroys what was copied if the next copy cannot be made.
     Config copies;
-    for (const auto & [name, item] : *other.items)
-    {
-        auto copy = std::make_unique<Item>(*item);
-        copies.items->emplace_hint(copies.items->end(), name, copy.get());
-        copy.release(); // NOLINT(bugprone-unused-return-value): the map has it.
-    }
+    other.items->forEach(
+        [&copies](const Item * item)
+        {
+            auto copy = std::make_unique<Item>(*item);
+            copies.items->insert(copy.get());
+            copy.release(); // NOLINT(bugprone-unused-return-value): the table has it.
+        });
+    std::unique_ptr<ItemTable> none(new ItemTable);
     items = copies.items;
-    copies.items = new Items;
+    copies.items = none.release();
 }
 
 Config::~Config()
@@ -160,25 +165,23 @@ Config & Config::operator=(const Config & other) = default;
 
 Config::Item * Config::getItemInternal(const Vontal::u8string & name)
 {
-    const auto found = items->find(name);
-    return found != items->end() ? found->second : nullptr;
+    return items->find(name);
 }
 
 Config::Item * Config::addItemInternal(
     const Vontal::u8string & name, ItemType type, const Vontal::u8string & source)
 {
-    const auto place = items->lower_bound(name);
-    if (place != items->end() && place->first == name)
-        return place->second;
+    if (Item * const known = items->find(name))
+        return known;
     auto item = std::make_unique<Item>(name, type, source);
-    items->emplace_hint(place, name, item.get());
+    items->insert(item.get());
     return item.release();
 }
 
 void Config::getItems(std::list<const Item *> & out)
 {
-    for (const auto & [name, item] : *items)
-        out.push_back(item);
+    const std::vector<Item *> all = items->inOrder();
+    out.insert(out.end(), all.begin(), all.end());
 }
 
 const Config::Item * Config::addItem(
@@ -197,21 +200,19 @@ const Config::Item * Config::addItem(const Vontal::u8string & name, const Vontal
 
 bool Config::removeItem(const Vontal::u8string & name)
 {
-    const auto found = items->find(name);
-    if (found == items->end())
+    Item * const item = items->find(name);
+    if (item == nullptr)
         return false;
-    Item * const item = found->second;
-    items->erase(found);
+    items->erase(item);
     Item::destroy(item);
     return true;
 }
 
 void Config::clear()
 {
-    Items removed;
-    removed.swap(*items);
-    for (const auto & [name, item] : removed)
-        Item::destroy(item);
+    ItemTable removed;
+    std::swap(removed, *items);
+    removed.forEach(&Item::destroy);
 }
 
 bool Config::loadXML(
@@ -273,8 +274,7 @@ bool Config::loadItem(const Vontal::u8string & source, qvxml::Node & node, Vonta
 
 const Config::Item * Config::getItem(const Vontal::u8string & name) const
 {
-    const auto found = items->find(name);
-    return found != items->end() ? found->second : nullptr;
+    return items->find(name);
 }
 
 bool Config::getItemInt(const Vontal::u8string & name, int & out) const
@@ -343,16 +343,14 @@ void Config::setDefaultSource(const Vontal::u8string & source)
 
 void Config::registerListener(const Vontal::u8string & name, ItemChangeListener * listener)
 {
-    const auto found = items->find(name);
-    if (found != items->end())
-        found->second->registerListener(listener);
+    if (Item * const item = items->find(name))
+        item->registerListener(listener);
 }
 
 void Config::unregisterListener(const Vontal::u8string & name, ItemChangeListener * listener)
 {
-    const auto found = items->find(name);
-    if (found != items->end())
-        found->second->unregisterListener(listener);
+    if (Item * const item = items->find(name))
+        item->unregisterListener(listener);
 }
 
 bool Config::saveSettings(qvxml::XMLDocPtr & doc, int localFilter) const
@@ -360,7 +358,7 @@ bool Config::saveSettings(qvxml::XMLDocPtr & doc, int localFilter) const
     qvxml::Node * const root = doc.create("Config");
     if (root == nullptr)
         return false;
-    for (const auto & [name, item] : *items)
+    for (const Item * const item : items->inOrder())
     {
         if (localFilter >= 0 && item->localStatus != localFilter)
             continue;

@@ -1,14 +1,51 @@
 #include "VontalBase/utils/soop_node.h"
 
-#include "VontalBase/text/u8string.h"
 #include "VontalBase/utils/TreeWalk.h"
-#include "VontalBase/xml/Node.h"
+#include "VontalBase/xml/showelements.h"
 
 #include <memory>
-#include <vector>
+#include <string_view>
 
 namespace qv_soop
 {
+
+/// Makes nodes of elements.
+class ElementReader final : public platform::ElementVisitor
+{
+public:
+    /// The outermost element goes into @p root, the others into new nodes below it.
+    explicit ElementReader(soop_node & root) : m_root(root)
+    {
+    }
+
+    void begin(std::string_view name) override
+    {
+        m_current = m_current != nullptr ? append(*m_current) : &m_root;
+        m_current->name = name;
+    }
+    void attribute(std::string_view name, std::string_view value) override
+    {
+        // Kept: an attribute that is there already keeps its value.
+        auto & attributes = m_current->attrs;
+        attributes.emplace_hint(attributes.end(), name, value);
+    }
+    void end() override
+    {
+        m_current = m_current != &m_root ? m_current->parent : nullptr;
+    }
+
+private:
+    static soop_node * append(soop_node & parent)
+    {
+        auto made = std::make_unique<soop_node>();
+        made->parent = &parent;
+        parent.subnodes.push_back(made.get());
+        return made.release();
+    }
+
+    soop_node & m_root;
+    soop_node * m_current = nullptr;
+};
 
 soop_node::soop_node() = default;
 
@@ -80,41 +117,10 @@ void soop_node::setName(const char * text)
     name = text;
 }
 
-void soop_node::readElement(qvxml::Node & element)
-{
-    setName(element.getNodeName().c_str());
-    std::map<Vontal::u8string, Vontal::u8string> properties;
-    element.getProperties(properties);
-    // Kept: an attribute that is there already keeps its value.
-    for (const auto & [key, value] : properties)
-        attrs.emplace(key, value);
-}
-
 bool soop_node::load(qvxml::Node & element)
 {
-    struct Level
-    {
-        soop_node * node;
-        qvxml::Node * child;
-    };
-    readElement(element);
-    std::vector<Level> levels = {{this, element.getFirstChild()}};
-    while (!levels.empty())
-    {
-        Level & level = levels.back();
-        qvxml::Node * const child = level.child;
-        if (child == nullptr)
-        {
-            levels.pop_back();
-            continue;
-        }
-        level.child = child->getNextSibling();
-        auto made = std::make_unique<soop_node>();
-        made->parent = level.node;
-        made->readElement(*child);
-        level.node->subnodes.push_back(made.get());
-        levels.push_back({made.release(), child->getFirstChild()});
-    }
+    ElementReader reader(*this);
+    qvxml::showElements(element, reader);
     return true;
 }
 

@@ -16,12 +16,15 @@ class Node;
 namespace qv_soop
 {
 
+class ElementReader;
+
 /// An element of a `soop_db`: its tag, its attributes and its child elements. Text is UTF-8, and compared
 /// byte by byte. A node that is only read may be shared by threads.
 ///
 /// Nothing throws but by `std::bad_alloc`.
 class VONTALBASE_API soop_node
 {
+    friend class ElementReader;
     friend class soop_db;
 
 public:
@@ -58,7 +61,6 @@ public:
 
 private:
     void setName(const char * text);
-    void readElement(qvxml::Node & element);
     bool load(qvxml::Node & element);
     bool matches(const std::string & tag, const std::string & attr, const std::string & value) const;
 
