@@ -1,5 +1,6 @@
 #include "VontalBase/platform/threads.h"
 
+#include "VontalBase/platform/com.h"
 #include "VontalBase/platform/gates.h"
 
 #include <algorithm>
@@ -155,10 +156,12 @@ bool areOtherThreadsStopped() noexcept
 
 void enterApartment() noexcept
 {
+    CoInitialize(nullptr);
 }
 
 void leaveApartment() noexcept
 {
+    CoUninitialize();
 }
 
 } // namespace platform

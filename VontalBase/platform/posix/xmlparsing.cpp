@@ -194,7 +194,8 @@ void onFault(void * context, xmlError * error)
 xmlSAXHandler makeHandler() noexcept
 {
     xmlSAXHandler handler{};
-    // The older kind of handler: elements are told by whole names, and attributes in the order in which they stand.
+    // The older kind of handler: elements are told by whole names, and attributes in the order in which they
+    // stand.
     handler.initialized = 1;
     handler.startDocument = onStartDocument;
     handler.internalSubset = onDoctype;
@@ -282,7 +283,8 @@ void Builder::parserFault(const xmlError & error)
         reason.pop_back();
     // The parser's own words name a wrong line.
     if (error.code == XML_ERR_TAG_NAME_MISMATCH && error.str1 != nullptr && error.str2 != nullptr)
-        reason = std::string("End tag '") + error.str2 + "' does not match the start tag '" + error.str1 + "'.";
+        reason =
+            std::string("End tag '") + error.str2 + "' does not match the start tag '" + error.str1 + "'.";
     fail(notWellFormed, reason);
 }
 
