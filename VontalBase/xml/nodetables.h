@@ -3,6 +3,7 @@
 /// What a document knows of its nodes.
 #pragma once
 
+#include "VontalBase/xml/NodeArena.h"
 #include "VontalBase/xml/PointerTable.h"
 
 #include <vector>
@@ -13,13 +14,12 @@ namespace qvxml
 {
 
 class Node;
-class XMLNodeImpl;
 
 /// The nodes that a document owns.
 struct NodeSet
 {
     /// Those that it has made.
-    std::vector<XMLNodeImpl *> made;
+    NodeArena made;
     /// Those that it was given.
     PointerTable<Node, bool> given;
 };

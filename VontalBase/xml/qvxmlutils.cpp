@@ -237,9 +237,7 @@ void XMLDocPtr::freeXml()
 
 void XMLDocPtr::freeNodes()
 {
-    for (XMLNodeImpl * const node : nodes->made)
-        delete node;
-    nodes->made = {};
+    nodes->made.clear();
     nodes->given.forEach([](Node * node, bool) { delete node; });
     nodes->given.clear();
     for (IXMLDOMElement * const element : elements->noted)
@@ -387,19 +385,17 @@ Node * XMLDocPtr::nodeOf(IXMLDOMElement & element, const platform::DirectXml * d
 {
     if (Node * const known = findNode(element, direct))
         return known;
-    nodes->made.emplace_back(nullptr);
+    XMLNodeImpl & made = nodes->made.make(this, &element, direct);
     try
     {
-        nodes->made.back() = new XMLNodeImpl(this, &element, direct);
-        enterNode(*nodes->made.back(), element, direct);
+        enterNode(made, element, direct);
     }
     catch (...)
     {
-        delete nodes->made.back();
-        nodes->made.pop_back();
+        nodes->made.removeLast();
         throw;
     }
-    return nodes->made.back();
+    return &made;
 }
 
 Node * XMLDocPtr::findNode(IXMLDOMElement & element, const platform::DirectXml * direct) const

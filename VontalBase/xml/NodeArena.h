@@ -1,0 +1,99 @@
+/// @internal
+/// @file
+/// The nodes that a document has made.
+#pragma once
+
+#include "VontalBase/xml/XMLNodeImpl.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace qvxml
+{
+
+/// Makes nodes one behind the other in large blocks, since a document is walked in the order in which its
+/// nodes were made. They die together.
+class NodeArena
+{
+public:
+    NodeArena() = default;
+    NodeArena(const NodeArena &) = delete;
+    NodeArena & operator=(const NodeArena &) = delete;
+    ~NodeArena()
+    {
+        clear();
+    }
+
+    /// Makes a node.
+    template <class... Arguments>
+    XMLNodeImpl & make(Arguments... arguments)
+    {
+        if (m_blocks.empty() || m_blocks.back().used == m_blocks.back().size)
+            grow();
+        Block & block = m_blocks.back();
+        XMLNodeImpl * const node = new (block.places[block.used].bytes) XMLNodeImpl(arguments...);
+        ++block.used;
+        return *node;
+    }
+
+    /// Destroys the node that was made last.
+    void removeLast()
+    {
+        Block & block = m_blocks.back();
+        --block.used;
+        block.at(block.used).~XMLNodeImpl();
+    }
+
+    /// Calls @p visit with each node.
+    template <class Visit>
+    void forEach(Visit visit)
+    {
+        for (Block & block : m_blocks)
+        {
+            for (std::size_t i = 0; i < block.used; ++i)
+                visit(block.at(i));
+        }
+    }
+
+    /// Destroys all nodes.
+    void clear()
+    {
+        forEach([](XMLNodeImpl & node) { node.~XMLNodeImpl(); });
+        m_blocks.clear();
+    }
+
+private:
+    struct Place
+    {
+        alignas(XMLNodeImpl) std::byte bytes[sizeof(XMLNodeImpl)];
+    };
+
+    struct Block
+    {
+        XMLNodeImpl & at(std::size_t i)
+        {
+            return *std::launder(reinterpret_cast<XMLNodeImpl *>(places[i].bytes));
+        }
+
+        std::unique_ptr<Place[]> places;
+        std::size_t size = 0;
+        std::size_t used = 0;
+    };
+
+    static constexpr std::size_t firstSize = 8;
+    static constexpr std::size_t mostAtOnce = 8192;
+
+    void grow()
+    {
+        const std::size_t size =
+            m_blocks.empty() ? firstSize : std::min(m_blocks.back().size * 2, mostAtOnce);
+        m_blocks.push_back({std::unique_ptr<Place[]>(new Place[size]), size});
+    }
+
+    std::vector<Block> m_blocks;
+};
+
+} // namespace qvxml
