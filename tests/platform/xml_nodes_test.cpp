@@ -106,6 +106,8 @@ TEST(XmlNodes, ANodeThatIsNeverInsertedEndsWithItsLastReference)
 TEST(XmlNodes, TextsSideBySideStayTwo)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service melts texts together";
     const Com<IXMLDOMDocument> document = documentOf("<a/>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
     const Com<IXMLDOMText> first = newText(document.get(), L"1");
@@ -148,6 +150,8 @@ TEST(XmlNodes, NodesAreInsertedReplacedAndMoved)
 TEST(XmlNodes, ImpossibleInsertionsChangeNothing)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service makes rings of nodes";
     const Com<IXMLDOMDocument> document = documentOf("<a><b/></a>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
     const Com<IXMLDOMNode> b = firstOf(root.get());
@@ -173,6 +177,8 @@ TEST(XmlNodes, ImpossibleInsertionsChangeNothing)
 TEST(XmlNodes, NamesAreChecked)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service takes any name";
     const Com<IXMLDOMDocument> document = documentOf("<a/>");
     for (const wchar_t * const name : {L"", L"1", L"a b", L"<", L"-a"})
     {
@@ -215,6 +221,8 @@ TEST(XmlNodes, AnAttributeThatIsNotThereIsNull)
 TEST(XmlNodes, DeclarationsOfPrefixesAreAttributesToo)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service hides the declaration of the default namespace";
     const Com<IXMLDOMDocument> document = documentOf("<a xmlns:p='u' p:x='1' y='2' xmlns='d'><p:b/></a>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
     EXPECT_EQ(attributeOf(root.get(), L"xmlns:p"), "u");
@@ -267,6 +275,8 @@ TEST(XmlNodes, AttributesAreWalkedInTheirOrder)
 TEST(XmlNodes, ListsFollowChanges)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service walks lists by other rules";
     const Com<IXMLDOMDocument> document = documentOf("<a><b/><c/></a>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
     Com<IXMLDOMNodeList> children;

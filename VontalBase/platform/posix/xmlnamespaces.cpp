@@ -136,7 +136,8 @@ private:
 
     static const xmlChar * intern(const xmlNode * node, std::string_view text)
     {
-        return needed(xmlDictLookup(node->doc->dict, xmlText(text.data()), lengthOf(text)));
+        const char * const bytes = text.empty() ? "" : text.data();
+        return needed(xmlDictLookup(node->doc->dict, xmlText(bytes), lengthOf(text)));
     }
 
     void declare(const xmlNode * node, xmlNode * copy)

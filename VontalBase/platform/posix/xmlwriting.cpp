@@ -233,8 +233,9 @@ private:
 
     static const xmlChar * intern(const xmlNode * node, std::string_view text)
     {
+        const char * const bytes = text.empty() ? "" : text.data();
         const xmlChar * const interned =
-            xmlDictLookup(node->doc->dict, xmlText(text.data()), static_cast<int>(text.size()));
+            xmlDictLookup(node->doc->dict, xmlText(bytes), static_cast<int>(text.size()));
         if (interned == nullptr)
             throw std::bad_alloc();
         return interned;
