@@ -107,8 +107,8 @@ bool readValue(IXMLDOMNode & attribute, Vontal::u8string & value)
 } // namespace
 
 XMLNodeImpl::XMLNodeImpl(
-    XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directXml)
-    : doc(owner), element(domElement), direct(directXml)
+    XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directWay)
+    : doc(owner), element(domElement), direct(directWay)
 {
     element->AddRef();
 }

@@ -25,9 +25,15 @@ class XMLNodeImpl final : public Node
 {
 public:
     /// A node of @p owner, which outlives it, with a reference of its own on @p domElement.
-    /// @param directXml the short way to the element, or null.
-    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directXml);
+    /// @param directWay the short way to the element, or null.
+    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directWay);
     ~XMLNodeImpl() override;
+
+    /// The short way to the element, or null.
+    const platform::DirectXml * directXml() const noexcept
+    {
+        return direct;
+    }
 
     /// Shows the element and those within it. False where there is no short way.
     bool walk(platform::ElementVisitor & visitor) const;

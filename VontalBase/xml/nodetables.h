@@ -6,8 +6,6 @@
 #include "VontalBase/xml/NodeArena.h"
 #include "VontalBase/xml/PointerTable.h"
 
-#include <vector>
-
 struct IXMLDOMElement;
 
 namespace qvxml
@@ -27,9 +25,10 @@ struct NodeSet
 /// The node of each element, with a reference on the element.
 struct ElementTable
 {
-    /// Elements that have their node noted at themselves.
-    std::vector<IXMLDOMElement *> noted;
-    /// The other ones.
+    /// Of those that have their node noted at themselves the elements that were given a node. The node may
+    /// have been replaced, or be in the other table.
+    PointerTable<IXMLDOMElement, bool> noted;
+    /// Those that have it not.
     PointerTable<IXMLDOMElement, Node *> others;
 };
 

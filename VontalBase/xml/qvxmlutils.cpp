@@ -237,15 +237,29 @@ void XMLDocPtr::freeXml()
 
 void XMLDocPtr::freeNodes()
 {
+    const auto forget = [this](IXMLDOMElement & element, const platform::DirectXml & direct)
+    {
+        direct.note(element) = {};
+        element.Release();
+    };
+    elements->noted.forEach(
+        [&](IXMLDOMElement * element, bool)
+        {
+            const platform::DirectXml & direct = *platform::directXmlOf(*element);
+            if (direct.note(*element).owner == elements)
+                forget(*element, direct);
+        });
+    elements->noted.clear();
+    nodes->made.forEach(
+        [&](XMLNodeImpl & node)
+        {
+            const platform::DirectXml * const direct = node.directXml();
+            if (direct != nullptr && direct->note(*node.getElement()).owner == elements)
+                forget(*node.getElement(), *direct);
+        });
     nodes->made.clear();
     nodes->given.forEach([](Node * node, bool) { delete node; });
     nodes->given.clear();
-    for (IXMLDOMElement * const element : elements->noted)
-    {
-        platform::directXmlOf(*element)->note(*element) = {};
-        element->Release();
-    }
-    elements->noted = {};
     elements->others.forEach([](IXMLDOMElement * element, Node *) { element->Release(); });
     elements->others.clear();
 }
@@ -410,10 +424,7 @@ void XMLDocPtr::enterNode(Node & node, IXMLDOMElement & element, const platform:
 {
     const void * const owner = direct != nullptr ? direct->note(element).owner : this;
     if (owner == nullptr)
-    {
-        elements->noted.push_back(&element);
         element.AddRef();
-    }
     if (owner == nullptr || owner == elements)
         direct->note(element) = {elements, &node};
     else if (elements->others.insert(&element, &node))
@@ -425,10 +436,15 @@ void XMLDocPtr::enterNode(Node & node, IXMLDOMElement & element, const platform:
 void XMLDocPtr::registerNode(Node * node)
 {
     IXMLDOMElement & element = *node->getElement();
+    const platform::DirectXml * const direct = platform::directXmlOf(element);
     // Those that documents make are in their lists already.
     if (dynamic_cast<XMLNodeImpl *>(node) == nullptr)
+    {
+        if (direct != nullptr)
+            elements->noted.insert(&element, true);
         nodes->given.insert(node, true);
-    enterNode(*node, element, platform::directXmlOf(element));
+    }
+    enterNode(*node, element, direct);
 }
 
 bool XMLDocPtr::transform(XMLDocPtr & stylesheet, XMLDocPtr & result)
