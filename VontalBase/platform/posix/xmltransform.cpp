@@ -8,6 +8,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <libxml/globals.h>
@@ -22,7 +25,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <semaphore>
 #include <unistd.h>
 #include <utility>
 
@@ -122,8 +124,9 @@ private:
 
     TransformInput & m_input;
     TransformOutput & m_output;
-    std::binary_semaphore m_done{0};
     std::mutex m_mutex;
+    std::condition_variable m_change;
+    bool m_isDone = false;
     xsltTransformContext * m_context = nullptr;
     std::atomic<bool> m_isStopped{false};
     std::size_t m_nodes = 0;
@@ -145,9 +148,72 @@ void onNodeGone(xmlNode *)
         presentJob->forgetNode();
 }
 
+/// Has libxml2 look at each thread's calls for nodes at all. It offers no other way than to set the call of
+/// the main thread, which stays what it is.
+void enableNodeCalls()
+{
+    static std::once_flag done;
+    std::call_once(done,
+        []
+        {
+            const xmlRegisterNodeFunc present = xmlRegisterNodeDefault(nullptr);
+            if (present != nullptr)
+                xmlRegisterNodeDefault(present);
+        });
+}
+
 void ignoreMessage(void *, const char *, ...)
 {
 }
+
+std::mutex quietMutex;
+unsigned int quietUsers = 0;
+xmlGenericErrorFunc usualHandler = nullptr;
+
+/// Takes the messages of stylesheets that are not ours to the handler that somebody else has set.
+void passMessage(void * context, const char * format, ...)
+{
+    if (presentJob != nullptr)
+        return;
+    char text[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    xmlGenericErrorFunc handler = nullptr;
+    {
+        const std::lock_guard lock(quietMutex);
+        handler = usualHandler;
+    }
+    if (handler != nullptr)
+        handler(context, "%s", text);
+}
+
+/// As long as it lives, what libxslt complains of on threads with a job goes nowhere. libxslt has one handler
+/// for the whole process; for all other threads it stays at work.
+class QuietStylesheets
+{
+public:
+    QuietStylesheets()
+    {
+        const std::lock_guard lock(quietMutex);
+        if (quietUsers++ == 0)
+            usualHandler = __atomic_exchange_n(&xsltGenericError, &passMessage, __ATOMIC_SEQ_CST);
+    }
+    QuietStylesheets(const QuietStylesheets &) = delete;
+    QuietStylesheets & operator=(const QuietStylesheets &) = delete;
+    ~QuietStylesheets()
+    {
+        const std::lock_guard lock(quietMutex);
+        xmlGenericErrorFunc ours = passMessage;
+        // If somebody has set another one meanwhile, that stays.
+        if (--quietUsers == 0)
+        {
+            __atomic_compare_exchange_n(
+                &xsltGenericError, &ours, usualHandler, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+        }
+    }
+};
 
 std::size_t lengthOf(const xmlChar * text) noexcept
 {
@@ -289,9 +355,11 @@ void Job::work() noexcept
     presentJob = this;
     {
         const QuietErrors quiet;
-        // Of this thread alone, which ends with the job.
-        xmlRegisterNodeDefault(onNode);
-        xmlDeregisterNodeDefault(onNodeGone);
+        const QuietStylesheets quietStylesheets;
+        // The values of this thread alone, which ends with the job.
+        enableNodeCalls();
+        xmlRegisterNodeDefaultValue = onNode;
+        xmlDeregisterNodeDefaultValue = onNodeGone;
         try
         {
             m_result = apply();
@@ -300,8 +368,8 @@ void Job::work() noexcept
         {
             m_result = E_OUTOFMEMORY;
         }
-        xmlRegisterNodeDefault(nullptr);
-        xmlDeregisterNodeDefault(nullptr);
+        xmlRegisterNodeDefaultValue = nullptr;
+        xmlDeregisterNodeDefaultValue = nullptr;
     }
     presentJob = nullptr;
 }
@@ -310,16 +378,18 @@ unsigned int Job::enter(void * job)
 {
     Job & self = *static_cast<Job *>(job);
     self.work();
-    self.m_done.release();
+    const std::lock_guard lock(self.m_mutex);
+    self.m_isDone = true;
+    self.m_change.notify_one();
     return 0;
 }
 
 void Job::watch()
 {
     const std::size_t before = residentMemory();
-    while (!m_done.try_acquire_for(std::chrono::milliseconds(50)))
+    std::unique_lock lock(m_mutex);
+    while (!m_change.wait_for(lock, std::chrono::milliseconds(50), [this] { return m_isDone; }))
     {
-        const std::lock_guard lock(m_mutex);
         if (residentMemory() > before + mostMemory)
             stop();
     }
