@@ -434,7 +434,10 @@ HRESULT DocumentObject::loadXML(BSTR xml, VARIANT_BOOL * isSuccessful)
             TextSource source(bytes.view());
             HRESULT result = loadFrom(source, {m_isPreserving != VARIANT_FALSE, true}, {}, told);
             if (result == S_OK && !restoreEncoding(*m_tree, bytes.view()))
+            {
+                told = VARIANT_FALSE;
                 result = E_OUTOFMEMORY;
+            }
             return result;
         });
 }

@@ -1,0 +1,170 @@
+#include "../platform/comtesting.h"
+#include "support/TempDirectory.h"
+#include "support/Torture.h"
+
+#include <string>
+
+namespace
+{
+
+using comtesting::Apartment;
+using comtesting::Com;
+using comtesting::Text;
+using comtesting::variantOf;
+using testsupport::Fault;
+using testsupport::torture;
+using testsupport::TortureReport;
+
+/// Whether a result is what a faulty run may have: success, or a failure that a fault explains.
+void expectExplained(HRESULT result, const Fault & fault)
+{
+    EXPECT_TRUE(result >= 0 || fault.happened()) << result;
+}
+
+/// An object of a class, or nothing where a fault was in the way.
+template <class Interface>
+Com<Interface> tryMaking(REFCLSID classId, const Fault & fault)
+{
+    void * object = nullptr;
+    expectExplained(
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &object),
+        fault);
+    return Com<Interface>(static_cast<Interface *>(object));
+}
+
+/// A document of this text, or nothing.
+Com<IXMLDOMDocument> tryLoading(const wchar_t * text, const Fault & fault)
+{
+    Com<IXMLDOMDocument> document = tryMaking<IXMLDOMDocument>(platform::domDocumentClass(), fault);
+    const Text xml(text);
+    VARIANT_BOOL isSuccessful = VARIANT_FALSE;
+    if (document)
+    {
+        document->put_preserveWhiteSpace(VARIANT_TRUE);
+        const HRESULT result = document->loadXML(xml, &isSuccessful);
+        EXPECT_TRUE(result == S_OK || fault.happened());
+        EXPECT_EQ(result == S_OK, isSuccessful == VARIANT_TRUE);
+    }
+    return isSuccessful == VARIANT_TRUE ? std::move(document) : Com<IXMLDOMDocument>();
+}
+
+const wchar_t * const source =
+    L"<?xml version=\"1.0\"?><a x=\"1\" xmlns:p=\"a name that is not short\"><p:b>a text that "
+    L"has no place in its node</p:b><!--c--><c/></a>";
+
+TEST(XmlServiceTorture, ADocumentIsLoadedChangedAndSavedOrFails)
+{
+    const testsupport::TempDirectory directory;
+    const std::string name = directory.text("out.xml");
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            const Apartment apartment;
+            const Com<IXMLDOMDocument> document = tryLoading(source, fault);
+            if (!document)
+                return;
+            Com<IXMLDOMElement> root;
+            expectExplained(document->get_documentElement(root.receive()), fault);
+            if (root)
+            {
+                const Text attribute(L"x");
+                const Text value(L"a value that has no place in its node");
+                expectExplained(root->setAttribute(attribute, variantOf(static_cast<BSTR>(value))), fault);
+                Com<IXMLDOMElement> element;
+                expectExplained(document->createElement(attribute, element.receive()), fault);
+                if (element)
+                    expectExplained(root->appendChild(element.get(), nullptr), fault);
+                Com<IXMLDOMNode> first;
+                root->get_firstChild(first.receive());
+                if (first)
+                    expectExplained(root->removeChild(first.get(), nullptr), fault);
+                Com<IXMLDOMNode> clone;
+                expectExplained(root->cloneNode(VARIANT_TRUE, clone.receive()), fault);
+                Com<IXMLDOMNamedNodeMap> attributes;
+                expectExplained(root->get_attributes(attributes.receive()), fault);
+            }
+            const Text path{std::string_view(name)};
+            if (SysStringLen(path) != 0)
+                expectExplained(document->save(variantOf(static_cast<BSTR>(path))), fault);
+            if (directory.contains("out.xml"))
+                directory.remove("out.xml");
+        });
+    EXPECT_GT(report.faultyRuns, 10U);
+}
+
+TEST(XmlServiceTorture, AStreamIsReadAndWrittenOrFails)
+{
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            const Apartment apartment;
+            Com<IStream> stream;
+            expectExplained(CreateStreamOnHGlobal(nullptr, TRUE, stream.receive()), fault);
+            const Com<IXMLDOMDocument> document = tryLoading(source, fault);
+            if (!document || !stream)
+                return;
+            const VARIANT target = variantOf(static_cast<IUnknown *>(stream.get()));
+            const HRESULT result = document->save(target);
+            expectExplained(result, fault);
+            LARGE_INTEGER start;
+            start.QuadPart = 0;
+            if (result < 0 || stream->Seek(start, STREAM_SEEK_SET, nullptr) < 0)
+                return;
+            VARIANT_BOOL isSuccessful = VARIANT_FALSE;
+            const HRESULT loaded = document->load(target, &isSuccessful);
+            EXPECT_TRUE(loaded == S_OK || fault.happened());
+        });
+    EXPECT_GT(report.faultyRuns, 10U);
+}
+
+TEST(XmlServiceTorture, ADocumentIsFormattedOrFails)
+{
+    torture(
+        [&](const Fault & fault)
+        {
+            const Apartment apartment;
+            const Com<IXMLDOMDocument> document = tryLoading(source, fault);
+            const Com<IMXWriter> writer = tryMaking<IMXWriter>(platform::xmlWriterClass(), fault);
+            const Com<ISAXXMLReader> reader = tryMaking<ISAXXMLReader>(platform::saxReaderClass(), fault);
+            if (!document || !writer || !reader)
+                return;
+            const Com<ISAXContentHandler> content = comtesting::query<ISAXContentHandler>(writer.get());
+            expectExplained(reader->putContentHandler(content.get()), fault);
+            expectExplained(writer->put_indent(VARIANT_TRUE), fault);
+            const VARIANT variant = variantOf(static_cast<IDispatch *>(document.get()));
+            expectExplained(writer->put_output(variant), fault);
+            expectExplained(reader->parse(variant), fault);
+            Text xml;
+            expectExplained(document->get_xml(xml.receive()), fault);
+        });
+}
+
+TEST(XmlServiceTorture, AStylesheetIsAppliedOrFails)
+{
+    const wchar_t * const sheet =
+        L"<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'><xsl:template "
+        L"match='/'><r><xsl:copy-of select='a'/></r></xsl:template></xsl:stylesheet>";
+    torture(
+        [&](const Fault & fault)
+        {
+            const Apartment apartment;
+            const Com<IXMLDOMDocument> document = tryLoading(source, fault);
+            const Com<IXMLDOMDocument> style = tryLoading(sheet, fault);
+            const Com<IXMLDOMDocument> result = tryLoading(L"<old/>", fault);
+            if (!document || !style || !result)
+                return;
+            const HRESULT code = document->transformNodeToObject(
+                style.get(), variantOf(static_cast<IDispatch *>(result.get())));
+            expectExplained(code, fault);
+            Com<IXMLDOMElement> root;
+            if (result->get_documentElement(root.receive()) != S_OK)
+                return;
+            Text name;
+            if (root->get_nodeName(name.receive()) == S_OK)
+            {
+                EXPECT_EQ(name.utf8(), code >= 0 ? "r" : "old");
+            }
+        });
+}
+
+} // namespace
