@@ -275,7 +275,7 @@ inline bool load(IXMLDOMDocument * document, std::string_view bytes)
     const Com<IStream> stream = streamOf(bytes);
     VARIANT_BOOL isSuccessful = VARIANT_FALSE;
     const HRESULT result = document->load(variantOf(static_cast<IUnknown *>(stream.get())), &isSuccessful);
-    EXPECT_EQ(result, isSuccessful == VARIANT_TRUE ? S_OK : S_FALSE);
+    EXPECT_EQ(result == S_OK, isSuccessful == VARIANT_TRUE) << result;
     return isSuccessful == VARIANT_TRUE;
 }
 

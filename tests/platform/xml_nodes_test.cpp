@@ -361,6 +361,8 @@ TEST(XmlNodes, EachKindOffersItsInterface)
 TEST(XmlNodes, NullPlacesForResultsAreRefused)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service writes to them";
     const Com<IXMLDOMDocument> document = documentOf("<a b='c'/>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
     EXPECT_EQ(root->get_firstChild(nullptr), E_INVALIDARG);
