@@ -332,6 +332,8 @@ TEST(XmlLoading, ATextIsLoadedWhateverEncodingItNames)
 TEST(XmlLoading, ALongTextComesWhole)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service refuses a text of more than ten million bytes";
     const std::string text(12'000'000, 'x');
     const Com<IXMLDOMDocument> document = makeDocument();
     ASSERT_TRUE(load(document.get(), "<a b='" + text + "'>" + text + "</a>"));
