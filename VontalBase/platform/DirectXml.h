@@ -21,6 +21,15 @@ struct ElementNote
     void * value = nullptr;
 };
 
+/// What a search for an element comes to. Both are null where there is none, or where memory was short.
+struct FoundElement
+{
+    /// What the owner who asked has noted at the element. Then no object is given.
+    void * noted = nullptr;
+    /// The element, with a reference that is the caller's.
+    IXMLDOMElement * element = nullptr;
+};
+
 /// Is shown elements in the order of the document.
 class ElementVisitor
 {
@@ -41,11 +50,10 @@ protected:
 class DirectXml
 {
 public:
-    /// The first element within another, or null. A null may also mean that memory was short.
-    /// @return a reference, which the caller owns.
-    virtual IXMLDOMElement * firstElement(IXMLDOMElement & parent) const noexcept = 0;
-    /// The next element behind another with the same parent. As above.
-    virtual IXMLDOMElement * nextElement(IXMLDOMElement & element) const noexcept = 0;
+    /// Looks for the first element within another.
+    virtual FoundElement firstElement(IXMLDOMElement & parent, const void * owner) const noexcept = 0;
+    /// Looks for the next element behind another with the same parent.
+    virtual FoundElement nextElement(IXMLDOMElement & element, const void * owner) const noexcept = 0;
     /// The name with its prefix.
     virtual std::string_view name(IXMLDOMElement & element) const noexcept = 0;
     /// The value of an attribute. False, with `value` as it was, where there is none.

@@ -382,18 +382,20 @@ Node * XMLNodeImpl::getFirstChild(const char * name)
     return child;
 }
 
-Node * XMLNodeImpl::takeNode(IXMLDOMElement * related)
+Node * XMLNodeImpl::takeNode(const platform::FoundElement & found)
 {
-    if (related == nullptr)
+    if (found.noted != nullptr)
+        return static_cast<Node *>(found.noted);
+    if (found.element == nullptr)
         return nullptr;
-    const ElementReference held = adopt(related);
-    return doc->nodeOf(*related, direct);
+    const ElementReference held = adopt(found.element);
+    return doc->nodeOf(*found.element, direct);
 }
 
 Node * XMLNodeImpl::getFirstChild()
 {
     if (direct != nullptr)
-        return takeNode(direct->firstElement(*element));
+        return takeNode(direct->firstElement(*element, doc->elements));
     NodeReference child;
     if (FAILED(element->get_firstChild(child.receive())))
         return nullptr;
@@ -411,7 +413,7 @@ Node * XMLNodeImpl::getNextSibling(const char * name)
 Node * XMLNodeImpl::getNextSibling()
 {
     if (direct != nullptr)
-        return takeNode(direct->nextElement(*element));
+        return takeNode(direct->nextElement(*element, doc->elements));
     NodeReference sibling;
     if (FAILED(element->get_nextSibling(sibling.receive())))
         return nullptr;

@@ -11,6 +11,7 @@ namespace platform
 {
 class DirectXml;
 class ElementVisitor;
+struct FoundElement;
 } // namespace platform
 
 namespace qvxml
@@ -76,7 +77,7 @@ private:
     bool readText(ComText & text);
     bool readAttribute(const char * name, ComVariant & value);
 
-    Node * takeNode(IXMLDOMElement * related);
+    Node * takeNode(const platform::FoundElement & found);
 
     XMLDocPtr * doc;
     IXMLDOMElement * element;

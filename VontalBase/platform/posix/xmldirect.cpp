@@ -22,18 +22,28 @@ xmlNode * elementFrom(xmlNode * node) noexcept
     return node;
 }
 
-IXMLDOMElement * give(xmlNode * node, Fragment * fragment) noexcept
+FoundElement find(xmlNode * node, Fragment * fragment, const void * owner) noexcept
 {
-    IXMLDOMNode * object = nullptr;
+    FoundElement found;
+    if (node == nullptr)
+        return found;
     // Whoever walks asks for one of these next, and memory is what a walk waits for.
-    if (node != nullptr)
+    __builtin_prefetch(node->children);
+    __builtin_prefetch(node->next);
+    if (node->_private != nullptr)
     {
-        __builtin_prefetch(node->children);
-        __builtin_prefetch(node->next);
+        const ElementNote & note =
+            static_cast<ElementObject *>(static_cast<NodeData *>(node->_private))->note;
+        if (note.owner == owner)
+        {
+            found.noted = note.value;
+            return found;
+        }
     }
-    if (node == nullptr || giveNode(node, fragment, &object) != S_OK)
-        return nullptr;
-    return static_cast<ElementObject *>(object);
+    IXMLDOMNode * object = nullptr;
+    if (giveNode(node, fragment, &object) == S_OK)
+        found.element = static_cast<ElementObject *>(object);
+    return found;
 }
 
 void begin(const xmlNode * element, ElementVisitor & visitor)
@@ -46,15 +56,15 @@ void begin(const xmlNode * element, ElementVisitor & visitor)
 class Direct final : public DirectXml
 {
 public:
-    IXMLDOMElement * firstElement(IXMLDOMElement & parent) const noexcept override
+    FoundElement firstElement(IXMLDOMElement & parent, const void * owner) const noexcept override
     {
         const NodePlace place = objectOf(parent).place();
-        return give(elementFrom(place.node->children), place.fragment);
+        return find(elementFrom(place.node->children), place.fragment, owner);
     }
-    IXMLDOMElement * nextElement(IXMLDOMElement & element) const noexcept override
+    FoundElement nextElement(IXMLDOMElement & element, const void * owner) const noexcept override
     {
         const NodePlace place = objectOf(element).place();
-        return give(elementFrom(place.node->next), place.fragment);
+        return find(elementFrom(place.node->next), place.fragment, owner);
     }
     std::string_view name(IXMLDOMElement & element) const noexcept override
     {
