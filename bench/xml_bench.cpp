@@ -373,8 +373,7 @@ std::size_t countElements(xmlNode * root)
     return count;
 }
 
-/// The first walk makes the nodes. What the document before has left behind is cleared away first, since the first
-/// large allocation would do that otherwise.
+/// The first walk makes the nodes.
 void walkOurs(benchmark::State & state, std::size_t size, bool again)
 {
     const Vontal::u8string path = documentFile(size);
@@ -384,7 +383,6 @@ void walkOurs(benchmark::State & state, std::size_t size, bool again)
         require(document.loadFile(path));
         if (again)
             countNodes(document.getRootElement());
-        malloc_trim(0);
         const Stopwatch watch;
         benchmark::DoNotOptimize(countNodes(document.getRootElement()));
         watch.stop(state);
@@ -399,7 +397,6 @@ void walkLibxml2(benchmark::State & state, std::size_t size, bool again)
         const Document document = parse(path);
         if (again)
             countElements(xmlDocGetRootElement(document.get()));
-        malloc_trim(0);
         const Stopwatch watch;
         benchmark::DoNotOptimize(countElements(xmlDocGetRootElement(document.get())));
         watch.stop(state);
