@@ -3,6 +3,7 @@
 /// The nodes that a document has made.
 #pragma once
 
+#include "VontalBase/platform/blocks.h"
 #include "VontalBase/xml/XMLNodeImpl.h"
 
 #include <algorithm>
@@ -71,6 +72,20 @@ private:
         alignas(XMLNodeImpl) std::byte bytes[sizeof(XMLNodeImpl)];
     };
 
+    /// Gives places back to where they come from.
+    struct GiveBack
+    {
+        std::size_t size = 0;
+
+        void operator()(Place * places) const noexcept
+        {
+            if (isLarge(size))
+                platform::giveBlock(places, size * sizeof(Place));
+            else
+                delete[] places;
+        }
+    };
+
     struct Block
     {
         XMLNodeImpl & at(std::size_t i)
@@ -78,19 +93,34 @@ private:
             return *std::launder(reinterpret_cast<XMLNodeImpl *>(places[i].bytes));
         }
 
-        std::unique_ptr<Place[]> places;
+        std::unique_ptr<Place[], GiveBack> places;
         std::size_t size = 0;
         std::size_t used = 0;
     };
 
     static constexpr std::size_t firstSize = 8;
-    static constexpr std::size_t mostAtOnce = 8192;
+    static constexpr std::size_t mostAtOnce = 32768;
+
+    static bool isLarge(std::size_t size) noexcept
+    {
+        return size * sizeof(Place) >= platform::leastBlock;
+    }
+
+    static Place * take(std::size_t size)
+    {
+        if (!isLarge(size))
+            return new Place[size];
+        void * const block = platform::takeBlock(size * sizeof(Place));
+        if (block == nullptr)
+            throw std::bad_alloc();
+        return static_cast<Place *>(block);
+    }
 
     void grow()
     {
         const std::size_t size =
             m_blocks.empty() ? firstSize : std::min(m_blocks.back().size * 2, mostAtOnce);
-        m_blocks.push_back({std::unique_ptr<Place[]>(new Place[size]), size});
+        m_blocks.push_back({std::unique_ptr<Place[], GiveBack>(take(size), GiveBack{size}), size});
     }
 
     std::vector<Block> m_blocks;

@@ -1,9 +1,11 @@
 #include "VontalBase/platform/posix/xmltree.h"
 
+#include "VontalBase/platform/blocks.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/xmlguard.h"
 #include "VontalBase/platform/posix/xmltext.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
@@ -116,7 +118,10 @@ Tree::~Tree()
     while (m_chunks != nullptr)
     {
         Chunk * const next = m_chunks->next;
-        ::operator delete(m_chunks);
+        if (m_chunks->size < leastBlock)
+            ::operator delete(m_chunks);
+        else
+            giveBlock(m_chunks, m_chunks->size);
         m_chunks = next;
     }
 }
@@ -181,26 +186,32 @@ bool Tree::growPool() noexcept
 {
     if (gateFails("xml objects"))
         return false;
-    static_assert(sizeof(Chunk) % alignof(std::max_align_t) == 0);
-    void * const memory = ::operator new(sizeof(Chunk) + m_nextChunk * objectSize, std::nothrow);
+    static_assert(
+        sizeof(Chunk) % alignof(std::max_align_t) == 0 && objectSize % alignof(std::max_align_t) == 0);
+    void * const memory =
+        m_nextChunk < leastBlock ? ::operator new(m_nextChunk, std::nothrow) : takeBlock(m_nextChunk);
     if (memory == nullptr)
         return false;
-    m_chunks = new (memory) Chunk{m_chunks, nullptr};
-    char * const slots = static_cast<char *>(memory) + sizeof(Chunk);
-    for (std::size_t i = m_nextChunk; i > 0; --i)
-        m_freeSlots = new (slots + (i - 1) * objectSize) Slot{m_freeSlots};
-    if (m_nextChunk < 1024)
-        m_nextChunk *= 2;
+    m_chunks = new (memory) Chunk{m_chunks, m_nextChunk};
+    m_fresh = static_cast<char *>(memory) + sizeof(Chunk);
+    m_freshEnd = static_cast<char *>(memory) + m_nextChunk - objectSize;
+    m_nextChunk = std::min(m_nextChunk * 2, mostAtOnce);
     return true;
 }
 
 void * Tree::allocateObject() noexcept
 {
-    if (m_freeSlots == nullptr && !growPool())
+    if (m_freeSlots != nullptr)
+    {
+        Slot * const slot = m_freeSlots;
+        m_freeSlots = slot->next;
+        return slot;
+    }
+    if (m_fresh >= m_freshEnd && !growPool())
         return nullptr;
-    Slot * const slot = m_freeSlots;
-    m_freeSlots = slot->next;
-    return slot;
+    void * const fresh = m_fresh;
+    m_fresh += objectSize;
+    return fresh;
 }
 
 void Tree::freeObject(void * object) noexcept

@@ -113,19 +113,25 @@ private:
     struct Chunk
     {
         Chunk * next;
-        void * padding;
+        std::size_t size;
     };
 
     Tree() noexcept = default;
     ~Tree();
     bool growPool() noexcept;
 
+    static constexpr std::size_t mostAtOnce = std::size_t{1024} * 1024;
+
     xmlDoc * m_document = nullptr;
     std::size_t m_references = 1;
     Fragment m_attached;
     Slot * m_freeSlots = nullptr;
     Chunk * m_chunks = nullptr;
-    std::size_t m_nextChunk = 16;
+    // Where the next object and the last possible one of the newest chunk begin.
+    char * m_fresh = nullptr;
+    char * m_freshEnd = nullptr;
+    // In bytes.
+    std::size_t m_nextChunk = 1024;
 };
 
 // What follows links and unlinks without any check. Attributes are nodes here: use `asNode`.
