@@ -56,7 +56,8 @@ public:
     virtual FoundElement nextElement(IXMLDOMElement & element, const void * owner) const noexcept = 0;
     /// The name with its prefix.
     virtual std::string_view name(IXMLDOMElement & element) const noexcept = 0;
-    /// The value of an attribute. False, with `value` as it was, where there is none.
+    /// The value of an attribute, whose name is taken byte by byte. Half a pair of UTF-16 comes as the three
+    /// bytes that it would have alone. False, with `value` as it was, where there is none.
     virtual bool attribute(
         IXMLDOMElement & element, std::string_view name, std::string_view & value) const noexcept = 0;
     /// The first child as text, empty where there is no child. False, with `text` as it was, where it is no
@@ -75,9 +76,17 @@ protected:
 inline constexpr GUID directXmlId = {
     0x6f2d1c80, 0x94b7, 0x4b1e, {0x8a, 0x35, 0x17, 0xd0, 0x5e, 0x6b, 0x42, 0xa9}};
 
+/// Asks an object for itself, by `QueryInterface`. What it gives is not counted. An application's object that
+/// hands questions on to an element of ours is told apart by this.
+inline constexpr GUID directSelfId = {
+    0x6f2d1c81, 0x94b7, 0x4b1e, {0x8a, 0x35, 0x17, 0xd0, 0x5e, 0x6b, 0x42, 0xa9}};
+
 /// The short way to an element; null where there is none.
 inline const DirectXml * directXmlOf(IXMLDOMElement & element) noexcept
 {
+    void * self = nullptr;
+    if (FAILED(element.QueryInterface(directSelfId, &self)) || self != &element)
+        return nullptr;
     void * found = nullptr;
     return SUCCEEDED(element.QueryInterface(directXmlId, &found)) ? static_cast<const DirectXml *>(found)
                                                                   : nullptr;

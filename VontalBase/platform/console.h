@@ -17,4 +17,7 @@ void writeErrorText(const std::wstring & text, int error);
 /// its locale does not have may be lost or replaced, but later lines are written.
 void writeWideErrorLine(const std::wstring & text);
 
+/// The same without regard to what else is written to the standard error stream.
+void insertWideLine(const std::wstring & text);
+
 } // namespace platform

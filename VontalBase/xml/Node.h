@@ -26,7 +26,7 @@ namespace qvxml
 ///
 /// Narrow text is UTF-8, wide text is UTF-16. Names are compared with case; the name of a prefixed element or
 /// attribute includes its prefix. Text pointers end at a NUL; a null one is refused where that is said, and
-/// outside the contract elsewhere. Nothing here throws but by `std::bad_alloc`, and by `_com_error` with
+/// outside the contract elsewhere. Nothing here throws but by what strings throw, and by `_com_error` with
 /// `E_OUTOFMEMORY` where the XML service has no memory for a text.
 class VONTALBASE_API Node
 {
@@ -35,14 +35,15 @@ class VONTALBASE_API Node
 protected:
     /// A node without data.
     Node() noexcept = default;
-    /// Copies nothing.
-    Node(const Node &) noexcept = default;
-    /// Copies nothing.
-    Node & operator=(const Node &) noexcept = default;
     /// Called by the owning document alone.
     virtual ~Node();
 
 public:
+    /// Copies nothing.
+    Node(const Node &) noexcept = default;
+    /// Copies nothing.
+    Node & operator=(const Node &) noexcept = default;
+
     /// Appends a child element.
     /// @return the new element, owned by the document; null if the name is null or none, or if the service
     ///     refused. What had been appended before a refusal stays.

@@ -47,7 +47,9 @@ struct NodeSet;
 /// Owns a document of the system's XML service and the nodes that were made for its elements.
 ///
 /// A document is empty or loaded. An empty one has no root element and cannot be saved. White space is kept,
-/// nothing is validated, and no external entity is reached.
+/// nothing is validated, and no external entity is reached. A document with a document type is refused;
+/// outside Windows one with more than 5000 elements within each other, or with about 10,000 attributes of one
+/// element, as well.
 ///
 /// Every node that a document hands out is borrowed. It lives until the document is freed: by `release`, by
 /// `attach`, by a load or a `create` that succeeds, and by the destructor. A load that fails leaves the
@@ -55,8 +57,8 @@ struct NodeSet;
 ///
 /// Interfaces and variants are those of COM: `VontalBase/platform/com.h` declares them. A document and its
 /// nodes belong to one thread at a time. If COM has not been initialised on that thread, the first document
-/// does it, and nothing here ever takes it back. Nothing throws but by `std::bad_alloc`, and by `_com_error`
-/// with `E_OUTOFMEMORY` where the service has no memory for a text.
+/// does it, and nothing here ever takes it back. Nothing throws but by what strings throw, and by
+/// `_com_error` with `E_OUTOFMEMORY` where the service has no memory for a text.
 class VONTALBASE_API XMLDocPtr
 {
     friend class XMLNodeImpl;
@@ -103,7 +105,7 @@ public:
     /// Loads a document from text in memory, in the encoding that it declares.
     bool loadBuffer(const Vontal::u8string & text);
     /// Loads a document from memory.
-    /// @param data the bytes; may be null for none.
+    /// @param data the bytes; may be null for none, of which nothing is loaded, without a line about it.
     /// @param size how many.
     ///
     /// Kept: the size is cut to 32 bits.
@@ -132,17 +134,21 @@ public:
     Node * getRootElement();
     /// The one node of an element, made on first use. Null for null.
     Node * getNode(IXMLDOMElement * element);
-    /// Takes over a node, which comes from `new`, and holds a reference on its element. The node is the one
-    /// of that element from then on. A node is taken over once, however often it is given.
+    /// Takes over a node, which comes from `new` and is neither null nor another document's, and holds a
+    /// reference on its element. The node is the one of that element from then on. A node is taken over once,
+    /// however often it is given.
     void registerNode(Node * node);
 
-    /// Applies a stylesheet to this document.
+    /// Applies a stylesheet to this document. The stylesheet reaches nothing outside the two: `document()`,
+    /// `xsl:import` and `xsl:include` fail. Outside Windows it runs on a thread of its own while this one
+    /// waits, its templates may call each other 3000 deep, and what goes on for too long or takes too much
+    /// memory fails.
     /// @param result attaches the outcome; stays as it was on failure.
-    /// @return false if the service refused.
+    /// @return false if the service refused, or if the outcome is no document with one root.
     bool transform(XMLDocPtr & stylesheet, XMLDocPtr & result);
     /// Applies a stylesheet to this document and writes the outcome.
     /// @param out receives the bytes; it stays the caller's.
-    /// @return false if the service or the stream refused.
+    /// @return false if the service or the stream refused. The stream may then have taken a part.
     bool transform2Stream(XMLDocPtr & stylesheet, qvdisk::FileWriter * out);
 
 protected:

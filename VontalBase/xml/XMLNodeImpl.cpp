@@ -13,6 +13,8 @@
 #include "VontalBase/xml/XMLDocPtr.h"
 #include "VontalBase/xml/comtext.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -43,6 +45,23 @@ bool isOfType(IXMLDOMNode & node, DOMNodeType wanted, bool & is)
 bool append(IXMLDOMNode & parent, IXMLDOMNode * child, NodeReference & appended)
 {
     return SUCCEEDED(parent.appendChild(child, appended.receive())) && appended;
+}
+
+/// Whether a text holds half a pair of UTF-16, as three bytes that are no UTF-8.
+bool hasHalfPair(std::string_view text)
+{
+    for (std::size_t at = text.find('\xED'); at != std::string_view::npos; at = text.find('\xED', at + 1))
+    {
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0xA0)
+            return true;
+    }
+    return false;
+}
+
+bool isAscii(std::string_view text)
+{
+    return std::all_of(
+        text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
 }
 
 /// Takes over a reference.
@@ -212,10 +231,13 @@ bool XMLNodeImpl::getText(Vontal::u8string & text)
 {
     if (std::string_view content; direct != nullptr)
     {
-        const bool isText = direct->text(*element, content);
-        if (isText)
+        if (!direct->text(*element, content))
+            return false;
+        if (!hasHalfPair(content))
+        {
             text.assign(content);
-        return isText;
+            return true;
+        }
     }
     ComText read;
     if (!readText(read))
@@ -357,9 +379,14 @@ bool XMLNodeImpl::getProperty(const char * name, Vontal::u8string & value)
     if (std::string_view content; direct != nullptr)
     {
         const bool isThere = direct->attribute(*element, name, content);
-        if (isThere)
+        // A name that is no UTF-8 has another form in the document.
+        if (!isThere && isAscii(name))
+            return false;
+        if (isThere && !hasHalfPair(content))
+        {
             value.assign(content);
-        return isThere;
+            return true;
+        }
     }
     ComVariant held;
     if (!readAttribute(name, held))

@@ -33,8 +33,7 @@ void writeWideErrorLine(const std::wstring & text)
         std::fwrite(utf8.data(), 1, utf8.size(), stderr);
         return;
     }
-    std::wcerr << text << std::endl;
-    std::wcerr.clear();
+    insertWideLine(text);
 }
 
 } // namespace platform

@@ -288,9 +288,12 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
     {
-        if (object == nullptr || iid != directXmlId)
+        if (object == nullptr || (iid != directXmlId && iid != directSelfId))
             return NodeObject::QueryInterface(iid, object);
-        *object = const_cast<DirectXml *>(&directXml());
+        if (iid == directXmlId)
+            *object = const_cast<DirectXml *>(&directXml());
+        else
+            *object = static_cast<IXMLDOMElement *>(this);
         return S_OK;
     }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <iostream>
 
 namespace platform
 {
@@ -26,16 +25,7 @@ void writeErrorText(const std::wstring & text, int error)
 
 void writeWideErrorLine(const std::wstring & text)
 {
-    std::wcerr << text << std::endl;
-    if (std::wcerr.good())
-        return;
-    // The locale does not have one of the characters, and the line stopped there.
-    std::wcerr.clear();
-    std::wstring plain = text;
-    std::replace_if(
-        plain.begin(), plain.end(), [](wchar_t unit) { return unit >= 0x80; }, L'?');
-    std::wcerr << std::endl << plain << std::endl;
-    std::wcerr.clear();
+    insertWideLine(text);
 }
 
 } // namespace platform
