@@ -8,8 +8,9 @@
 namespace qvbase
 {
 
-/// Holds pointers to listeners in the order of their registration. The listeners belong to others, and must
-/// live as long as they are registered. A container belongs to one thread at a time.
+/// Holds pointers to listeners in the order of their registration. The listeners stay others', and must live
+/// as long as they are registered, and then until a notification that is under way has ended. A container
+/// belongs to one thread at a time.
 ///
 /// @tparam L the type of the listeners.
 template <class L>
@@ -26,6 +27,7 @@ public:
     virtual ~ListenerContainer() = default;
 
     /// Puts a listener behind the others. One that is there already is there twice from then on.
+    /// @param listener not null.
     void registerListener(L * listener)
     {
         m_listeners.push_back(listener);

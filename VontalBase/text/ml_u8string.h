@@ -19,14 +19,17 @@ namespace Vontal
 /// A text that exists in several languages: a default value and translations, of which it gives the one for
 /// its preferred language.
 ///
-/// Names of languages are told apart without regard to the case of ASCII letters, and as a whole: `EN-GB`
-/// does not find `EN`. The language "C" is the name for none in particular.
+/// Names of languages are told apart in upper case, and as a whole: `EN-GB` does not find `EN`. Upper case is
+/// what the runtime's `toupper` makes of each byte in the C locale of the moment, in which ASCII letters
+/// alone have one unless the program has chosen a locale of 8-bit text. The language "C" is the name for none
+/// in particular.
 ///
 /// All live objects are known to the process, so that `ml_u8string_set_default_language` can switch them all.
-/// Making and destroying objects is safe in any thread. An object otherwise belongs to one thread at a time,
-/// and no thread may make, use or destroy one while another thread switches the language.
+/// Making objects is safe in any thread, and so is destroying them, also while another thread switches the
+/// language; no thread may make or use one meanwhile. An object otherwise belongs to one thread at a time.
 ///
-/// Nothing here throws but by `std::bad_alloc`.
+/// Nothing here throws but by `std::bad_alloc`; `read` also by what the XML service throws (see
+/// `qvxml::XMLDocPtr`).
 class VONTALBASE_API ml_u8string
 {
 public:

@@ -58,9 +58,10 @@ public:
     class ItemChangeListener
     {
     public:
-        /// The value of @p item was assigned. The call may do anything with the store, also unregister
-        /// listeners; those that were registered when the value was assigned are called all the same. An item
-        /// that is removed during the call stays valid until the last of them returns.
+        /// The value of @p item was assigned. The call may do anything with the store but destroy it, also
+        /// unregister listeners; those that were registered when the value was assigned are called all the
+        /// same, and must live until then. An item that is removed during the call stays valid until the last
+        /// of them returns.
         virtual void itemChanged(const Item * item) = 0;
 
     protected:
@@ -83,14 +84,16 @@ public:
     /// Destroys all items, but no listeners.
     virtual ~Config();
 
-    /// Appends all items to @p out in the order of their names.
+    /// Appends all items to @p out in the order of their names. They are the store's, and each is valid until
+    /// it is removed, or the store is cleared or destroyed.
     virtual void getItems(std::list<const Item *> & out);
     /// Adds a text item, unless there is one of that name, and assigns its value in both cases.
-    /// @return the item, which is the store's; null if it was refused.
+    /// @return the item, which is the store's and valid until it is removed, or the store is cleared or
+    ///     destroyed; null if it was refused, or if a listener removed it.
     virtual const Item * addItem(
         const Vontal::u8string & name, const Vontal::u8string & source, const Vontal::u8string & value);
     /// Adds a text item, unless there is one of that name.
-    /// @return as above.
+    /// @return the item, as above; null if it was refused.
     virtual const Item * addItem(const Vontal::u8string & name, const Vontal::u8string & source);
     /// Destroys an item.
     /// @return false if there is none of that name.
@@ -106,13 +109,15 @@ public:
     virtual bool loadXML(const Vontal::u8string & source, qvxml::Node & node, VontalException & error);
     /// Loads a file.
     /// @param source where items that are new come from.
-    /// @param fileName its path.
-    /// @param error receives one or two entries on failure.
+    /// @param fileName its path, in UTF-8.
+    /// @param error receives one or two entries on failure. Where the file is no well-formed document, a line
+    ///     that says why goes to the standard wide error stream as well.
     /// @return as above.
     virtual bool loadXML(
         const Vontal::u8string & source, const Vontal::u8string & fileName, VontalException & error);
 
-    /// The item of a name, or null. It is the store's, and valid until it is removed.
+    /// The item of a name, or null. It is the store's, and valid until it is removed, or the store is cleared
+    /// or destroyed.
     virtual const Item * getItem(const Vontal::u8string & name) const;
     /// Reads an item as a decimal number: blanks, a sign, digits; what follows them is ignored.
     ///
@@ -149,6 +154,9 @@ public:
     /// Sets the source of items that setting makes.
     void setDefaultSource(const Vontal::u8string & source);
     /// Registers a listener with an item; nothing happens where there is none of that name.
+    /// @param name the name.
+    /// @param listener stays the caller's, and must live until it is unregistered or the item is gone, and a
+    ///     notification that is under way then has ended; not null.
     void registerListener(const Vontal::u8string & name, ItemChangeListener * listener);
     /// Removes the first registration of a listener with an item; nothing happens where there is none.
     void unregisterListener(const Vontal::u8string & name, ItemChangeListener * listener);
@@ -157,9 +165,11 @@ public:
     ///
     /// Kept: the names and the effective values alone are saved. An item that has only a default gets it as
     /// its value, and all are texts when they are loaded again.
-    /// @param doc receives the new document.
+    /// @param doc receives the new document; what it held, and the nodes of that, go. A name or a value ends
+    ///     at its first NUL there.
     /// @param localFilter the local status of the items to save; a negative number saves all.
-    /// @return false if the XML service refused; the document then has what was written before.
+    /// @return false if the XML service refused an element; the document then has what was written before, or
+    ///     is as it was if that was the root. An attribute that it refuses is missing without a report.
     bool saveSettings(qvxml::XMLDocPtr & doc, int localFilter) const;
 
 private:

@@ -188,9 +188,12 @@ const Config::Item * Config::addItem(
     const Vontal::u8string & name, const Vontal::u8string & source, const Vontal::u8string & value)
 {
     Item * const item = addItemInternal(name, String, source);
-    if (item != nullptr)
-        item->setValue(value);
-    return item;
+    if (item == nullptr)
+        return nullptr;
+    // A listener may remove the item.
+    const Item::Pin pin(*item);
+    item->setValue(value);
+    return item->isRemoved ? nullptr : item;
 }
 
 const Config::Item * Config::addItem(const Vontal::u8string & name, const Vontal::u8string & source)
@@ -222,6 +225,7 @@ bool Config::loadXML(
     if (!document.loadFile(fileName))
         return refuse(error, lineOfFile, "Cannot read file: " + fileName);
     qvxml::Node * const root = document.getRootElement();
+    // A document that has been loaded has a root: this is a service that does not give it out.
     if (root == nullptr)
         return refuse(error, lineOfRoot, "Cannot get root element");
     if (!root->isNodeName("Config"))
@@ -232,10 +236,12 @@ bool Config::loadXML(
 
 bool Config::loadXML(const Vontal::u8string & source, qvxml::Node & node, VontalException & error)
 {
+    // The argument may be the source of an item, which a listener may remove.
+    const Vontal::u8string sourceOfNew = source;
     qvxml::Node * child = node.getFirstChild("Item");
     for (; child != nullptr; child = child->getNextSibling("Item"))
     {
-        if (!loadItem(source, *child, error))
+        if (!loadItem(sourceOfNew, *child, error))
             return false;
     }
     return true;
