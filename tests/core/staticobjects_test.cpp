@@ -6,11 +6,15 @@
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/text/conversions.h"
+#include "VontalBase/text/ml_u8string.h"
 
 #include "core/CountedObject.h"
+#include "support/ChildProcess.h"
 #include "support/Sanitizers.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 
 namespace
@@ -64,6 +68,57 @@ TEST(StaticObjects, AreThereWhenThoseOfAnApplicationAreMade)
     EXPECT_EQ(early.reportBehind, "DebugAutomation - OK");
     EXPECT_EQ(early.converted, "\xE2\x82\xAC");
     EXPECT_FALSE(early.isNullStarted);
+}
+
+constexpr int good = 3;
+constexpr int wrongLanguage = 13;
+
+/// A text in several languages, from before main begins until after its end.
+class EarlyText
+{
+public:
+    EarlyText()
+    {
+        if (testsupport::refusesEarlyUse)
+            return;
+        text = std::make_unique<Vontal::ml_u8string>("default");
+        firstLanguage = text->getPrefLanguage();
+    }
+    EarlyText(const EarlyText &) = delete;
+    EarlyText & operator=(const EarlyText &) = delete;
+    ~EarlyText()
+    {
+        if (switchesAtTheEnd && !isReached("pl", "PL"))
+            std::_Exit(wrongLanguage);
+    }
+
+    bool isReached(const std::string & language, const std::string & expected) const
+    {
+        Vontal::ml_u8string_set_default_language(language);
+        return text->getPrefLanguage() == expected && text->get() == "default";
+    }
+
+    std::unique_ptr<Vontal::ml_u8string> text;
+    std::string firstLanguage;
+    bool switchesAtTheEnd = false;
+};
+
+EarlyText earlyText;
+
+VONTALBASE_TEST_CHILD(switchesStaticTexts, arguments)
+{
+    earlyText.switchesAtTheEnd = true;
+    return earlyText.isReached(arguments.at(0), "DE") ? good : wrongLanguage;
+}
+
+TEST(StaticObjects, OfAnApplicationMayBeTextsInSeveralLanguages)
+{
+    if (testsupport::refusesEarlyUse)
+        GTEST_SKIP() << "the address checks know nothing of the order of libraries";
+    EXPECT_EQ(earlyText.firstLanguage, "C");
+    const testsupport::ChildResult child = testsupport::runChild("switchesStaticTexts", {"de"});
+    EXPECT_FALSE(child.timedOut);
+    EXPECT_EQ(child.exitCode, good) << child.standardError;
 }
 
 } // namespace

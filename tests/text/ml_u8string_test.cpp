@@ -5,6 +5,7 @@
 #include "support/TestBarrier.h"
 #include "support/VirtualSlot.h"
 
+#include <clocale>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -78,6 +79,8 @@ TEST_F(MultiLanguageString, GivesTheTranslationOfItsLanguage)
         {"de", "cs", "default"},
         {"", "", "added"},
         {"c", "C", "added"},
+        {"cs", "", "default"},
+        {"", "C", "default"},
     };
     for (const Case & lookup : cases)
     {
@@ -88,6 +91,34 @@ TEST_F(MultiLanguageString, GivesTheTranslationOfItsLanguage)
         EXPECT_EQ(text.get(), lookup.expected);
         EXPECT_EQ(text.getDefaultValue(), "default");
     }
+}
+
+TEST_F(MultiLanguageString, FindsAnEmptyTranslation)
+{
+    ml_u8string text("default");
+    text.add("cs", "");
+    text.setPrefLanguage("cs");
+    EXPECT_EQ(text.get(), "");
+    ml_u8string empty;
+    empty.add("cs", "");
+    empty.setPrefLanguage("cs");
+    EXPECT_NE(&empty.get(), &empty.getDefaultValue());
+}
+
+TEST_F(MultiLanguageString, KeptPutsBytesIntoUpperCaseAsTheLocaleOfTheRuntimeDoes)
+{
+    const std::string former = std::setlocale(LC_CTYPE, nullptr);
+    bool isSet = false;
+    for (const char * const name : {"de_DE.ISO-8859-1", "German_Germany.1252", ".1252"})
+        isSet = isSet || std::setlocale(LC_CTYPE, name) != nullptr;
+    if (!isSet)
+        GTEST_SKIP() << "this system has no locale of 8-bit text";
+    ml_u8string text;
+    text.setPrefLanguage("\xE9");
+    EXPECT_EQ(text.getPrefLanguage(), "\xC9");
+    std::setlocale(LC_CTYPE, former.c_str());
+    text.setPrefLanguage("\xE9");
+    EXPECT_EQ(text.getPrefLanguage(), "\xE9");
 }
 
 TEST_F(MultiLanguageString, KeepsItsLanguageInUpperCase)
@@ -163,6 +194,19 @@ TEST_F(MultiLanguageString, SwitchesAllObjectsAtOnce)
     EXPECT_EQ(ml_u8string(first).getPrefLanguage(), "FR");
 }
 
+TEST_F(MultiLanguageString, SwitchesBothSidesOfAnAssignment)
+{
+    auto source = std::make_unique<ml_u8string>("from");
+    ml_u8string target("to");
+    target = *source;
+    ml_u8string_set_default_language("de");
+    EXPECT_EQ(source->getPrefLanguage(), "DE");
+    EXPECT_EQ(target.getPrefLanguage(), "DE");
+    source.reset();
+    ml_u8string_set_default_language("fr");
+    EXPECT_EQ(target.getPrefLanguage(), "FR");
+}
+
 TEST_F(MultiLanguageString, SwitchesWhatIsLeftOfManyWhateverTheOrderOfTheirEnd)
 {
     std::vector<std::unique_ptr<ml_u8string>> texts;
@@ -212,6 +256,26 @@ TEST_F(MultiLanguageString, MayBeMadeAndDestroyedInManyThreads)
     EXPECT_EQ(ml_u8string().getPrefLanguage(), "DE");
 }
 
+TEST_F(MultiLanguageString, MayBeDestroyedWhileAnotherThreadSwitches)
+{
+    std::vector<std::unique_ptr<ml_u8string>> texts;
+    for (int i = 0; i < 2000; ++i)
+        texts.push_back(std::make_unique<ml_u8string>("default"));
+    const ml_u8string left;
+    testsupport::TestBarrier start(2);
+    std::thread destroyer(
+        [&]
+        {
+            start.arriveAndWait();
+            texts.clear();
+        });
+    start.arriveAndWait();
+    for (int i = 0; i < 200; ++i)
+        ml_u8string_set_default_language(i % 2 == 0 ? "de" : "fr");
+    destroyer.join();
+    EXPECT_EQ(left.getPrefLanguage(), "FR");
+}
+
 struct ReadCase
 {
     const char * label;
@@ -227,6 +291,7 @@ const ReadCase readCases[] = {
     {"no child", "", false, "", "", ""},
     {"text alone", "text", false, "", "", ""},
     {"another name", "<Other>1</Other>", false, "", "", ""},
+    {"a child of a child", "<x><Value>1</Value></x>", false, "", "", ""},
     {"another case of the name", "<value>1</value>", false, "", "", ""},
     {"one default", "<Value>1</Value>", true, "1", "1", "1"},
     {"the first default counts", "<Value>1</Value><Value>2</Value>", true, "1", "1", "1"},
@@ -259,6 +324,27 @@ TEST_F(MultiLanguageString, ReadsElements)
         EXPECT_EQ(inLanguage(text, "c"), read.c);
         EXPECT_EQ(tag, "Value");
     }
+}
+
+TEST_F(MultiLanguageString, ReadsTheElementsOfTheNameThatIsAskedFor)
+{
+    qvxml::XMLDocPtr document;
+    ASSERT_TRUE(document.loadBuffer("<a><Value>1</Value><Text>2</Text><Value>3</Value></a>"));
+    ml_u8string text;
+    u8string tag("Text");
+    EXPECT_TRUE(text.read(document.getRootElement(), tag));
+    EXPECT_EQ(text.getDefaultValue(), "2");
+}
+
+TEST_F(MultiLanguageString, ReadsAnEmptyLanguageAsOneLikeOthers)
+{
+    qvxml::XMLDocPtr document;
+    ASSERT_TRUE(document.loadBuffer("<a><Value xml:lang=\"\">1</Value><Value>2</Value></a>"));
+    ml_u8string text;
+    u8string tag("Value");
+    EXPECT_TRUE(text.read(document.getRootElement(), tag));
+    EXPECT_EQ(inLanguage(text, ""), "1");
+    EXPECT_EQ(text.getDefaultValue(), "2");
 }
 
 TEST_F(MultiLanguageString, ReadsNothingWithoutAParent)

@@ -1,14 +1,10 @@
-#include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/ml_u8string.h"
-#include "VontalBase/utils/Config.h"
-#include "VontalBase/xml/Node.h"
-#include "VontalBase/xml/XMLDocPtr.h"
 
 #include "support/IntendedLeak.h"
 #include "support/TempDirectory.h"
 #include "support/VirtualSlot.h"
+#include "utils/configsupport.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <limits>
@@ -16,11 +12,15 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 namespace
 {
 
+using configtest::entriesOf;
+using configtest::Listener;
+using configtest::loadItems;
+using configtest::namesOf;
+using configtest::valueOf;
 using qvutils::Config;
 using testsupport::slotsOfDestructor;
 using testsupport::TempDirectory;
@@ -40,67 +40,6 @@ public:
     using Config::addItemInternal;
     using Config::getItemInternal;
 };
-
-std::string valueOf(const Config & config, const std::string & name)
-{
-    u8string value = "(none)";
-    config.getItemString(name, value);
-    return value;
-}
-
-std::string namesOf(Config & config)
-{
-    std::list<const Config::Item *> items;
-    config.getItems(items);
-    std::string names;
-    for (const Config::Item * const item : items)
-        names += item->getName() + " ";
-    return names;
-}
-
-/// The entries as "file:line text", the oldest first.
-std::string entriesOf(const VontalException & error)
-{
-    std::string entries;
-    for (const VontalExceptionDescription * entry = error.first; entry != nullptr; entry = entry->next)
-    {
-        const std::string text = entry->file + ":" + std::to_string(entry->line) + " " + entry->text;
-        entries = text + (entries.empty() ? "" : "|" + entries);
-    }
-    return entries;
-}
-
-/// Remembers what it is told, and may do something more.
-class Listener : public Config::ItemChangeListener
-{
-public:
-    void itemChanged(const Config::Item * item) override
-    {
-        heard.push_back(item->getName() + "=" + item->getEffectiveValue());
-        if (reaction)
-            reaction();
-    }
-
-    std::vector<std::string> heard;
-    std::function<void()> reaction;
-};
-
-/// Loads the children of a root element into a store.
-bool loadItems(
-    Config & config, const std::string & items, VontalException & error, const std::string & source = "s")
-{
-    qvxml::XMLDocPtr document;
-    EXPECT_TRUE(document.loadBuffer(u8string("<Config>" + items + "</Config>"))) << items;
-    return config.loadXML(source, *document.getRootElement(), error);
-}
-
-bool loadItems(Config & config, const std::string & items)
-{
-    VontalException error;
-    const bool loaded = loadItems(config, items, error);
-    EXPECT_EQ(entriesOf(error), "");
-    return loaded;
-}
 
 /// Keeps parse errors away from the test's output.
 class SilentErrors
@@ -150,6 +89,7 @@ TEST(Config, HasItsVirtualOperationsInOrder)
 TEST(Config, HasItemsAndListenersWithNoOtherVirtualOperations)
 {
     EXPECT_EQ(testsupport::virtualSlots<qvbase::ListenerContainer<int>>(), slotsOfDestructor);
+    EXPECT_EQ(testsupport::virtualSlots<Config::Item>(), slotsOfDestructor);
     EXPECT_EQ(virtualSlot(&Config::ItemChangeListener::itemChanged), 0U);
 }
 
@@ -180,6 +120,7 @@ TEST(Config, CreatesWhatIsSetWhereTheModeSaysSo)
     EXPECT_EQ(valueOf(config, "number"), "-12");
     const Config::Item * const status = config.getItem("status");
     EXPECT_EQ(status->getType(), Config::String);
+    EXPECT_EQ(status->getSource(), "here");
     EXPECT_EQ(status->getLocalStatus(), 3);
     EXPECT_FALSE(status->hasAssignedValue());
     EXPECT_EQ(status->getEffectiveValue(), "");
@@ -217,7 +158,26 @@ TEST(Config, AddsItems)
     EXPECT_EQ(config.addItem("a", "other", "1"), item);
     EXPECT_EQ(item->getSource(), "source");
     EXPECT_EQ(listener.heard, std::vector<std::string>{"a=1"});
-    EXPECT_EQ(config.addItem("b", "new", "2")->getEffectiveValue(), "2");
+    const Config::Item * const added = config.addItem("b", "new", "2");
+    ASSERT_NE(added, nullptr);
+    EXPECT_EQ(added->getEffectiveValue(), "2");
+    EXPECT_EQ(added->getType(), Config::String);
+    EXPECT_EQ(added->getSource(), "new");
+}
+
+TEST(Config, LeavesAnItemTheTypeAndTheSourceThatItWasMadeWith)
+{
+    Config config;
+    config.addItem("text", "first");
+    config.setDefaultSource("later");
+    EXPECT_TRUE(config.setItemInt("text", 5));
+    EXPECT_EQ(config.getItem("text")->getType(), Config::String);
+    EXPECT_EQ(config.getItem("text")->getSource(), "first");
+
+    ASSERT_TRUE(loadItems(config, "<Item name='number' type='int' value='1'/>"));
+    EXPECT_TRUE(config.setItemString("number", "one"));
+    EXPECT_EQ(config.getItem("number")->getType(), Config::Integer);
+    EXPECT_EQ(config.getItem("number")->getSource(), "s");
 }
 
 TEST(Config, OrdersItemsByTheBytesOfTheirNames)
@@ -329,121 +289,6 @@ TEST(Config, WritesNumbersInDecimal)
     }
 }
 
-TEST(Config, TellsListenersInTheirOrder)
-{
-    Config config;
-    config.addItem("a", "");
-    std::string order;
-    Listener first;
-    Listener second;
-    first.reaction = [&order]
-    {
-        order += "1";
-    };
-    second.reaction = [&order]
-    {
-        order += "2";
-    };
-    config.registerListener("a", &second);
-    config.registerListener("a", &first);
-    config.registerListener("a", &second);
-    EXPECT_TRUE(config.setItemString("a", "x"));
-    EXPECT_EQ(order, "212");
-    // An equal value is told as well, a status is not.
-    EXPECT_TRUE(config.setItemString("a", "x"));
-    EXPECT_TRUE(config.setItemLocalStatus("a", 1));
-    EXPECT_EQ(order, "212212");
-
-    config.unregisterListener("a", &second);
-    EXPECT_TRUE(config.setItemInt("a", 1));
-    EXPECT_EQ(order, "21221212");
-    config.unregisterListener("a", &second);
-    config.unregisterListener("a", &second);
-    EXPECT_TRUE(config.setItemInt("a", 1));
-    EXPECT_EQ(order, "212212121");
-    EXPECT_EQ(first.heard.back(), "a=1");
-}
-
-TEST(Config, IgnoresListenersOfUnknownItems)
-{
-    Config config;
-    Listener listener;
-    config.setMode(Config::AutoCreate);
-    config.registerListener("a", &listener);
-    config.unregisterListener("a", &listener);
-    EXPECT_EQ(namesOf(config), "");
-    EXPECT_TRUE(config.setItemString("a", "1"));
-    config.unregisterListener("a", &listener);
-    EXPECT_TRUE(listener.heard.empty());
-}
-
-TEST(Config, TellsThoseWhoWereRegisteredWhenTheValueWasAssigned)
-{
-    Config config;
-    config.addItem("a", "");
-    Listener first;
-    Listener second;
-    Listener late;
-    first.reaction = [&]
-    {
-        config.unregisterListener("a", &second);
-        config.registerListener("a", &late);
-    };
-    config.registerListener("a", &first);
-    config.registerListener("a", &second);
-    EXPECT_TRUE(config.setItemString("a", "1"));
-    EXPECT_EQ(second.heard.size(), 1U);
-    EXPECT_TRUE(late.heard.empty());
-    first.reaction = nullptr;
-    EXPECT_TRUE(config.setItemString("a", "2"));
-    EXPECT_EQ(second.heard.size(), 1U);
-    EXPECT_EQ(late.heard.size(), 1U);
-}
-
-TEST(Config, LetsListenersSetItems)
-{
-    Config config;
-    config.addItem("a", "");
-    config.addItem("b", "");
-    Listener chain;
-    Listener again;
-    chain.reaction = [&]
-    {
-        if (chain.heard.size() < 5)
-            config.setItemInt("a", static_cast<int>(chain.heard.size()));
-        config.setItemString("b", "seen");
-    };
-    config.registerListener("a", &chain);
-    config.registerListener("b", &again);
-    EXPECT_TRUE(config.setItemString("a", "0"));
-    EXPECT_EQ(chain.heard, (std::vector<std::string>{"a=0", "a=1", "a=2", "a=3", "a=4"}));
-    EXPECT_EQ(again.heard.size(), 5U);
-}
-
-TEST(Config, LetsListenersRemoveTheItem)
-{
-    Config config;
-    config.addItem("a", "");
-    Listener remover;
-    Listener second;
-    remover.reaction = [&config]
-    {
-        config.clear();
-    };
-    config.registerListener("a", &remover);
-    config.registerListener("a", &second);
-    EXPECT_TRUE(config.setItemString("a", "last"));
-    EXPECT_EQ(second.heard, std::vector<std::string>{"a=last"});
-    EXPECT_EQ(config.getItem("a"), nullptr);
-
-    // During a load as well.
-    config.addItem("a", "");
-    config.registerListener("a", &remover);
-    EXPECT_TRUE(
-        loadItems(config, "<Item name='a' value='1' local='4' default='2'/><Item name='b' value='3'/>"));
-    EXPECT_EQ(namesOf(config), "b ");
-}
-
 struct LoadCase
 {
     const char * label;
@@ -510,6 +355,53 @@ TEST(Config, LoadsTheValueInTheDefaultLanguage)
     EXPECT_EQ(valueOf(config, "a"), "c");
 }
 
+TEST(Config, KeptStoresWhatIsReadOfAStatusThatIsNoNumber)
+{
+    const struct
+    {
+        const char * text;
+        int status;
+    } rows[] = {{"abc", 0}, {"", 0}, {"7x", 7}, {"--3", 3}, {" 4", 0}, {"-12", -12}};
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.text);
+        Config config;
+        ASSERT_TRUE(loadItems(config, "<Item name='a' local='5'/>"));
+        ASSERT_EQ(config.getItem("a")->getLocalStatus(), 5);
+        EXPECT_TRUE(loadItems(config, std::string("<Item name='a' local='") + row.text + "'/>"));
+        EXPECT_EQ(config.getItem("a")->getLocalStatus(), row.status);
+    }
+}
+
+TEST(Config, ReplacesADefaultByAnEmptyOne)
+{
+    Config config;
+    ASSERT_TRUE(loadItems(config, "<Item name='a' default='d'/>"));
+    ASSERT_TRUE(loadItems(config, "<Item name='a' default=''/>"));
+    EXPECT_EQ(config.getItem("a")->getDefaultValue(), "");
+    EXPECT_EQ(valueOf(config, "a"), "");
+}
+
+TEST(Config, LoadsTheChildrenOfAnElementOfAnyName)
+{
+    qvxml::XMLDocPtr document;
+    ASSERT_TRUE(document.loadBuffer("<Other><Item name='a' value='1'/></Other>"));
+    Config config;
+    VontalException error;
+    EXPECT_TRUE(config.loadXML("s", *document.getRootElement(), error));
+    EXPECT_EQ(error.first, nullptr);
+    EXPECT_EQ(namesOf(config), "a ");
+}
+
+TEST(Config, PassesOverItemsThatAreNoChildren)
+{
+    Config config;
+    EXPECT_TRUE(loadItems(config, "<Group><Item name='a'/></Group><Item name='b'><Item name='c'/></Item>"
+                                  "<Item name='d'><Group><Value>1</Value></Group></Item>"));
+    EXPECT_EQ(namesOf(config), "b d ");
+    EXPECT_FALSE(config.getItem("d")->hasAssignedValue());
+}
+
 TEST(Config, PassesOverWhatIsNoItem)
 {
     Config config;
@@ -535,18 +427,6 @@ TEST(Config, LaysFilesOverEachOther)
     EXPECT_EQ(item->getLocalStatus(), 3);
     EXPECT_EQ(valueOf(config, "b"), "stays");
     EXPECT_EQ(config.getItem("c")->getSource(), "second");
-}
-
-TEST(Config, TellsListenersOfLoadedValuesButNotOfDefaults)
-{
-    Config config;
-    config.addItem("a", "");
-    Listener listener;
-    config.registerListener("a", &listener);
-    EXPECT_TRUE(loadItems(config, "<Item name='a' default='d' local='1'/>"));
-    EXPECT_TRUE(listener.heard.empty());
-    EXPECT_TRUE(loadItems(config, "<Item name='a' value='v'/><Item name='a'><Value>w</Value></Item>"));
-    EXPECT_EQ(listener.heard, (std::vector<std::string>{"a=v", "a=w"}));
 }
 
 TEST(Config, RefusesItemsWithoutANameAndKeepsWhatItRead)
@@ -588,6 +468,31 @@ TEST(Config, AsksAnOverrideForItsItems)
     EXPECT_FALSE(config.setItemInt("refused", 1));
     EXPECT_FALSE(config.setItemLocalStatus("refused", 1));
     EXPECT_TRUE(config.setItemString("taken", "1"));
+}
+
+/// A store in which one item has two names.
+class AliasConfig : public Config
+{
+protected:
+    Item * getItemInternal(const u8string & name) override
+    {
+        return Config::getItemInternal(name == "alias" ? "a" : name);
+    }
+};
+
+TEST(Config, AsksAnOverrideWhichItemIsMeant)
+{
+    AliasConfig config;
+    config.addItem("a", "");
+    EXPECT_TRUE(config.setItemString("alias", "text"));
+    EXPECT_EQ(valueOf(config, "a"), "text");
+    EXPECT_TRUE(config.setItemInt("alias", 7));
+    EXPECT_EQ(valueOf(config, "a"), "7");
+    EXPECT_TRUE(config.setItemLocalStatus("alias", 3));
+    EXPECT_EQ(config.getItem("a")->getLocalStatus(), 3);
+    EXPECT_TRUE(loadItems(config, "<Item name='alias' value='2'/>"));
+    EXPECT_EQ(valueOf(config, "a"), "2");
+    EXPECT_EQ(namesOf(config), "a ");
 }
 
 TEST(Config, LoadsFiles)
@@ -692,6 +597,19 @@ TEST(Config, SavesNamesAndEffectiveValuesAlone)
     EXPECT_EQ(savedItems(config, 2), "<Config/>");
 }
 
+TEST(Config, SavesInPlaceOfWhatADocumentHeld)
+{
+    Config config;
+    config.addItem("a", "", "1");
+    qvxml::XMLDocPtr document;
+    ASSERT_TRUE(document.loadBuffer("<Other x='1'><Item name='old'/><y/></Other>"));
+    EXPECT_TRUE(config.saveSettings(document, -1));
+    std::string text;
+    ASSERT_TRUE(document.saveBuffer(text, false));
+    EXPECT_NE(text.find("<Config><Item name=\"a\" value=\"1\"/></Config>"), std::string::npos) << text;
+    EXPECT_EQ(text.find("Other"), std::string::npos) << text;
+}
+
 TEST(Config, KeptLosesTypesAndDefaultsBySaving)
 {
     Config config;
@@ -741,6 +659,7 @@ TEST(Config, KeptAssignmentSharesTheItems)
 {
     Config source;
     source.setMode(Config::AutoCreate);
+    source.setDefaultSource("d");
     source.addItem("a", "", "1");
     // What the target had is lost, and one of the two must not be destroyed.
     const testsupport::IntendedLeak leak;
@@ -749,6 +668,7 @@ TEST(Config, KeptAssignmentSharesTheItems)
     EXPECT_EQ(&(*target = source), target);
     EXPECT_EQ(target->getItem("a"), source.getItem("a"));
     EXPECT_TRUE(target->setItemString("b", "2")) << "the mode is copied";
+    EXPECT_EQ(target->getItem("b")->getSource(), "d") << "and so is the default source";
     EXPECT_EQ(valueOf(source, "b"), "2");
     EXPECT_EQ(namesOf(*target), "a b ");
 }
