@@ -7,7 +7,7 @@
 #include "VontalBase/text/conversions.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <cstdint>
 #include <limits>
 #include <source_location>
 
@@ -17,13 +17,27 @@ namespace qvbase
 namespace
 {
 
+/// A text of COM that is given back when it dies.
+struct ComDescription
+{
+    ComDescription() = default;
+    ComDescription(const ComDescription &) = delete;
+    ComDescription & operator=(const ComDescription &) = delete;
+    ~ComDescription()
+    {
+        SysFreeString(text);
+    }
+
+    BSTR text = nullptr;
+};
+
 /// Whether an object keeps rich errors for an interface.
-bool supportsErrors(IUnknown & object, const GUID & iid)
+/// @param support receives the interface that told so.
+bool supportsErrors(IUnknown & object, const GUID & iid, ReferenceMSCom<ISupportErrorInfo> & support)
 {
     void * found = nullptr;
     if (FAILED(object.QueryInterface(platform::idOf<ISupportErrorInfo>(), &found)))
         return false;
-    ReferenceMSCom<ISupportErrorInfo> support;
     *support.receive() = static_cast<ISupportErrorInfo *>(found);
     return support && SUCCEEDED(support->InterfaceSupportsErrorInfo(iid));
 }
@@ -40,7 +54,11 @@ void appendDescription(const wchar_t * description, Vontal::U8StringBuilder & ou
 
 void collectDescription(IUnknown & object, const GUID & iid, Vontal::U8StringBuilder & out)
 {
-    if (!supportsErrors(object, iid))
+    // The interfaces are released when all has been read, since that may clear the thread's error, and the
+    // text is freed behind them.
+    ComDescription description;
+    ReferenceMSCom<ISupportErrorInfo> support;
+    if (!supportsErrors(object, iid, support))
         return;
     ReferenceMSCom<IErrorInfo> error;
     if (FAILED(GetErrorInfo(0, error.receive())))
@@ -53,14 +71,6 @@ void collectDescription(IUnknown & object, const GUID & iid, Vontal::U8StringBui
         out.append("IErrorInfo is NULL");
         return;
     }
-    struct Text
-    {
-        ~Text()
-        {
-            SysFreeString(text);
-        }
-        BSTR text = nullptr;
-    } description;
     if (FAILED(error->GetDescription(&description.text)))
     {
         out.append("Cannot get error description");
@@ -96,11 +106,26 @@ bool findText(const VARIANT & value, const wchar_t *& text)
     return true;
 }
 
-int numberOf(const wchar_t * text)
+bool isBlank(wchar_t unit) noexcept
 {
-    const long long number = text != nullptr ? std::wcstoll(text, nullptr, 10) : 0;
-    return static_cast<int>(
-        std::clamp<long long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
+    return unit == L' ' || (unit >= L'\t' && unit <= L'\r');
+}
+
+/// The leading number of a text, the same in every locale.
+int numberOf(const wchar_t * text) noexcept
+{
+    if (text == nullptr)
+        return 0;
+    while (isBlank(*text))
+        ++text;
+    const bool isNegative = *text == L'-';
+    if (isNegative || *text == L'+')
+        ++text;
+    const std::int64_t limit = std::int64_t{std::numeric_limits<int>::max()} + (isNegative ? 1 : 0);
+    std::int64_t number = 0;
+    for (; *text >= L'0' && *text <= L'9'; ++text)
+        number = std::min<std::int64_t>(limit, number * 10 + (*text - L'0'));
+    return static_cast<int>(isNegative ? -number : number);
 }
 
 } // namespace
@@ -174,8 +199,8 @@ bool var2dispatch(const VARIANT & value, IDispatch ** out)
         object = *held.ppdispVal;
     if (object == nullptr)
         return false;
-    object->AddRef();
     *out = object;
+    object->AddRef();
     return true;
 }
 

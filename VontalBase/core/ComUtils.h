@@ -23,16 +23,17 @@ namespace qvbase
 
 /// Adds the rich error of a failed call to a failure record, as one entry. To be called on the thread of the
 /// failed call, right after it: the thread's error is taken, and a second call finds nothing.
-/// @param object the object that was called.
-/// @param iid the interface that was called.
-/// @param failure receives the entry. It stays as it was where the object supports no rich errors for that
-/// interface.
+/// @param object the object that was called; not null, and not kept.
+/// @param iid the interface that was called; not null, and not kept.
+/// @param failure receives the entry, which says so where the error or its description cannot be had. It
+/// stays
+///     as it was where the object supports no rich errors for that interface.
 VONTALBASE_API void processComException(IUnknown * object, const GUID * iid, VontalException & failure);
 
 /// Appends what a failed call tells: the result code with the system's text for it, and the rich error, as
 /// above.
-/// @param object the object that was called.
-/// @param iid the interface that was called.
+/// @param object the object that was called; not null, and not kept.
+/// @param iid the interface that was called; not null, and not kept.
 /// @param hr the result code; one that is not negative is not written.
 /// @param out what is appended to. If it is not empty, a line end comes first, also where nothing follows.
 VONTALBASE_API void processComException(
@@ -40,22 +41,32 @@ VONTALBASE_API void processComException(
 
 /// Reads a text from a variant, also from one that is referred to, through any number of variants.
 ///
-/// A null text is outside the contract.
+/// A null text is outside the contract, and so are a null reference and variants that refer to each other in
+/// a ring.
 /// @param value the variant, which stays as it is.
 /// @param out receives the code units up to the first NUL; stays as it is on failure.
 /// @return false if the variant holds no text.
 VONTALBASE_API bool var2string(const VARIANT & value, std::wstring & out);
 /// The same as UTF-8.
+/// @param value the variant, which stays as it is.
+/// @param out receives the text up to the first NUL; stays as it is on failure.
+/// @return as above.
 VONTALBASE_API bool var2string(const VARIANT & value, Vontal::u8string & out);
 
-/// Reads a number from a variant: of 8, 16 or 32 bits, or a text, whose leading digits count.
-/// @return the number; 0 where there is none.
+/// Reads a number from a variant: of 8, 16 or 32 bits, or a text, of which blanks of ASCII, then a sign and
+/// then digits of ASCII count, in every locale.
+///
+/// Kept: of all references one to a variant alone is followed, through any number of variants; one to a
+/// number or to a text gives 0. A null reference and a ring of variants are outside the contract.
+/// @param value the variant, which stays as it is. Its text may be null, which gives 0.
+/// @return the number, or the nearest one that fits; 0 where there is none.
 VONTALBASE_API int var2int(const VARIANT & value);
 
-/// Takes an object from a variant.
+/// Takes an object from a variant, also from one that is referred to, through any number of variants. A null
+/// reference to a variant and a ring of variants are outside the contract.
 /// @param value the variant, which stays as it is.
-/// @param out receives the object with a reference that the caller owns; stays as it is on failure.
-/// @return false if the variant holds no object, or null.
+/// @param out receives the object with a reference that the caller owns; stays as it is on failure. Not null.
+/// @return false if the variant holds no object, or null, or refers to null where it refers to an object.
 VONTALBASE_API bool var2dispatch(const VARIANT & value, IDispatch ** out);
 
 /// Owns what a call fills into a `STATSTG`: its name.
@@ -73,9 +84,11 @@ public:
     /// Frees the name.
     virtual ~StatSg();
 
-    /// Where a call puts the structure.
+    /// Where a call puts the structure. A call does not free the name that is there already, so that the
+    /// structure is filled once.
+    /// @return an address that lives as long as the object; never null.
     operator STATSTG *() noexcept;
-    /// What kind of element the structure tells of.
+    /// What kind of element the structure tells of; 0 before a call has filled it.
     // NOLINTNEXTLINE(readability-identifier-naming)
     tagSTGTY GetType() const noexcept;
 

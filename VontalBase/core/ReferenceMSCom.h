@@ -44,7 +44,8 @@ public:
         return *this;
     }
 
-    /// Releases what it holds and takes a reference of its own on @p object, which may be null.
+    /// Takes a reference of its own on @p object, which may be null or held already, and then releases what
+    /// it held.
     void attach(Interface * object)
     {
         *this = ReferenceMSCom(object);

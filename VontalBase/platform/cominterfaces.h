@@ -36,7 +36,7 @@ struct ISequentialStream : IUnknown
 };
 
 /// What a stored thing is.
-enum tagSTGTY
+enum tagSTGTY : int
 {
     STGTY_STORAGE = 1,   ///< A folder.
     STGTY_STREAM = 2,    ///< A stream.

@@ -136,6 +136,9 @@ HRESULT GetErrorInfo(ULONG reserved, IErrorInfo ** info)
 {
     if (reserved != 0 || info == nullptr)
         return E_INVALIDARG;
+    *info = nullptr;
+    if (platform::gateFails("thread error"))
+        return E_FAIL;
     *info = platform::lastError.release();
     return *info != nullptr ? S_OK : S_FALSE;
 }
