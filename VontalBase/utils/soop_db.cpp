@@ -4,6 +4,8 @@
 #include "VontalBase/utils/TreeWalk.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 
+#include <utility>
+
 namespace qv_soop
 {
 

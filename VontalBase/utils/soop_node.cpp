@@ -58,13 +58,11 @@ soop_node & soop_node::operator=(const soop_node & other) = default;
 soop_node::~soop_node()
 {
     // The children of each are taken from it first, so that no depth needs stack.
-    std::list<soop_node *> doomed;
-    doomed.swap(subnodes);
-    while (!doomed.empty())
+    while (!subnodes.empty())
     {
-        soop_node * const node = doomed.front();
-        doomed.pop_front();
-        doomed.splice(doomed.begin(), node->subnodes);
+        soop_node * const node = subnodes.front();
+        subnodes.pop_front();
+        subnodes.splice(subnodes.begin(), node->subnodes);
         delete node;
     }
 }

@@ -33,9 +33,10 @@ public:
     /// Copies the parent, the tag and the attributes, and the pointers to the children.
     ///
     /// Kept: the copy is shallow. Both nodes own the same children, so that only one of them may be
-    /// destroyed.
+    /// destroyed, and @p other stays the parent of the children.
     soop_node(const soop_node & other);
-    /// Copies as the copy constructor does. Kept: the children that this node had are not destroyed.
+    /// Copies as the copy constructor does. Kept: the children that this node had are not destroyed, and
+    /// nobody owns them from then on.
     soop_node & operator=(const soop_node & other);
     /// Destroys the children.
     virtual ~soop_node();
