@@ -6,10 +6,13 @@
 
 #include "support/IntendedLeak.h"
 #include "support/VirtualSlot.h"
+#include "support/XmlService.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 #include <initializer_list>
+#include <limits>
+#include <new>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -56,6 +59,8 @@ public:
     }
     ULONG STDMETHODCALLTYPE Release() override
     {
+        if (clearsError)
+            SetErrorInfo(0, nullptr);
         return --references;
     }
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) override
@@ -66,6 +71,8 @@ public:
 
     ULONG references = 1;
     bool supportsErrors = true;
+    /// Whether it spoils the thread's error when it is released, as objects do that call others then.
+    bool clearsError = false;
     HRESULT answer = S_OK;
     GUID asked = {};
 };
@@ -103,6 +110,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetDescription(BSTR * text) override
     {
+        if (failing != nullptr)
+            referencesOfFailing = failing->references;
         *text = nullptr;
         return result;
     }
@@ -117,6 +126,9 @@ public:
 
     ULONG references = 1;
     HRESULT result = E_FAIL;
+    /// Whose references are looked at while the description is read.
+    const Failing * failing = nullptr;
+    ULONG referencesOfFailing = 0;
 };
 
 /// Makes a rich error the thread's own.
@@ -207,6 +219,26 @@ TEST_F(ComErrors, BelongToTheirThread)
     EXPECT_EQ(textOf(0), collected);
 }
 
+TEST_F(ComErrors, AreReadBeforeTheObjectIsReleased)
+{
+    object.clearsError = true;
+    setError(L"caf\xE9");
+    EXPECT_EQ(textOf(0), collected);
+
+    OddError error;
+    error.failing = &object;
+    SetErrorInfo(0, &error);
+    EXPECT_EQ(textOf(0), "Cannot get error description");
+    EXPECT_EQ(error.referencesOfFailing, 2U) << "the test's own and one for the time of the call";
+    EXPECT_EQ(error.references, 1U);
+}
+
+TEST_F(ComErrors, StandBehindALineEndWhereTextIsThere)
+{
+    setError(L"caf\xE9");
+    EXPECT_EQ(textOf(0, "x"), "x\n" + collected);
+}
+
 TEST_F(ComErrors, AreNothingWhereTheObjectDoesNotSupportThem)
 {
     setError(L"caf\xE9");
@@ -254,6 +286,12 @@ TEST_F(ComErrors, BeginWithTheResultCode)
     EXPECT_EQ(text.substr(text.size() - 2), ")\n");
     EXPECT_EQ(textOf(static_cast<Vontal::long32>(0x80004005), "before"), "before\n" + text);
 
+    const _com_error known(E_FAIL);
+    const u8string message(known.ErrorMessage());
+    EXPECT_NE(message, "");
+    EXPECT_EQ(message.find_first_of("\r\n"), std::string::npos);
+    EXPECT_EQ(text, "HRESULT = 0x80004005 (" + message + ")\n");
+
     // Codes of which the system knows nothing.
     EXPECT_EQ(
         textOf(static_cast<Vontal::long32>(0x80040200)), "HRESULT = 0x80040200 (Unknown error 0x80040200)\n");
@@ -263,6 +301,14 @@ TEST_F(ComErrors, BeginWithTheResultCode)
         textOf(static_cast<Vontal::long32>(0x8004ABCD)), "HRESULT = 0x8004ABCD (IDispatch error #43469)\n");
     EXPECT_EQ(
         textOf(static_cast<Vontal::long32>(0xA0ABCDEF)), "HRESULT = 0xA0ABCDEF (Unknown error 0xA0ABCDEF)\n");
+    EXPECT_EQ(
+        textOf(static_cast<Vontal::long32>(0x80050000)), "HRESULT = 0x80050000 (Unknown error 0x80050000)\n");
+    // Some systems have a text of their own for this one.
+    const std::string first = textOf(static_cast<Vontal::long32>(0x80040201));
+    if (testsupport::isXmlServiceOurs())
+    {
+        EXPECT_EQ(first, "HRESULT = 0x80040201 (IDispatch error #1)\n");
+    }
 
     object.supportsErrors = true;
     setError(L"caf\xE9");
@@ -270,7 +316,7 @@ TEST_F(ComErrors, BeginWithTheResultCode)
         "HRESULT = 0xA0ABCDEF (Unknown error 0xA0ABCDEF)\n" + collected);
 }
 
-/// A variant that is given back when it dies.
+/// A variant of a type, which does not own what it holds.
 struct Variant : VARIANT
 {
     explicit Variant(VARTYPE type = VT_EMPTY)
@@ -298,6 +344,45 @@ struct Text
     }
 
     BSTR text;
+};
+
+/// An object of which only the references count.
+class Counted : public IDispatch
+{
+public:
+    virtual ~Counted() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override
+    {
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override
+    {
+        return ++references;
+    }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        return --references;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT *) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo **) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(
+        DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *, EXCEPINFO *, UINT *) override
+    {
+        return E_NOTIMPL;
+    }
+
+    ULONG references = 1;
 };
 
 void expectText(const VARIANT & value, const std::wstring & wideExpected, const std::string & expected)
@@ -367,6 +452,19 @@ TEST(ComVariants, FollowReferencesToAnyDepth)
         chain[i].pvarVal = &chain[i + 1];
     }
     EXPECT_EQ(var2int(chain.front()), 7);
+
+    Text text(L"text");
+    chain.back().vt = VT_BSTR;
+    chain.back().bstrVal = text.text;
+    expectText(chain.front(), L"text", "text");
+
+    Counted object;
+    chain.back().vt = VT_DISPATCH;
+    chain.back().pdispVal = &object;
+    IDispatch * out = nullptr;
+    EXPECT_TRUE(var2dispatch(chain.front(), &out));
+    EXPECT_EQ(out, &object);
+    EXPECT_EQ(object.references, 2U);
 }
 
 TEST(ComVariants, GiveNumbers)
@@ -401,55 +499,35 @@ TEST(ComVariants, GiveNumbersOfTexts)
         const wchar_t * text;
         int number;
     };
+    constexpr int most = std::numeric_limits<int>::max();
+    constexpr int least = std::numeric_limits<int>::min();
     const Case cases[] = {{L"12", 12}, {L" -12x", -12}, {L"abc", 0}, {L"", 0}, {L"+3", 3}, {L"1.9", 1},
-        {L"2147483647", 2147483647}, {L"-2147483648", -2147483647 - 1}, {L"99999999999", 2147483647}};
+        {L"2147483647", most}, {L"2147483648", most}, {L"-2147483647", least + 1}, {L"-2147483648", least},
+        {L"-2147483649", least}, {L"99999999999", most}, {L"-99999999999", least},
+        {L"99999999999999999999999", most}, {L"-99999999999999999999999", least}, {L"\t\n 5", 5},
+        {L"\v\f\r 5", 5}, {L"- 5", 0}, {L"+-5", 0}, {L"--5", 0}, {L"0x10", 0}, {L"-", 0}, {L"007", 7},
+        // No blanks and no digits of ASCII.
+        {L"\u2003"
+         L"12",
+            0},
+        {L"\u00A0"
+         L"12",
+            0},
+        {L"\u0661", 0}};
     for (const Case & read : cases)
     {
         Text text(read.text);
         Variant value(VT_BSTR);
         value.bstrVal = text.text;
-        EXPECT_EQ(var2int(value), read.number) << u8string(std::to_string(read.number));
+        EXPECT_EQ(var2int(value), read.number) << u8string(read.text);
+        Variant outer(VT_VARIANT | VT_BYREF);
+        outer.pvarVal = &value;
+        EXPECT_EQ(var2int(outer), read.number) << u8string(read.text);
     }
+    Variant null(VT_BSTR);
+    null.bstrVal = nullptr;
+    EXPECT_EQ(var2int(null), 0);
 }
-
-/// An object of which only the references count.
-class Counted : public IDispatch
-{
-public:
-    virtual ~Counted() = default;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void **) override
-    {
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override
-    {
-        return ++references;
-    }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        return --references;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT *) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo **) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(
-        DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *, EXCEPINFO *, UINT *) override
-    {
-        return E_NOTIMPL;
-    }
-
-    ULONG references = 1;
-};
 
 TEST(ComVariants, GiveObjectsWithAReference)
 {
@@ -502,6 +580,46 @@ TEST(StatSg, IsZeroAtFirst)
     EXPECT_EQ(std::memcmp(raw, &zero, sizeof zero), 0);
     EXPECT_EQ(static_cast<int>(status.GetType()), 0);
     EXPECT_EQ(testsupport::virtualSlots<StatSg>(), testsupport::slotsOfDestructor);
+}
+
+TEST(StatSg, IsZeroWhateverItsMemoryHeld)
+{
+    alignas(StatSg) unsigned char memory[sizeof(StatSg)];
+    std::memset(memory, 0xFF, sizeof memory);
+    auto * const status = new (memory) StatSg;
+    const STATSTG & raw = *static_cast<STATSTG *>(*status);
+    const GUID noClass = {};
+    EXPECT_EQ(raw.pwcsName, nullptr);
+    EXPECT_EQ(raw.type, 0U);
+    EXPECT_EQ(raw.cbSize.QuadPart, 0U);
+    for (const FILETIME & time : {raw.mtime, raw.ctime, raw.atime})
+        EXPECT_TRUE(time.dwLowDateTime == 0 && time.dwHighDateTime == 0);
+    EXPECT_EQ(raw.grfMode, 0U);
+    EXPECT_EQ(raw.grfLocksSupported, 0U);
+    EXPECT_TRUE(raw.clsid == noClass);
+    EXPECT_EQ(raw.grfStateBits, 0U);
+    EXPECT_EQ(raw.reserved, 0U);
+    status->~StatSg();
+}
+
+TEST(StatSg, KeptAssignmentDoesNotFreeTheNameThatWasThere)
+{
+    StatSg target;
+    auto * const name = static_cast<wchar_t *>(CoTaskMemAlloc(2 * sizeof(wchar_t)));
+    ASSERT_NE(name, nullptr);
+    static_cast<STATSTG *>(target)->pwcsName = name;
+    StatSg source;
+    std::memset(static_cast<STATSTG *>(source), 0x5A, sizeof(STATSTG));
+    static_cast<STATSTG *>(source)->pwcsName = nullptr;
+    EXPECT_EQ(&(target = source), &target);
+    StatSg copy(source);
+    EXPECT_EQ(
+        std::memcmp(static_cast<STATSTG *>(target), static_cast<STATSTG *>(source), sizeof(STATSTG)), 0);
+    EXPECT_EQ(std::memcmp(static_cast<STATSTG *>(copy), static_cast<STATSTG *>(source), sizeof(STATSTG)), 0);
+    // It is still the test's to write to and to give back.
+    name[0] = L'x';
+    name[1] = L'\0';
+    CoTaskMemFree(name);
 }
 
 TEST(StatSg, OwnsTheNameThatACallFillsIn)

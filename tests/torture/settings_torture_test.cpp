@@ -317,6 +317,39 @@ TEST(SettingsTorture, LoadListDatabasesOrRefuseThem)
     directory.clear();
 }
 
+TEST(SettingsTorture, KeepAFilledListDatabaseUsable)
+{
+    const NoErrors silent;
+    const testsupport::TempDirectory directory;
+    const u8string first(directory.write("first.xml", "<a n=\"1\"><i n=\"1\"/></a>"));
+    const u8string second(directory.write("second.xml", documentText));
+    torture(
+        [&](const Fault & fault)
+        {
+            qv_soop::soop_db database;
+            bool isFilled = false;
+            attempt([&] { isFilled = database.init(first) && database.addList("i"); });
+            if (!isFilled)
+                return;
+            bool isLoaded = false;
+            const bool isDone = attempt([&] { isLoaded = database.init(second); });
+            EXPECT_TRUE(fault.happened() || (isDone && isLoaded));
+            const UnseenAllocations unseen;
+            const qv_soop::soop_node & root = *database.getRootNode();
+            if (isDone && !isLoaded)
+            {
+                EXPECT_EQ(root.getName(), "a");
+                EXPECT_EQ(root.getSubnodes().size(), 1U);
+                EXPECT_EQ(root.getSubnodes().front(), database.getList("i").front());
+            }
+            // A fault of the service may have taken the attribute when the first file was read.
+            EXPECT_LE(root.getAttributes().size(), 1U);
+            EXPECT_EQ(database.getList("i").size(), 1U);
+            EXPECT_EQ(database.getNode("no such tag", "n", "1"), nullptr) << "all nodes are walked through";
+        });
+    directory.clear();
+}
+
 TEST(SettingsTorture, HoldTextsOfSeveralLanguages)
 {
     torture(

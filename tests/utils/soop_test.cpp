@@ -5,15 +5,21 @@
 #include "support/IntendedLeak.h"
 #include "support/SmallStackThread.h"
 #include "support/TempDirectory.h"
+#include "support/TestBarrier.h"
 #include "support/VirtualSlot.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <limits>
 #include <list>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <type_traits>
+#include <vector>
 
 namespace
 {
@@ -28,6 +34,19 @@ static_assert(std::has_virtual_destructor_v<soop_db>);
 static_assert(std::has_virtual_destructor_v<soop_node>);
 static_assert(std::is_copy_constructible_v<soop_db> && std::is_copy_assignable_v<soop_db>);
 static_assert(std::is_copy_constructible_v<soop_node> && std::is_copy_assignable_v<soop_node>);
+
+using Text = const std::string &;
+static_assert(std::is_same_v<decltype(&soop_db::getList), const std::list<soop_node *> & (soop_db::*)(Text)>);
+static_assert(std::is_same_v<decltype(&soop_db::addList), bool (soop_db::*)(Text)>);
+static_assert(std::is_same_v<decltype(&soop_db::init), bool (soop_db::*)(const u8string &)>);
+static_assert(
+    std::is_same_v<decltype(&soop_db::getRootNode), const soop_node * (soop_db::*)() const noexcept>);
+static_assert(
+    std::is_same_v<decltype(&soop_node::getNode), const soop_node * (soop_node::*)(Text, Text, Text) const>);
+[[maybe_unused]] constexpr const soop_node * (soop_db::*getNodeByText)(
+    Text, Text, Text) const = &soop_db::getNode;
+[[maybe_unused]] constexpr const soop_node * (soop_db::*getNodeByNumber)(
+    Text, Text, int) const = &soop_db::getNode;
 
 /// A directory with one database after the other in it.
 class ListDatabase : public testing::Test
@@ -69,6 +88,15 @@ std::string numbersOf(const std::list<soop_node *> & nodes)
 std::string numberOf(const soop_node * node)
 {
     return node != nullptr && node->getAttr("n") != nullptr ? node->getAttr("n") : "(none)";
+}
+
+/// So many elements within each other, and then this one.
+std::string nested(int depth, const std::string & innermost)
+{
+    std::string text = innermost;
+    for (int i = 0; i < depth; ++i)
+        text = "<a>" + text + "</a>";
+    return text;
 }
 
 TEST_F(ListDatabase, HasNoVirtualOperationsButDestructors)
@@ -131,12 +159,15 @@ TEST_F(ListDatabase, GivesAttributes)
 TEST_F(ListDatabase, RefusesFilesThatCannotBeRead)
 {
     soop_db database;
-    ASSERT_TRUE(load(database, "<a n='1'/>"));
+    ASSERT_TRUE(load(database, "<a n='1'><i n='1'/></a>"));
+    ASSERT_TRUE(database.addList("i"));
     EXPECT_FALSE(database.init(u8string(directory.text("missing.xml"))));
     for (const char * const text : {"", "<a>", "<b", "text"})
         EXPECT_FALSE(load(database, text)) << text;
     EXPECT_EQ(database.getRootNode()->getName(), "a");
     EXPECT_EQ(database.getRootNode()->getAttributes(), (Attributes{{"n", "1"}}));
+    EXPECT_EQ(numbersOf(database.getRootNode()->getSubnodes()), "1 ");
+    EXPECT_EQ(numbersOf(database.getList("i")), "1 ");
 }
 
 TEST_F(ListDatabase, KeptMergesASecondFile)
@@ -219,6 +250,62 @@ TEST_F(ListDatabase, FindsTheFirstNodeInDepth)
     EXPECT_EQ(database.getNode("A", "id", 8), nullptr);
 }
 
+TEST_F(ListDatabase, ComparesValuesWholeAndWithCase)
+{
+    soop_db database;
+    ASSERT_TRUE(load(database, "<r><A id='Ab' n='found'/></r>"));
+    EXPECT_EQ(numberOf(database.getNode("A", "id", "Ab")), "found");
+    for (const char * const other : {"ab", "AB", "A", "b", "Ab ", " Ab", "Abc", ""})
+        EXPECT_EQ(database.getNode("A", "id", other), nullptr) << other;
+}
+
+TEST_F(ListDatabase, SearchesBelowANodeOfWhichTheTagAloneAgrees)
+{
+    soop_db database;
+    ASSERT_TRUE(load(database, "<r><A><A id='9' n='z'/></A></r>"));
+    EXPECT_EQ(numberOf(database.getNode("A", "id", "9")), "z");
+}
+
+TEST_F(ListDatabase, FindsNumbersOfEverySize)
+{
+    soop_db database;
+    ASSERT_TRUE(load(database, "<r id='0' n='zero'><a id='-2147483648' n='least'/>"
+                               "<a id='2147483647' n='most'/></r>"));
+    EXPECT_EQ(numberOf(database.getNode("r", "id", 0)), "zero");
+    EXPECT_EQ(numberOf(database.getNode("a", "id", std::numeric_limits<int>::min())), "least");
+    EXPECT_EQ(numberOf(database.getNode("a", "id", std::numeric_limits<int>::max())), "most");
+}
+
+TEST_F(ListDatabase, MayBeReadByManyThreads)
+{
+    soop_db database;
+    ASSERT_TRUE(load(database, "<r><a id='1' n='one'/><b><a id='2' n='two'/></b></r>"));
+    ASSERT_TRUE(database.addList("a"));
+    constexpr int threadCount = 4;
+    testsupport::TestBarrier start(threadCount);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < threadCount; ++i)
+    {
+        threads.emplace_back(
+            [&]
+            {
+                start.arriveAndWait();
+                for (int round = 0; round < 1000; ++round)
+                {
+                    const bool isRight = database.getList("a").size() == 2 && database.getList("x").empty() &&
+                                         numberOf(database.getNode("a", "id", "2")) == "two" &&
+                                         numberOf(database.getNode("a", "id", 1)) == "one" &&
+                                         database.getRootNode()->getAttr("id") == nullptr;
+                    wrong += isRight ? 0 : 1;
+                }
+            });
+    }
+    for (std::thread & thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong.load(), 0);
+}
+
 TEST_F(ListDatabase, SearchesANodeAndWhatIsBelowIt)
 {
     soop_db database;
@@ -247,35 +334,88 @@ TEST_F(ListDatabase, KeptCopiesShareTheNodes)
 
     auto & assigned = *new soop_db;
     ASSERT_TRUE(load(assigned, "<x><y/></x>"));
+    ASSERT_TRUE(assigned.addList("y"));
+    const soop_node * const former = assigned.getRootNode()->getSubnodes().front();
     EXPECT_EQ(&(assigned = database), &assigned);
     EXPECT_EQ(assigned.getRootNode()->getSubnodes(), database.getRootNode()->getSubnodes());
     EXPECT_EQ(numbersOf(assigned.getList("A")), "1 ");
+    EXPECT_TRUE(assigned.getList("y").empty()) << "the lists are replaced";
+    EXPECT_EQ(former->getName(), "y") << "what was there is not destroyed";
 
     soop_db & self = assigned;
     assigned = self;
     EXPECT_EQ(numbersOf(assigned.getRootNode()->getSubnodes()), "1 ");
     EXPECT_EQ(assigned.getRootNode()->getName(), "r");
+    EXPECT_EQ(assigned.getRootNode()->getAttributes(), (Attributes{{"v", "1"}}));
+    EXPECT_EQ(numbersOf(assigned.getList("A")), "1 ");
+}
+
+TEST_F(ListDatabase, KeptCopiesOfNodesShareTheirParentAndTheirChildren)
+{
+    // One of the nodes with the same children may be destroyed.
+    const testsupport::IntendedLeak leak;
+    auto & database = *new soop_db;
+    ASSERT_TRUE(load(database, "<r><A n='1' o='2'><B n='3'/></A></r>"));
+    ASSERT_TRUE(database.addList("A"));
+    soop_node & node = *database.getList("A").front();
+    auto & assigned = *new soop_node;
+    EXPECT_EQ(&(assigned = node), &assigned);
+    soop_node & self = node;
+    node = self;
+    for (const soop_node * const same : {static_cast<const soop_node *>(new soop_node(node)),
+             static_cast<const soop_node *>(&assigned), static_cast<const soop_node *>(&node)})
+    {
+        EXPECT_EQ(same->getParent(), database.getRootNode());
+        EXPECT_EQ(same->getName(), "A");
+        EXPECT_EQ(same->getAttributes(), (Attributes{{"n", "1"}, {"o", "2"}}));
+        ASSERT_EQ(same->getSubnodes().size(), 1U);
+        EXPECT_EQ(numberOf(same->getSubnodes().front()), "3");
+        EXPECT_EQ(same->getSubnodes().front()->getParent(), &node) << "the source stays the parent";
+    }
 }
 
 TEST_F(ListDatabase, NeedsNoStackForDepth)
 {
-    // Laid file upon file, since the XML service limits the depth of one.
-    soop_db database;
-    std::string text;
+    // One tree below the leaf of the other, since the XML service limits the depth of a file.
     constexpr int depth = 200;
-    for (int i = 0; i < depth; ++i)
-        text += "<a>";
-    text += "<b n='1'/>";
-    for (int i = 0; i < depth; ++i)
-        text += "</a>";
-    ASSERT_TRUE(load(database, text));
+    constexpr int parts = 500;
+    const u8string path(directory.write("part.xml", nested(depth, "<leaf/>")));
+    const u8string lastPath(directory.write("last.xml", nested(depth, "<b n='1'/>")));
+    auto database = std::make_unique<soop_db>();
+    ASSERT_TRUE(database->init(path));
+    ASSERT_TRUE(database->addList("leaf"));
+    soop_node * leaf = database->getList("leaf").front();
+    for (int i = 1; i < parts; ++i)
+    {
+        soop_db part;
+        const bool isLast = i == parts - 1;
+        ASSERT_TRUE(part.init(isLast ? lastPath : path));
+        ASSERT_TRUE(part.addList(isLast ? "b" : "leaf"));
+        soop_node * const next = part.getList(isLast ? "b" : "leaf").front();
+        *leaf = *part.getRootNode();
+        // The nodes are the leaf's now: assignment destroys none.
+        part = soop_db();
+        leaf = next;
+    }
     testsupport::runOnSmallStack(
-        [&database]
+        [&]
         {
-            EXPECT_EQ(numberOf(database.getNode("b", "n", "1")), "1");
-            EXPECT_TRUE(database.addList("b"));
+            EXPECT_EQ(database->getNode("b", "n", "1"), leaf);
+            EXPECT_EQ(database->getNode("b", "n", "2"), nullptr);
+            EXPECT_TRUE(database->addList("b"));
+            EXPECT_EQ(numbersOf(database->getList("b")), "1 ");
+            database.reset();
         });
-    EXPECT_EQ(database.getList("b").size(), 1U);
+}
+
+TEST_F(ListDatabase, LoadsADeepFileOnASmallStack)
+{
+    soop_db database;
+    const u8string path(directory.write("deep.xml", nested(200, "<b n='1'/>")));
+    bool isLoaded = false;
+    testsupport::runOnSmallStack([&] { isLoaded = database.init(path); });
+    ASSERT_TRUE(isLoaded);
+    EXPECT_EQ(numberOf(database.getNode("b", "n", "1")), "1");
 }
 
 } // namespace
