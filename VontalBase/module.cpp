@@ -100,6 +100,9 @@ static Immortal<ReferencedImplMT<EmptyResourceBundle>> emptyResourceBundleObject
 static Immortal<Reference<ResourceBundle>> emptyResourceBundleHeld(&emptyResourceBundleObject.object);
 const Reference<ResourceBundle> & emptyResourceBundle = emptyResourceBundleHeld.object;
 
+static Immortal<Vontal::u8string> emptyTextObject;
+const Vontal::u8string & emptyText = emptyTextObject.object;
+
 static Immortal<ReferencedImplMT<EmptyMultiLanguageBundle>> emptyMultiLanguageBundleObject;
 static Immortal<Reference<MultiLanguageBundle>> emptyMultiLanguageBundleHeld(
     &emptyMultiLanguageBundleObject.object);

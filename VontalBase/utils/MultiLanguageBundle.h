@@ -12,7 +12,8 @@ namespace qvutils
 class ResourceBundle;
 
 /// The languages of one bundle, one of which is the current one. Its owner, a `ResourceManager`, guards it:
-/// it has no lock of its own. `std::bad_alloc` may leave whatever reads a file.
+/// it has no lock of its own. A text that a lookup found lives as long as the bundle; one that found none
+/// returns its own argument, which the caller keeps alive. `std::bad_alloc` may leave whatever reads a file.
 class MultiLanguageBundle : public qvbase::ReferencedObject
 {
 protected:

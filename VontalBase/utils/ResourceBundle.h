@@ -29,8 +29,9 @@ protected:
 public:
     /// Looks up a text.
     /// @param key is compared byte for byte.
-    /// @return the text, which lives as long as the bundle, or @p key itself if there is none: a lookup never
-    ///     fails. Nothing is copied.
+    /// @return the text, which lives as long as the bundle, or @p key itself if there is none, which the
+    /// caller
+    ///     keeps alive: a lookup never fails. Nothing is copied.
     virtual const Vontal::u8string & getString(const Vontal::u8string & key) = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "VontalBase/utils/ResourceBundleImpl.h"
 
+#include "VontalBase/disk/File.h"
 #include "VontalBase/disk/files.h"
 
 namespace qvutils
@@ -16,7 +17,11 @@ const u8string & ResourceBundleImpl::getString(const u8string & key)
 bool ResourceBundleImpl::load(const u8string & path)
 {
     u8string text;
-    return qvdisk::fileExists(path) && qvdisk::readUnicodeTextFile(path, text) && texts.read(text);
+    // What is no regular file, such as a pipe, may have nothing to read for ever.
+    if (!qvdisk::fileExists(path) || !qvdisk::File(path).isFile())
+        return false;
+    // Kept: a read that fails ends the text quietly, and what stands in front of it counts.
+    return qvdisk::readUnicodeTextFile(path, text) && texts.read(text);
 }
 
 } // namespace qvutils

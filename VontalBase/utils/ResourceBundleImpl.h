@@ -22,7 +22,7 @@ public:
     virtual ~ResourceBundleImpl() = default;
 
     /// Reads a file. Called once. `std::bad_alloc` may leave it.
-    /// @return false where the file is missing, cannot be opened, or has a fault.
+    /// @return false where the file is missing, is no regular file, cannot be opened, or has a fault.
     bool load(const Vontal::u8string & path);
 
 private:

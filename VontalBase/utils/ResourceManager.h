@@ -2,17 +2,20 @@
 /// The translated texts of an application.
 ///
 /// A bundle is a named set of texts. Each of its languages is one ".properties" file of UTF-8 text, or of
-/// UTF-16 behind its mark, with a line for each text:
+/// UTF-16 with the low byte first behind the mark FF FE, with a line for each text:
 ///
 ///     # a comment
 ///     greeting=Guten Tag
 ///     two.lines=first\nsecond
 ///
-/// A key ends at a blank, a tab or the first "="; blanks and tabs in front of a key, and between it and the
-/// "=", do not count. The value is all of the rest of the line, blanks included, in which `\\`, `\n`, `\r`
-/// and
-/// `\t` stand for a backslash, a line feed, a carriage return and a tab. Any fault, such as another escape, a
-/// key without "=" or one that is there twice, makes the file worth nothing at all: it is taken for missing.
+/// A key ends at a blank, a tab or the first "=" behind its first character; blanks and tabs in front of a
+/// key, and between it and the "=", do not count. The value is all of the rest of the line, blanks included,
+/// in which
+/// `\\`, `\n`, `\r` and `\t` stand for a backslash, a line feed, a carriage return and a tab. Any fault, such
+/// as another escape, a key without "=" or one that is there twice, makes the file worth nothing at all: it
+/// is taken for missing, and so is what is no regular file. A text ends at its first zero.
+///
+/// Kept: a file of which the system cannot read the rest ends there, and nobody is told.
 ///
 /// Where the files are sought for a bundle "menu" in a language "de_AT", in this order until one is good:
 ///
@@ -31,20 +34,25 @@
 #include "VontalBase/core/ReferencedObject.h"
 #include "VontalBase/export.h"
 #include "VontalBase/text/u8string.h"
+#include "VontalBase/utils/ResourceBundle.h"
 
 namespace qvutils
 {
-
-class ResourceBundle;
 
 /// Owns bundles, has a current language and a default bundle, and answers lookups of texts. A bundle is read
 /// when it is first used.
 ///
 /// A lookup never fails: a key without a text is its own text. Any thread may call any operation but
-/// `getLanguage`. A text that a lookup returned lives until `reset`, and where another thread may call that,
-/// the caller holds a `ResourceBundle` and asks it instead. No failure is reported; where `std::bad_alloc`
-/// leaves a lookup, nothing has changed. A system may stop the threads of a process before its libraries end;
-/// if one of them was within an operation, all that a manager does from then on is to return keys, and false.
+/// `getLanguage`. A text that a lookup found lives until `reset`, or until the manager dies, and where
+/// another thread may call that, the caller holds a `ResourceBundle` and asks it instead. A lookup that found
+/// none returns its own argument, which the caller keeps alive for as long as the result is used.
+///
+/// No failure is reported. Where `std::bad_alloc` leaves a lookup, no text has changed and the same call may
+/// be made again; files that it came to may have been read. A system may stop the threads of a process before
+/// its libraries end; if one of them was within an operation, all that a manager does from then on is to
+/// return keys, an empty text for its directory, and false. That does not hold where it was stopped while it
+/// changed a count of references, which may wait for ever, nor for `getLanguage`, which must not be called
+/// then.
 class ResourceManager : public qvbase::ReferencedObject
 {
 protected:
@@ -66,8 +74,7 @@ public:
     virtual void setRootDirectory(const Vontal::u8string & directory) = 0;
     /// Tells the directory as it was set.
     /// @return a text that changes under the caller with the next `setRootDirectory` or `reset`: other
-    /// threads
-    ///     must call neither while it is read.
+    ///     threads must call neither while it is read.
     virtual const Vontal::u8string & getRootDirectory() = 0;
     /// Makes a bundle the one that lookups without a name of a bundle go to.
     /// @param name of the bundle, which is read if it has not been used yet. There need be no files.
@@ -130,12 +137,13 @@ public:
 /// Makes a manager of the caller's own.
 /// @param rootDirectory where its files are sought.
 /// @param out receives it; what it held is let go. Where `std::bad_alloc` leaves the call, it is left alone.
-/// @return true.
+/// @return true. Any thread may call this with a reference of its own.
 VONTALBASE_API bool createResourceManager(
     const Vontal::u8string & rootDirectory, qvbase::Reference<ResourceManager> & out);
 
 /// The manager of the process, which is there from the loading of the library on, and to the very end of the
-/// process. Its files are sought in "locale" beside the running program until it is told otherwise.
+/// process. Its files are sought in "locale" beside the running program until it is told otherwise. Any
+/// thread may call this.
 /// @return never null; not counted for the caller.
 VONTALBASE_API ResourceManager * getResourceManager();
 

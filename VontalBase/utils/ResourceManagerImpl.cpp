@@ -45,7 +45,7 @@ void ResourceManagerImpl::setRootDirectory(const u8string & directory)
 const u8string & ResourceManagerImpl::getRootDirectory()
 {
     const LineLock lock(mutex);
-    return rootDirectory;
+    return lock.isHeld() ? rootDirectory : emptyText;
 }
 
 void ResourceManagerImpl::setDefaultBundle(const u8string & name)

@@ -44,6 +44,9 @@ public:
 /// The one bundle without texts. It outlives the static objects of the library.
 extern const qvbase::Reference<ResourceBundle> & emptyResourceBundle;
 
+/// What stands where a text cannot be told. It outlives the static objects of the library.
+extern const Vontal::u8string & emptyText;
+
 /// The one bundle without languages. It outlives the static objects of the library.
 extern const qvbase::Reference<MultiLanguageBundle> & emptyMultiLanguageBundle;
 

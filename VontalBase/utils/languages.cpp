@@ -1,7 +1,7 @@
 #include "VontalBase/utils/languages.h"
 
+#include "VontalBase/disk/File.h"
 #include "VontalBase/disk/directories.h"
-#include "VontalBase/disk/files.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/platform/languages.h"
 #include "VontalBase/text/u8string.h"
@@ -37,8 +37,9 @@ bool agree(std::string_view one, std::string_view other) noexcept
 
 bool holdsBundle(const u8string & directory, const u8string & bundleName)
 {
-    return qvdisk::isDirectory(directory) &&
-           qvdisk::fileExists(inDirectory(directory, bundleName + bundleExtension));
+    // By their exact names, which may hold what is a pattern elsewhere.
+    return qvdisk::File(directory).isDirectory() &&
+           qvdisk::File(inDirectory(directory, bundleName + bundleExtension)).exists();
 }
 
 } // namespace

@@ -22,6 +22,7 @@ OBJECTS = {
     "the newest multi-language string": re.compile(r"_ZN6Vontal8newestMlE\Z"),
     "the default language": re.compile(r"_ZN6VontalL23mlDefaultLanguageObjectE\Z"),
     "the bundle without texts": re.compile(r"_ZN7qvutilsL25emptyResourceBundleObjectE\Z"),
+    "the empty text": re.compile(r"_ZN7qvutilsL15emptyTextObjectE\Z"),
     "the bundle without languages": re.compile(r"_ZN7qvutilsL30emptyMultiLanguageBundleObjectE\Z"),
     "the resource manager": re.compile(r"_ZN7qvutilsL21resourceManagerObjectE\Z"),
     "the end of the resource manager": re.compile(r"_ZN7qvutilsL18resourceManagerEndE\Z"),
