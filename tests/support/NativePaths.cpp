@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -90,6 +91,11 @@ std::string deviceThatIsNoFile()
     return {};
 }
 
+bool makePipeFile(const std::string &)
+{
+    return false;
+}
+
 bool makeFileOfBytes(const std::string &, const std::string &)
 {
     return false;
@@ -160,6 +166,11 @@ std::string fullDevice()
 std::string deviceThatIsNoFile()
 {
     return "/dev/null";
+}
+
+bool makePipeFile(const std::string & path)
+{
+    return mkfifo(path.c_str(), 0600) == 0;
 }
 
 bool makeFileOfBytes(const std::string & directory, const std::string & name)

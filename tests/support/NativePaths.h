@@ -28,6 +28,9 @@ std::string lineEnd();
 /// The path of something that is neither a file nor a directory; empty where the system has none.
 std::string deviceThatIsNoFile();
 
+/// Makes a pipe with a name, whose opening for reading waits for a writer. False where files cannot be pipes.
+bool makePipeFile(const std::string & path);
+
 /// Makes a file in a directory (UTF-8, as the system writes it) whose name is these bytes. False where names
 /// are not bytes.
 bool makeFileOfBytes(const std::string & directory, const std::string & name);

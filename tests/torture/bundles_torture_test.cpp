@@ -31,7 +31,9 @@ const u8string austrian = "de_AT_and_more_than_has_a_place_inside_of_a_string";
 const u8string french = "fr_and_more_than_has_a_place_inside_of_a_string";
 
 /// Does something that memory may end, and then does it again: nothing must have changed.
-void insist(const Fault & fault, const std::function<void()> & action)
+/// @param check looks at what the failure has left.
+void insist(
+    const Fault & fault, const std::function<void()> & action, const std::function<void()> & check = {})
 {
     try
     {
@@ -40,6 +42,8 @@ void insist(const Fault & fault, const std::function<void()> & action)
     catch (const std::bad_alloc &)
     {
         EXPECT_TRUE(fault.isAllocation());
+        if (check)
+            check();
         action();
     }
 }
@@ -74,7 +78,13 @@ TEST_F(BundleTorture, AManagerFallsBackOrLosesNothing)
         [&](const Fault & fault)
         {
             Reference<ResourceManager> manager;
-            insist(fault, [&] { EXPECT_TRUE(qvutils::createResourceManager(root, manager)); });
+            insist(
+                fault, [&] { EXPECT_TRUE(qvutils::createResourceManager(root, manager)); },
+                [&] { EXPECT_EQ(manager, nullptr); });
+            const Reference<ResourceManager> first = manager;
+            insist(
+                fault, [&] { EXPECT_TRUE(qvutils::createResourceManager(root, manager)); },
+                [&] { EXPECT_EQ(manager, first); });
             insist(fault, [&] { manager->setLanguage(austrian); });
             EXPECT_EQ(manager->getLanguage(), austrian);
             insist(fault, [&] { EXPECT_TRUE(isRight(fault, manager->getString(bundleName, key), german)); });
@@ -90,13 +100,39 @@ TEST_F(BundleTorture, AManagerFallsBackOrLosesNothing)
             Reference<ResourceBundle> bundle;
             insist(fault, [&] { EXPECT_TRUE(manager->getBundle(bundleName, bundle)); });
             EXPECT_TRUE(manager->getDefaultBundle(bundle));
-            insist(fault, [&] { manager->reset(); });
+            insist(
+                fault, [&] { manager->reset(); },
+                [&]
+                {
+                    EXPECT_EQ(manager->getLanguage(), french);
+                    EXPECT_EQ(manager->getRootDirectory(), root);
+                    EXPECT_EQ(manager->getString(key), usual);
+                });
             EXPECT_EQ(manager->getLanguage(), "en_US");
             EXPECT_EQ(&manager->getString(key), &key);
             EXPECT_TRUE(isRight(fault, bundle->getString(key), usual)) << "what is held stays";
         });
     EXPECT_GT(report.gatePassages, 20U);
     EXPECT_GT(report.faultyRuns, 60U);
+}
+
+TEST_F(BundleTorture, SeveralBundlesGoToALanguageWhenThatIsSetAgain)
+{
+    const u8string other = "another bundle whose name has no place inside of a string";
+    files.lay(other + ".properties", key + "=" + usual + "\n");
+    files.lay("de/" + other + ".properties", key + "=" + german + "\n");
+    const u8string swiss = "de_CH_and_more_than_has_a_place_inside_of_a_string";
+    torture(
+        [&](const Fault & fault)
+        {
+            Reference<ResourceManager> manager;
+            insist(fault, [&] { EXPECT_TRUE(qvutils::createResourceManager(root, manager)); });
+            for (const u8string * const name : {&bundleName, &other})
+                insist(fault, [&] { EXPECT_TRUE(isRight(fault, manager->getString(*name, key), usual)); });
+            insist(fault, [&] { manager->setLanguage(swiss); });
+            for (const u8string * const name : {&bundleName, &other})
+                insist(fault, [&] { EXPECT_TRUE(isRight(fault, manager->getString(*name, key), german)); });
+        });
 }
 
 TEST_F(BundleTorture, LanguagesAreListedOrNot)

@@ -1,11 +1,13 @@
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/places.h"
 #include "VontalBase/utils/MultiLanguageBundleImpl.h"
 #include "VontalBase/utils/ResourceBundleImpl.h"
 #include "VontalBase/utils/ResourceManagerImpl.h"
 #include "VontalBase/utils/emptybundles.h"
 #include "VontalBase/utils/languages.h"
 
+#include "support/ChildProcess.h"
 #include "support/Eventually.h"
 #include "support/TestSemaphore.h"
 #include "support/VirtualSlot.h"
@@ -13,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -155,6 +158,43 @@ TEST(MultiLanguageBundleImpl, PassesOverAFileThatCannotBeOpened)
     EXPECT_EQ(bundle->getString("k", "de_AT"), "german");
 }
 
+TEST(MultiLanguageBundleImpl, KeptTakesAFileThatTheSystemCannotReadForAnEmptyOne)
+{
+    const BundleFiles files;
+    files.lay("menu.de.properties", "k=german\n");
+    files.lay("menu.properties", "k=none\n");
+    const Reference<MultiLanguageBundle> bundle(
+        new ReferencedImplMT<MultiLanguageBundleImpl>("menu", files.root()));
+    const FailingGate gate("read stream");
+    EXPECT_EQ(bundle->getString("k", "de"), "k");
+    EXPECT_STREQ(platform::faultedGate(), "read stream");
+}
+
+constexpr int good = 3;
+constexpr int notFound = 10;
+constexpr int notFoundAgain = 11;
+
+VONTALBASE_TEST_CHILD(looksBesideItself, arguments)
+{
+    ResourceManager * const manager = qvutils::getResourceManager();
+    if (manager->getString("menu", "k") != "text")
+        return notFound;
+    manager->setRootDirectory(arguments.at(0));
+    manager->reset();
+    return manager->getString("menu", "k") == "text" ? good : notFoundAgain;
+}
+
+TEST(ResourceManagerImpl, SeeksTheFilesOfTheProcessBesideItsProgram)
+{
+    const BundleFiles files;
+    files.lay("locale/menu.properties", "k=text\n");
+    const std::string program = std::string(files.root()) + "/program.exe";
+    std::filesystem::copy_file(platform::programPath(), program);
+    const testsupport::ChildResult child =
+        testsupport::runChildFrom(program, "looksBesideItself", {"elsewhere"});
+    EXPECT_EQ(child.exitCode, good) << child.standardError;
+}
+
 TEST(ResourceManagerImpl, TakesItsBundlesToALanguageInTheOrderOfTheirNames)
 {
     const BundleFiles files;
@@ -232,11 +272,12 @@ TEST(ResourceManagerImpl, ReturnsKeysWhereTheThreadThatHadItsLockIsGone)
         manager->setRootDirectory("elsewhere");
         manager->setDefaultBundle("other");
         manager->reset();
-        EXPECT_EQ(manager->getRootDirectory(), files.root());
+        EXPECT_EQ(manager->getRootDirectory(), "") << "what it was may be half changed";
         EXPECT_EQ(manager->getLanguage(), "en_US");
     }
     leave.release();
     holder.join();
+    EXPECT_EQ(manager->getRootDirectory(), files.root());
     EXPECT_EQ(manager->getString("k"), "text") << "nothing has changed";
 }
 

@@ -82,6 +82,18 @@ TEST(ListAvailableLanguages, TakesAnythingOfTheNameForAFile)
     EXPECT_EQ(names, Names{"de"});
 }
 
+TEST(ListAvailableLanguages, TakesNamesAsTheyAre)
+{
+    const BundleFiles files;
+    files.lay("de/menu.properties", "");
+    Names names = {"before"};
+    for (const char * const pattern : {"me*", "m?nu", "*"})
+    {
+        EXPECT_TRUE(listAvailableLanguages(files.root(), pattern, names));
+        EXPECT_EQ(names, Names()) << pattern;
+    }
+}
+
 TEST(ListAvailableLanguages, MayReplaceTheListThatItsArgumentsLieIn)
 {
     const BundleFiles files;
