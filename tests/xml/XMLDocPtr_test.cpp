@@ -180,7 +180,7 @@ TEST(XMLDocPtr, LoadsFromEverySource)
     const std::string bytes = "<?xml version=\"1.0\"?>\n<a b=\"c\">text</a>";
     const std::string path = directory.write("caf\xC3\xA9.xml", bytes);
     std::wstring widePath;
-    Vontal::c_u8u16(widePath, path);
+    ASSERT_TRUE(Vontal::c_u8u16(widePath, path));
     const StreamReference stream = streamOf(bytes);
     std::istringstream in(bytes);
 
