@@ -26,11 +26,6 @@ template <class Interface>
 class ReferenceMSCom;
 }
 
-namespace platform
-{
-class DirectXml;
-}
-
 namespace qvdisk
 {
 class FileWriter;
@@ -158,9 +153,6 @@ protected:
 private:
     void internalInit();
     void freeNodes();
-    Node * findNode(IXMLDOMElement & element, const platform::DirectXml * direct) const;
-    void enterNode(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct);
-    Node * nodeOf(IXMLDOMElement & element, const platform::DirectXml * direct);
     static bool createInternal(qvbase::ReferenceMSCom<IXMLDOMDocument> & doc);
     // NOLINTNEXTLINE(readability-identifier-naming)
     static bool FormatDOMDocument(IXMLDOMDocument * doc);

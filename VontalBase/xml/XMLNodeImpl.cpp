@@ -12,6 +12,7 @@
 #include "VontalBase/utils/convert2double.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 #include "VontalBase/xml/comtext.h"
+#include "VontalBase/xml/nodetables.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -416,7 +417,7 @@ Node * XMLNodeImpl::takeNode(const platform::FoundElement & found)
     if (found.element == nullptr)
         return nullptr;
     const ElementReference held = adopt(found.element);
-    return doc->nodeOf(*found.element, direct);
+    return doc->nodes->nodeOf({doc, doc->elements}, *found.element, direct);
 }
 
 Node * XMLNodeImpl::getFirstChild()

@@ -8,14 +8,33 @@
 
 struct IXMLDOMElement;
 
+namespace platform
+{
+class DirectXml;
+}
+
 namespace qvxml
 {
 
 class Node;
 
+class XMLDocPtr;
+struct ElementTable;
+
+/// A document with its elements.
+struct NodeOwner
+{
+    XMLDocPtr * document;
+    ElementTable * elements;
+};
+
 /// The nodes that a document owns.
 struct NodeSet
 {
+    /// The node of an element, made where there is none.
+    /// @param direct the short way to the element, or null.
+    Node * nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const platform::DirectXml * direct);
+
     /// Those that it has made.
     NodeArena made;
     /// Those that it was given.
@@ -25,6 +44,11 @@ struct NodeSet
 /// The node of each element, with a reference on the element.
 struct ElementTable
 {
+    /// The node of an element, or null.
+    Node * find(IXMLDOMElement & element, const platform::DirectXml * direct);
+    /// Makes a node the one of an element.
+    void enter(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct);
+
     /// Of those that have their node noted at themselves the elements that were given a node. The node may
     /// have been replaced, or be in the other table.
     PointerTable<IXMLDOMElement, bool> noted;

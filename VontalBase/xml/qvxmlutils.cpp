@@ -392,45 +392,9 @@ Node * XMLDocPtr::getRootElement()
 
 Node * XMLDocPtr::getNode(IXMLDOMElement * element)
 {
-    return element != nullptr ? nodeOf(*element, platform::directXmlOf(*element)) : nullptr;
-}
-
-Node * XMLDocPtr::nodeOf(IXMLDOMElement & element, const platform::DirectXml * direct)
-{
-    if (Node * const known = findNode(element, direct))
-        return known;
-    XMLNodeImpl & made = nodes->made.make(this, &element, direct);
-    try
-    {
-        enterNode(made, element, direct);
-    }
-    catch (...)
-    {
-        nodes->made.removeLast();
-        throw;
-    }
-    return &made;
-}
-
-Node * XMLDocPtr::findNode(IXMLDOMElement & element, const platform::DirectXml * direct) const
-{
-    if (direct != nullptr && direct->note(element).owner == elements)
-        return static_cast<Node *>(direct->note(element).value);
-    Node * const * const known = elements->others.find(&element);
-    return known != nullptr ? *known : nullptr;
-}
-
-void XMLDocPtr::enterNode(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct)
-{
-    const void * const owner = direct != nullptr ? direct->note(element).owner : this;
-    if (owner == nullptr)
-        element.AddRef();
-    if (owner == nullptr || owner == elements)
-        direct->note(element) = {elements, &node};
-    else if (elements->others.insert(&element, &node))
-        element.AddRef();
-    else
-        *elements->others.find(&element) = &node;
+    if (element == nullptr)
+        return nullptr;
+    return nodes->nodeOf({this, elements}, *element, platform::directXmlOf(*element));
 }
 
 void XMLDocPtr::registerNode(Node * node)
@@ -444,7 +408,7 @@ void XMLDocPtr::registerNode(Node * node)
             elements->noted.insert(&element, true);
         nodes->given.insert(node, true);
     }
-    enterNode(*node, element, direct);
+    elements->enter(*node, element, direct);
 }
 
 bool XMLDocPtr::transform(XMLDocPtr & stylesheet, XMLDocPtr & result)
