@@ -116,6 +116,65 @@ TEST(XmlStylesheets, ThePrefixesOfTheSourceHaveTheirMeaning)
     EXPECT_EQ(withPlainLines(result), "111");
 }
 
+TEST(XmlStylesheets, AnEmptyDeclarationTakesTheNamespaceBack)
+{
+    const Apartment apartment;
+    const struct
+    {
+        const char * label;
+        const char * source;
+        const char * path;
+        const char * result;
+    } rows[] = {
+        {"an element below", "<a xmlns='u'><b xmlns=''>t</b></a>", "count(//b)", "1"},
+        {"what is below that", "<a xmlns='u'><b xmlns=''><c/></b></a>", "count(//b/c)", "1"},
+        {"not beside it", "<a xmlns='u'><b xmlns=''/><b/></a>", "count(//b)", "1"},
+        {"the element above", "<a xmlns='u'><b xmlns=''/></a>", "count(//m:a)", "1"},
+        {"given again", "<a xmlns='u'><b xmlns=''><c xmlns='u'/></b></a>", "count(//b/m:c)", "1"},
+        {"nothing to take back", "<b xmlns=''/>", "concat(count(b), namespace-uri(b))", "1"},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        std::string result;
+        ASSERT_EQ(
+            transformToText(row.source,
+                "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform' xmlns:m='u'>"
+                "<xsl:output method='text' encoding='UTF-8'/><xsl:template match='/'><xsl:value-of select='" +
+                    std::string(row.path) + "'/></xsl:template></xsl:stylesheet>",
+                result),
+            S_OK);
+        EXPECT_EQ(withPlainLines(result), row.result);
+    }
+}
+
+TEST(XmlStylesheets, AnEmptyDeclarationHidesThatOfAStylesheet)
+{
+    const Apartment apartment;
+    std::string result;
+    ASSERT_EQ(transformToText("<a/>",
+                  "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform' xmlns='u'>"
+                  "<xsl:output omit-xml-declaration='yes' encoding='UTF-8'/><xsl:template match='/'>"
+                  "<r><s xmlns=''/></r></xsl:template></xsl:stylesheet>",
+                  result),
+        S_OK);
+    EXPECT_EQ(withPlainLines(result), "<r xmlns=\"u\"><s xmlns=\"\"/></r>");
+}
+
+TEST(XmlStylesheets, AnEmptyDeclarationAboveAnElementThatIsTransformedAloneHoldsForIt)
+{
+    const Apartment apartment;
+    const Com<IXMLDOMDocument> document = documentOf("<a xmlns='u'><b xmlns=''><c/></b></a>");
+    const Com<IXMLDOMDocument> style =
+        documentOf(stylesheet("<xsl:output method='text' encoding='UTF-8'/><xsl:template match='/'>"
+                              "[<xsl:value-of select='namespace-uri(//c)'/>]</xsl:template>"));
+    const Com<IXMLDOMNode> b = comtesting::firstOf(rootOf(document.get()).get());
+    const Com<IXMLDOMNode> c = comtesting::firstOf(b.get());
+    const Com<IStream> stream = comtesting::streamOf("");
+    ASSERT_EQ(c->transformNodeToObject(style.get(), variantOf(static_cast<IUnknown *>(stream.get()))), S_OK);
+    EXPECT_EQ(withPlainLines(comtesting::bytesOf(stream.get())), "[]");
+}
+
 TEST(XmlStylesheets, AnotherSourceThanOneDocumentGivesADocumentNothing)
 {
     const Apartment apartment;

@@ -160,11 +160,15 @@ private:
         }
     }
 
+    /// @param meaning null for no namespace at all.
     /// @return false for a prefix that is not declared.
     bool find(const xmlNode * node, std::string_view prefix, xmlNode * copy, xmlNs *& meaning)
     {
         meaning = prefix == "xml" ? xmlSearchNs(m_document, copy, xmlText("xml"))
                                   : m_scopes.find(intern(node, prefix));
+        // A declaration of an empty URI takes the one above it back.
+        if (meaning != nullptr && viewOf(meaning->href).empty())
+            meaning = nullptr;
         return meaning != nullptr || prefix.empty();
     }
 
