@@ -6,13 +6,15 @@
 #include "VontalBase/platform/posix/xmltext.h"
 #include "VontalBase/platform/threads.h"
 
+#include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <condition_variable>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <fcntl.h>
 #include <libxml/globals.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
@@ -75,15 +77,41 @@ struct FreeSecurity
     }
 };
 
-/// The bytes of memory that the process holds.
-std::size_t residentMemory()
+/// The bytes of memory that the process holds; 0 where the system does not tell. Allocates nothing.
+std::size_t residentMemory() noexcept
 {
-    std::ifstream statistics("/proc/self/statm");
-    std::size_t total = 0;
-    std::size_t resident = 0;
-    statistics >> total >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const int file = gateFails("memory use") ? -1 : open("/proc/self/statm", O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return 0;
+    char text[128];
+    const ssize_t size = read(file, text, sizeof text);
+    close(file);
+    // Two numbers of pages, with a blank between them: all, and those in memory.
+    const char * const end = text + std::max<ssize_t>(size, 0);
+    const char * const blank = std::find(static_cast<const char *>(text), end, ' ');
+    std::size_t pages = 0;
+    if (blank != end)
+        std::from_chars(blank + 1, end, pages);
+    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
+
+/// Waits for the end of a thread when it goes.
+class Joined
+{
+public:
+    explicit Joined(void * handle) noexcept : m_handle(handle)
+    {
+    }
+    Joined(const Joined &) = delete;
+    Joined & operator=(const Joined &) = delete;
+    ~Joined()
+    {
+        joinThread(m_handle);
+    }
+
+private:
+    void * m_handle;
+};
 
 class Job;
 
@@ -175,7 +203,7 @@ void passMessage(void * context, const char * format, ...)
 {
     if (presentJob != nullptr)
         return;
-    char text[1024];
+    char text[8192];
     va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(text, sizeof text, format, arguments);
@@ -197,8 +225,13 @@ public:
     QuietStylesheets()
     {
         const std::lock_guard lock(quietMutex);
-        if (quietUsers++ == 0)
-            usualHandler = __atomic_exchange_n(&xsltGenericError, &passMessage, __ATOMIC_SEQ_CST);
+        if (quietUsers++ != 0)
+            return;
+        const xmlGenericErrorFunc present =
+            __atomic_exchange_n(&xsltGenericError, &passMessage, __ATOMIC_SEQ_CST);
+        // Somebody may have put back ours, which was there when they set theirs: the usual one stays then.
+        if (present != passMessage)
+            usualHandler = present;
     }
     QuietStylesheets(const QuietStylesheets &) = delete;
     QuietStylesheets & operator=(const QuietStylesheets &) = delete;
@@ -390,7 +423,7 @@ void Job::watch()
     std::unique_lock lock(m_mutex);
     while (!m_change.wait_for(lock, std::chrono::milliseconds(50), [this] { return m_isDone; }))
     {
-        if (residentMemory() > before + mostMemory)
+        if (before != 0 && residentMemory() > before + mostMemory)
             stop();
     }
 }
@@ -400,8 +433,10 @@ HRESULT Job::run()
     const StartedThread thread = startThread(enter, this, stackBytes);
     if (thread.handle == nullptr)
         return E_OUTOFMEMORY;
-    watch();
-    joinThread(thread.handle);
+    {
+        const Joined joined(thread.handle);
+        watch();
+    }
     return m_result;
 }
 
