@@ -2,6 +2,7 @@
 
 #include "VontalBase/platform/posix/xmldocument.h"
 
+#include <memory>
 #include <new>
 
 namespace platform
@@ -92,15 +93,18 @@ HRESULT giveNewNode(xmlNode * node, IXMLDOMNode ** object) noexcept
     *object = nullptr;
     if (node == nullptr)
         return E_OUTOFMEMORY;
-    Fragment * const fragment = new (std::nothrow) Fragment;
-    if (fragment != nullptr)
+    std::unique_ptr<Fragment> fragment(new (std::nothrow) Fragment);
+    if (fragment)
     {
         fragment->tree = &Tree::of(node);
         fragment->root = node;
-        if (giveNode(node, fragment, object) == S_OK)
+        if (giveNode(node, fragment.get(), object) == S_OK)
+        {
+            static_cast<void>(fragment.release());
+            // It ends with its objects. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
             return S_OK;
+        }
     }
-    delete fragment;
     freeNode(node);
     return E_OUTOFMEMORY;
 }

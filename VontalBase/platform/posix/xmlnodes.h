@@ -140,14 +140,15 @@ public:
         fragment = ownFragment;
         own->_private = static_cast<NodeData *>(this);
         ++ownFragment->objects;
+        ++ownFragment->pointers;
         ownFragment->tree->addReference();
     }
     NodeObject(const NodeObject &) = delete;
     NodeObject & operator=(const NodeObject &) = delete;
 
-    [[nodiscard]] NodePlace place() const noexcept
+    [[nodiscard]] NodePlace place() noexcept
     {
-        return *this;
+        return placeNow(*this);
     }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
@@ -156,7 +157,7 @@ public:
             return E_POINTER;
         if (iid == nodePlaceId)
         {
-            *object = static_cast<NodePlace *>(this);
+            *object = &placeNow(*this);
             return S_OK;
         }
         if (iid == idOf<Interface>() || iid == idOf<IXMLDOMNode>() || iid == idOf<IUnknown>() ||
@@ -188,7 +189,7 @@ private:
     void end() noexcept
     {
         static_assert(sizeof(Derived) <= Tree::objectSize);
-        Fragment * const left = fragment;
+        Fragment * const left = placeNow(*this).fragment;
         Tree * const tree = left->tree;
         node->_private = nullptr;
         Derived * const self = static_cast<Derived *>(this);

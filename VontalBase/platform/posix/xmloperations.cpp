@@ -104,11 +104,17 @@ HRESULT checkInsertion(const xmlNode * parent, const xmlNode * node, const xmlNo
 /// Moves a node, whose object there is, to its new place.
 HRESULT moveTo(const NodePlace & place, xmlNode * node, xmlNode * before) noexcept
 {
+    NodeData & data = *static_cast<NodeData *>(node->_private);
+    if (node->parent != nullptr && placeNow(data).fragment == place.fragment)
+    {
+        unlink(node);
+        link(place.node, node, before);
+        return S_OK;
+    }
     if (node->parent != nullptr && !detach(node))
         return E_OUTOFMEMORY;
-    Fragment * const own = static_cast<NodeData *>(node->_private)->fragment;
     link(place.node, node, before);
-    mergeFragment(own, *place.fragment);
+    mergeFragment(placeNow(data).fragment, *place.fragment);
     return S_OK;
 }
 

@@ -12,6 +12,7 @@
 #include <libxml/dict.h>
 #include <libxml/parserInternals.h>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace platform
@@ -77,11 +78,20 @@ void forEachObject(xmlNode * top, Function function) noexcept
     }
 }
 
-std::size_t countObjects(xmlNode * top) noexcept
+bool hasObjects(xmlNode * top) noexcept
 {
-    std::size_t count = 0;
-    forEachObject(top, [&count](NodeData &) { ++count; });
-    return count;
+    bool has = false;
+    forEachObject(top, [&has](NodeData &) { has = true; });
+    return has;
+}
+
+/// Ends a fragment other than the document in which no node has an object any more.
+void endIfUnused(Fragment * fragment) noexcept
+{
+    if (fragment->objects != 0 || fragment->root == nullptr)
+        return;
+    freeNode(fragment->root);
+    delete fragment;
 }
 
 } // namespace
@@ -307,8 +317,8 @@ bool setContent(xmlNode * node, std::string_view text) noexcept
         return true;
     }
     // Short texts lie within their node, where libxml2 looks for them as well.
-    constexpr std::size_t room = sizeof(node->properties) + sizeof(node->nsDef);
-    static_assert(offsetof(xmlNode, nsDef) == offsetof(xmlNode, properties) + sizeof(node->properties));
+    constexpr std::size_t room = 2 * sizeof(void *);
+    static_assert(offsetof(xmlNode, nsDef) == offsetof(xmlNode, properties) + sizeof(void *));
     xmlChar * const old = node->content;
     if (node->type == XML_TEXT_NODE && text.size() < room)
     {
@@ -468,8 +478,7 @@ xmlNode * copyNode(const xmlNode * top, Tree & tree, bool isDeep) noexcept
 
 bool detach(xmlNode * node) noexcept
 {
-    const std::size_t count = countObjects(node);
-    if (count == 0)
+    if (!hasObjects(node))
     {
         unlink(node);
         freeNode(node);
@@ -477,44 +486,81 @@ bool detach(xmlNode * node) noexcept
     }
     if (gateFails("xml fragment"))
         return false;
-    Fragment * const fragment = new (std::nothrow) Fragment;
-    if (fragment == nullptr)
+    std::unique_ptr<Fragment> fragment(new (std::nothrow) Fragment);
+    if (!fragment)
         return false;
-    Fragment * old = nullptr;
     fragment->tree = &Tree::of(node);
     fragment->root = node;
-    fragment->objects = count;
+    Fragment * old = nullptr;
     forEachObject(node,
-        [&](NodeData & data)
+        [&fragment, &old](NodeData & data)
         {
-            old = data.fragment;
-            data.fragment = fragment;
+            old = placeNow(data).fragment;
+            --old->objects;
+            --old->pointers;
+            data.fragment = fragment.get();
+            ++fragment->objects;
+            ++fragment->pointers;
         });
-    old->objects -= count;
+    static_cast<void>(fragment.release());
+    // It ends with its objects. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
     unlink(node);
+    // Where nothing else of it is referenced, it has lived for what has just been taken out.
+    if (old != nullptr)
+        endIfUnused(old);
     return true;
+}
+
+void settle(NodeData & data) noexcept
+{
+    Fragment * const passed = data.fragment;
+    Fragment * top = passed;
+    while (top->into != nullptr)
+        top = top->into;
+    data.fragment = top;
+    ++top->pointers;
+    --passed->pointers;
+    // Whatever was passed on the way points to the end of it now, or ends where nothing points to it.
+    for (Fragment * fragment = passed; fragment != top;)
+    {
+        Fragment * const next = fragment->into;
+        --next->pointers;
+        fragment->into = top;
+        ++top->pointers;
+        if (fragment->pointers == 0)
+        {
+            --top->pointers;
+            delete fragment;
+        }
+        fragment = next;
+    }
 }
 
 void mergeFragment(Fragment * fragment, Fragment & into) noexcept
 {
+    into.objects += fragment->objects;
+    ++into.pointers;
     NodeData * const own = dataOf(fragment->root);
     // Most often a new node comes in, of which nothing but itself has an object.
     if (fragment->objects == 1 && own != nullptr)
+    {
+        settle(*own);
         own->fragment = &into;
+        delete fragment;
+    }
     else
-        forEachObject(fragment->root, [&into](NodeData & data) { data.fragment = &into; });
-    into.objects += fragment->objects;
-    delete fragment;
+    {
+        fragment->root = nullptr;
+        fragment->into = &into;
+    }
 }
 
 void leaveFragment(Fragment * fragment) noexcept
 {
     Tree & tree = *fragment->tree;
-    if (--fragment->objects == 0 && fragment->root != nullptr)
-    {
-        freeNode(fragment->root);
-        delete fragment;
-    }
+    --fragment->pointers;
+    --fragment->objects;
+    endIfUnused(fragment);
     tree.release();
 }
 

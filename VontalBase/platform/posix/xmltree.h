@@ -9,6 +9,10 @@
 /// Every node object belongs to a fragment: the document, or a node that is not inserted anywhere with all
 /// below it. The document lives as long as the tree, another fragment as long as it has objects, the tree as
 /// long as it has objects or a document object.
+///
+/// A fragment that is inserted becomes a part of another one. That takes the same time however large it is:
+/// its objects go on pointing to it, and learn of the other one when they are used next. Taking a node out
+/// into a fragment of its own takes a walk through all that is below it.
 #pragma once
 
 #include "VontalBase/platform/com.h"
@@ -32,6 +36,11 @@ struct Fragment
     xmlNode * root = nullptr;
     /// How many of the nodes have an object.
     std::size_t objects = 0;
+    /// The fragment that it is a part of now; null for one that stands for itself. One that is a part ends
+    /// when nothing points to it any more.
+    Fragment * into = nullptr;
+    /// How many objects, and fragments that are a part of this one, point here.
+    std::size_t pointers = 0;
 };
 
 /// A node, and where it lives.
@@ -46,6 +55,17 @@ struct NodeData : NodePlace
 {
     std::uint32_t references = 1;
 };
+
+/// Makes the object of a node point to the fragment that stands for itself.
+void settle(NodeData & data) noexcept;
+
+/// Where a node lives at present.
+inline NodePlace & placeNow(NodeData & data) noexcept
+{
+    if (data.fragment->into != nullptr)
+        settle(data);
+    return data;
+}
 
 class Tree
 {
@@ -168,15 +188,17 @@ xmlNode * nextInWalk(xmlNode * node, const xmlNode * top) noexcept;
 const xmlChar * findNamespace(const xmlNode * node, std::string_view prefix) noexcept;
 
 /// Copies a node, with all below it if `isDeep`, into a tree. The copy is not inserted anywhere.
-xmlNode * copyNode(const xmlNode * node, Tree & tree, bool isDeep) noexcept;
+xmlNode * copyNode(const xmlNode * top, Tree & tree, bool isDeep) noexcept;
 
 /// Takes a node out into a fragment of its own, whose objects are then counted there; frees it where neither
 /// it nor what is below it has an object.
 /// @return false, with nothing changed, where memory is short.
 bool detach(xmlNode * node) noexcept;
-/// Tells the objects of a fragment that its root is a part of another one now, and ends the fragment.
+/// Makes a fragment, the root of which has just been inserted there, a part of another one. Both are ones
+/// that stand for themselves. The first may have ended afterwards.
 void mergeFragment(Fragment * fragment, Fragment & into) noexcept;
-/// An object is gone: frees its fragment if it was the last one there, and its share of the tree.
+/// An object is gone: frees its fragment, which is one that stands for itself, if it was the last one there,
+/// and its share of the tree.
 void leaveFragment(Fragment * fragment) noexcept;
 
 } // namespace platform
