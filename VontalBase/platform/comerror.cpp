@@ -16,7 +16,7 @@ constexpr std::uint32_t lastOfDispatch = 0x8004FFFF;
 
 std::wstring withNumber(std::wstring_view text, std::uint32_t number, int base)
 {
-    char digits[16];
+    char digits[16] = {};
     const auto end = std::to_chars(digits, digits + sizeof digits, number, base).ptr;
     std::wstring whole(text);
     for (const char * digit = digits; digit != end; ++digit)

@@ -10,6 +10,9 @@
 #include "VontalBase/export.h"
 #include "VontalBase/platform/cominterfaces.h"
 
+// The names are those of COM.
+// NOLINTBEGIN(readability-identifier-naming, bugprone-reserved-identifier)
+
 // ---------------------------------------------------------------------------------------------------
 // Strings
 
@@ -166,5 +169,7 @@ private:
 
 /// Throws a `_com_error`.
 [[noreturn]] VONTALBASE_API void _com_issue_error(HRESULT result);
+
+// NOLINTEND(readability-identifier-naming, bugprone-reserved-identifier)
 
 #endif

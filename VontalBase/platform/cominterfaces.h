@@ -10,6 +10,9 @@
 
 #include "VontalBase/platform/comtypes.h"
 
+// The names are those of COM.
+// NOLINTBEGIN(readability-identifier-naming)
+
 /// The root of all interfaces.
 struct IUnknown
 {
@@ -190,5 +193,7 @@ struct ISupportErrorInfo : IUnknown
     /// S_OK where the operations of this interface do so, otherwise S_FALSE.
     virtual HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) = 0;
 };
+
+// NOLINTEND(readability-identifier-naming)
 
 #endif

@@ -15,6 +15,9 @@
 #include <cstdint>
 #include <cstring>
 
+// The names are those of COM.
+// NOLINTBEGIN(readability-identifier-naming)
+
 // ---------------------------------------------------------------------------------------------------
 // Numbers and strings
 
@@ -311,5 +314,7 @@ using LPVARIANTARG = tagVARIANT *; ///< A pointer to one.
 
 inline constexpr USHORT VARIANT_NOVALUEPROP = 0x01; ///< For `VariantChangeType`: objects are not asked.
 inline constexpr USHORT VARIANT_ALPHABOOL = 0x02;   ///< For `VariantChangeType`: "True" rather than "-1".
+
+// NOLINTEND(readability-identifier-naming)
 
 #endif

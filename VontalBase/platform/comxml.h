@@ -17,6 +17,9 @@
 
 #include "VontalBase/platform/cominterfaces.h"
 
+// The names are those of COM.
+// NOLINTBEGIN(readability-identifier-naming)
+
 /// The kinds of nodes.
 enum tagDOMNodeType
 {
@@ -368,5 +371,7 @@ struct ISAXXMLReader : IUnknown
     /// @return E_NOTIMPL for every other document, and without a writer.
     virtual HRESULT STDMETHODCALLTYPE parse(VARIANT source) = 0;
 };
+
+// NOLINTEND(readability-identifier-naming)
 
 #endif

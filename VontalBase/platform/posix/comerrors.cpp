@@ -102,7 +102,7 @@ private:
 
     static HRESULT store(const OLECHAR * text, BSTR & place) noexcept
     {
-        BSTR const copy = SysAllocString(text);
+        OLECHAR * const copy = SysAllocString(text);
         if (text != nullptr && copy == nullptr)
             return E_OUTOFMEMORY;
         SysFreeString(place);

@@ -34,7 +34,7 @@ BSTR SysAllocStringLen(const OLECHAR * units, UINT length)
     if (memory == nullptr)
         return nullptr;
     StringHead * const head = new (memory) StringHead{length};
-    BSTR const string = reinterpret_cast<BSTR>(head + 1);
+    OLECHAR * const string = reinterpret_cast<OLECHAR *>(head + 1);
     if (units != nullptr)
         std::copy_n(units, length, string);
     string[length] = 0;

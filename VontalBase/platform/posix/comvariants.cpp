@@ -296,7 +296,8 @@ HRESULT convertToWhole(const Value & value, Number & number)
         const double rounded = std::nearbyint(value.real);
         // The upper limit plus one is a power of two, which a double holds exactly.
         const double above = std::ldexp(1.0, Limits::digits);
-        if (!(rounded >= static_cast<double>(Limits::min()) && rounded < above))
+        const bool fits = rounded >= static_cast<double>(Limits::min()) && rounded < above;
+        if (!fits)
             return DISP_E_OVERFLOW;
         number = static_cast<Number>(rounded);
         return S_OK;

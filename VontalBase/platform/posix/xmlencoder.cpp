@@ -39,7 +39,7 @@ bool XmlEncoder::open(const std::string & name)
         known == "UTF-16" || known == "UTF-16LE" || known == "ISO-10646-UCS-2" || known == "UCS-2";
     const bool isWideBackwards = known == "UTF-16BE";
     const char * const used = isWide ? "UTF-16LE" : isWideBackwards ? "UTF-16BE" : name.c_str();
-    const iconv_t converter = iconv_open(used, "UTF-8");
+    iconv_t converter = iconv_open(used, "UTF-8");
     if (converter == reinterpret_cast<iconv_t>(-1))
         return false;
     m_converter = converter;

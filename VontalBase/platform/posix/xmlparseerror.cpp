@@ -111,6 +111,7 @@ HRESULT makeParseError(const XmlFault & fault, IXMLDOMParseError ** error) noexc
     return withoutThrowing(
         [&]
         {
+            // withoutThrowing catches it. NOLINTNEXTLINE(bugprone-unhandled-exception-at-new)
             *error = new ParseError(fault);
             return S_OK;
         });

@@ -363,7 +363,7 @@ void Builder::flushText()
         append(m_tree->makeText(XML_TEXT_NODE, m_text));
     m_text.clear();
     // A single long text is not to hold its room until the end.
-    if (m_text.capacity() > 1024 * 1024)
+    if (m_text.capacity() > std::size_t{1024} * 1024)
         m_text.shrink_to_fit();
 }
 

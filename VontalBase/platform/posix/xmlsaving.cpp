@@ -53,7 +53,7 @@ HRESULT saveToStream(const Tree & tree, ISequentialStream & stream)
 
 HRESULT writeToStream(ISequentialStream & stream, std::string_view bytes) noexcept
 {
-    constexpr std::size_t most = 16 * 1024 * 1024;
+    constexpr std::size_t most = std::size_t{16} * 1024 * 1024;
     while (!bytes.empty())
     {
         const ULONG size = static_cast<ULONG>(std::min(bytes.size(), most));

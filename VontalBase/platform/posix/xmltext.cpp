@@ -19,6 +19,11 @@ bool isTail(char c) noexcept
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
+std::uint32_t unitAt(const OLECHAR * string, std::size_t index) noexcept
+{
+    return static_cast<char32_t>(string[index]);
+}
+
 /// The units of a text.
 std::size_t countUnits(std::string_view text) noexcept
 {
@@ -148,7 +153,7 @@ HRESULT giveString(std::string_view text, BSTR * string) noexcept
     const std::size_t units = countUnits(text);
     if (units > std::numeric_limits<UINT>::max())
         return E_OUTOFMEMORY;
-    BSTR const made = SysAllocStringLen(nullptr, static_cast<UINT>(units));
+    OLECHAR * const made = SysAllocStringLen(nullptr, static_cast<UINT>(units));
     if (made == nullptr)
         return E_OUTOFMEMORY;
     writeUnits(text, made, units);
@@ -174,12 +179,12 @@ Bytes::Bytes(BSTR string) noexcept
     char * to = m_bytes;
     for (std::size_t i = 0; i < length; ++i)
     {
-        std::uint32_t unit = static_cast<std::uint32_t>(string[i]);
+        std::uint32_t unit = unitAt(string, i);
         if (unit == 0)
             m_result = E_INVALIDARG;
-        if (isHigh(unit) && i + 1 < length && isLow(static_cast<std::uint32_t>(string[i + 1])))
+        if (isHigh(unit) && i + 1 < length && isLow(unitAt(string, i + 1)))
         {
-            const std::uint32_t low = static_cast<std::uint32_t>(string[i + 1]);
+            const std::uint32_t low = unitAt(string, i + 1);
             unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
             ++i;
         }

@@ -190,7 +190,8 @@ void enableNodeCalls()
         });
 }
 
-void ignoreMessage(void *, const char *, ...)
+// libxslt calls both so.
+void ignoreMessage(void *, const char *, ...) // NOLINT(cert-dcl50-cpp)
 {
 }
 
@@ -199,7 +200,7 @@ unsigned int quietUsers = 0;
 xmlGenericErrorFunc usualHandler = nullptr;
 
 /// Takes the messages of stylesheets that are not ours to the handler that somebody else has set.
-void passMessage(void * context, const char * format, ...)
+void passMessage(void * context, const char * format, ...) // NOLINT(cert-dcl50-cpp)
 {
     if (presentJob != nullptr)
         return;
