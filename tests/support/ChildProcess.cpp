@@ -286,11 +286,11 @@ ChildResult run(
     posix_spawn_file_actions_adddup2(&actions, outWrite.get(), 1);
     posix_spawn_file_actions_adddup2(&actions, errWrite.get(), 2);
     pid_t child = -1;
-    const int error = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
+    const int error = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0)
     {
-        result.standardError = std::string("posix_spawn: ") + std::strerror(error);
+        result.standardError = std::string(program + ": ") + std::strerror(error);
         return result;
     }
     result.started = true;
@@ -369,6 +369,12 @@ ChildResult runChildFrom(const std::string & program, const std::string & name,
     const std::vector<std::string> & arguments, std::chrono::milliseconds limit)
 {
     return run(fromUtf8(program), wordsOf(name, arguments), limit);
+}
+
+ChildResult runProgram(
+    const std::string & program, const std::vector<std::string> & arguments, std::chrono::milliseconds limit)
+{
+    return run(fromUtf8(program), arguments, limit);
 }
 
 bool runAsChild(int argc, char ** argv, int & exitCode)

@@ -55,6 +55,13 @@ ChildResult runChild(const std::string & name, const std::vector<std::string> & 
 ChildResult runChildFrom(const std::string & program, const std::string & name,
     const std::vector<std::string> & arguments = {}, std::chrono::milliseconds limit = usualChildLimit);
 
+/// Runs another program, in the same way.
+///
+/// @param program its path in UTF-8. On Linux a name without a slash is looked for along the path of
+/// programs.
+ChildResult runProgram(const std::string & program, const std::vector<std::string> & arguments,
+    std::chrono::milliseconds limit = usualChildLimit);
+
 /// How something else than `runChild` starts a registered function: the two halves of a command line, which
 /// need a blank between them.
 struct ChildCommand
