@@ -139,12 +139,22 @@ TEST(XmlServiceTorture, ADocumentIsFormattedOrFails)
         });
 }
 
-TEST(XmlServiceTorture, AStylesheetIsAppliedOrFails)
+const wchar_t * const sheet =
+    L"<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'><xsl:output "
+    L"omit-xml-declaration='yes' encoding='UTF-8'/><xsl:template match='/'><r><xsl:copy-of "
+    L"select='a/c'/></r></xsl:template></xsl:stylesheet>";
+
+/// The thread that a stylesheet is applied on has faults as well.
+const testsupport::TortureOptions onAllThreads = []
 {
-    const wchar_t * const sheet =
-        L"<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'><xsl:template "
-        L"match='/'><r><xsl:copy-of select='a'/></r></xsl:template></xsl:stylesheet>";
-    torture(
+    testsupport::TortureOptions options;
+    options.threads = testsupport::AllocatingThreads::All;
+    return options;
+}();
+
+TEST(XmlServiceTorture, AStylesheetIsAppliedToADocumentOrFailsAndLeavesItAsItWas)
+{
+    const TortureReport report = torture(
         [&](const Fault & fault)
         {
             const Apartment apartment;
@@ -164,7 +174,46 @@ TEST(XmlServiceTorture, AStylesheetIsAppliedOrFails)
             {
                 EXPECT_EQ(name.utf8(), code >= 0 ? "r" : "old");
             }
-        });
+        },
+        onAllThreads);
+    EXPECT_GT(report.faultyRuns, 10U);
+}
+
+TEST(XmlServiceTorture, AStylesheetIsAppliedToAStreamOrFails)
+{
+    const TortureReport report = torture(
+        [&](const Fault & fault)
+        {
+            const Apartment apartment;
+            const Com<IXMLDOMDocument> document = tryLoading(source, fault);
+            const Com<IXMLDOMDocument> style = tryLoading(sheet, fault);
+            Com<IStream> stream;
+            expectExplained(CreateStreamOnHGlobal(nullptr, TRUE, stream.receive()), fault);
+            if (!document || !style || !stream)
+                return;
+            const HRESULT code = document->transformNodeToObject(
+                style.get(), variantOf(static_cast<IUnknown *>(stream.get())));
+            expectExplained(code, fault);
+            char bytes[64] = {};
+            ULONG read = 0;
+            LARGE_INTEGER start;
+            start.QuadPart = 0;
+            if (stream->Seek(start, STREAM_SEEK_SET, nullptr) < 0 ||
+                stream->Read(bytes, sizeof bytes, &read) < 0)
+                return;
+            const std::string text(bytes, read);
+            if (code >= 0)
+            {
+                EXPECT_EQ(
+                    comtesting::withPlainLines(text), "<r><c xmlns:p=\"a name that is not short\"/></r>");
+            }
+            else
+            {
+                EXPECT_EQ(text, "");
+            }
+        },
+        onAllThreads);
+    EXPECT_GT(report.faultyRuns, 10U);
 }
 
 } // namespace
