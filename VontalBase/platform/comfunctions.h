@@ -84,14 +84,17 @@ inline constexpr DWORD CLSCTX_ALL = 23; ///< Wherever it can be made.
 /// @return S_OK for the first call on a thread, S_FALSE for each further one, which counts as well.
 VONTALBASE_API HRESULT CoInitialize(LPVOID reserved);
 /// The same.
+/// @param reserved null.
 /// @param flags any of `COINIT`.
 VONTALBASE_API HRESULT CoInitializeEx(LPVOID reserved, DWORD flags);
 /// Undoes one successful `CoInitialize` of the calling thread. Objects stay usable.
 VONTALBASE_API void CoUninitialize();
 /// Makes an object of one of the library's classes, see `platform::domDocumentClass` and its neighbours.
+/// @param classId the class.
 /// @param outer null.
 /// @param context any of `CLSCTX`.
-/// @param object the interface, null on failure.
+/// @param iid which of its interfaces is wanted.
+/// @param object the interface, with a reference for the caller; null on failure.
 /// @return CO_E_NOTINITIALIZED on a thread without `CoInitialize`, REGDB_E_CLASSNOTREG for another class,
 ///     E_NOINTERFACE, CLASS_E_NOAGGREGATION, E_OUTOFMEMORY.
 VONTALBASE_API HRESULT CoCreateInstance(
@@ -103,6 +106,8 @@ VONTALBASE_API HRESULT CoCreateInstance(
 /// Makes a stream over a block of memory.
 /// @param block the block, or null for a new one.
 /// @param freeWithStream whether the stream frees the block in the end.
+/// @param stream the stream at its start, with a reference for the caller; null on failure.
+/// @return E_INVALIDARG for a null `stream`, E_OUTOFMEMORY.
 VONTALBASE_API HRESULT CreateStreamOnHGlobal(HGLOBAL block, BOOL freeWithStream, LPSTREAM * stream);
 /// The block behind such a stream, which stays the stream's. It may be larger than the stream is long.
 /// @return E_INVALIDARG for a stream of another kind.
@@ -117,14 +122,17 @@ VONTALBASE_API void VariantInit(VARIANTARG * variant);
 /// @return DISP_E_BADVARTYPE for a type that is none; nothing happens then.
 VONTALBASE_API HRESULT VariantClear(VARIANTARG * variant);
 /// Clears the target and copies the source into it: a string is copied, an interface gets a reference, a
-/// reference stays one.
+/// reference stays one. Both may be the same variant.
+/// @return DISP_E_BADVARTYPE for a type that is none, E_OUTOFMEMORY.
 VONTALBASE_API HRESULT VariantCopy(VARIANTARG * target, const VARIANTARG * source);
 /// Turns a value into one of another type: text, numbers and truth values into each other. A reference is
-/// followed. Both may be the same variant.
+/// followed.
+/// @param target where the new value goes; it may be the same variant.
+/// @param source the value.
 /// @param flags `VARIANT_ALPHABOOL` or 0.
+/// @param type one of `VARENUM`.
 /// @return DISP_E_TYPEMISMATCH where that has no meaning, DISP_E_OVERFLOW where a number is too great,
-/// E_OUTOFMEMORY;
-///     the target stays as it was.
+///     E_OUTOFMEMORY; the target stays as it was.
 VONTALBASE_API HRESULT VariantChangeType(
     VARIANTARG * target, const VARIANTARG * source, USHORT flags, VARTYPE type);
 
@@ -133,11 +141,13 @@ VONTALBASE_API HRESULT VariantChangeType(
 
 /// Takes what the last failed call has left on this thread.
 /// @param reserved 0.
+/// @param info the record, with a reference for the caller.
 /// @return S_FALSE, with null in `info`, where there is nothing.
 VONTALBASE_API HRESULT GetErrorInfo(ULONG reserved, IErrorInfo ** info);
 /// Leaves it on this thread for `GetErrorInfo`, in place of what was there; null leaves nothing.
 VONTALBASE_API HRESULT SetErrorInfo(ULONG reserved, IErrorInfo * info);
 /// Makes an object that is filled in, and then asked for `IErrorInfo`.
+/// @return E_OUTOFMEMORY, E_INVALIDARG for null.
 VONTALBASE_API HRESULT CreateErrorInfo(ICreateErrorInfo ** info);
 
 /// A result code that is thrown.
@@ -152,6 +162,7 @@ public:
     _com_error(const _com_error & other) noexcept;
     /// Copies share the words.
     _com_error & operator=(const _com_error & other) noexcept;
+    /// Gives the words back.
     virtual ~_com_error() noexcept;
 
     /// The code.

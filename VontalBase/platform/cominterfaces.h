@@ -30,10 +30,14 @@ using LPUNKNOWN = IUnknown *; ///< A pointer to one.
 /// What can be read or written from front to back.
 struct ISequentialStream : IUnknown
 {
-    /// Reads up to `size` bytes. Fewer come at the end of the stream, which is no failure.
+    /// Reads. Fewer bytes than wanted come at the end of the stream, which is no failure.
+    /// @param buffer where they go.
+    /// @param size how many at the most.
     /// @param read how many came; may be null.
     virtual HRESULT STDMETHODCALLTYPE Read(void * buffer, ULONG size, ULONG * read) = 0;
-    /// Writes `size` bytes.
+    /// Writes.
+    /// @param buffer the bytes.
+    /// @param size how many.
     /// @param written how many were taken; may be null.
     virtual HRESULT STDMETHODCALLTYPE Write(const void * buffer, ULONG size, ULONG * written) = 0;
 };
@@ -86,13 +90,16 @@ using STATSTG = tagSTATSTG; ///< What a stream tells of itself.
 /// A stream of bytes with a position.
 struct IStream : ISequentialStream
 {
-    /// Moves the position by `move`, which may lie behind the end but not before the start.
+    /// Moves the position, which may lie behind the end but not before the start.
+    /// @param move by how many bytes.
     /// @param origin one of `STREAM_SEEK`.
     /// @param position the new position; may be null.
     virtual HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER * position) = 0;
     /// Cuts the stream or lengthens it.
     virtual HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) = 0;
-    /// Copies up to `size` bytes from the position on into another stream.
+    /// Copies bytes from the position on into another stream.
+    /// @param target the other one.
+    /// @param size how many at the most.
     /// @param read, written how many; may be null.
     virtual HRESULT STDMETHODCALLTYPE CopyTo(
         IStream * target, ULARGE_INTEGER size, ULARGE_INTEGER * read, ULARGE_INTEGER * written) = 0;
@@ -106,6 +113,7 @@ struct IStream : ISequentialStream
     virtual HRESULT STDMETHODCALLTYPE UnlockRegion(
         ULARGE_INTEGER offset, ULARGE_INTEGER size, DWORD type) = 0;
     /// Tells of the stream.
+    /// @param state what is told.
     /// @param flags one of `STATFLAG`.
     virtual HRESULT STDMETHODCALLTYPE Stat(STATSTG * state, DWORD flags) = 0;
     /// Makes another stream over the same bytes, with a position of its own that begins at the present one.

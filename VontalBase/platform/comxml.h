@@ -69,22 +69,29 @@ struct IXMLDOMNode : IDispatch
     virtual HRESULT STDMETHODCALLTYPE get_nextSibling(IXMLDOMNode ** sibling) = 0;
     /// The attributes of an element; none for other kinds. The map follows later changes.
     virtual HRESULT STDMETHODCALLTYPE get_attributes(IXMLDOMNamedNodeMap ** attributes) = 0;
-    /// Puts a node in front of a child, or behind the last one where the child is VT_EMPTY, VT_NULL or a null
-    /// VT_DISPATCH. A node that has a parent is taken from there.
+    /// Puts a node in front of a child. A node that has a parent is taken from there.
+    /// @param node an element, text, comment, CDATA section or processing instruction.
+    /// @param child VT_DISPATCH or VT_UNKNOWN: the child. VT_EMPTY, VT_NULL or null: behind the last one.
     /// @param inserted the node again; may be null.
-    /// @return E_FAIL, with nothing changed, for a node of another document, one above or equal to this one,
-    /// one
-    ///     that cannot be a child here, a second document element.
+    /// @return E_FAIL for a node of another document, one above or equal to this one, one that cannot be
+    ///     a child here, a second document element; E_OUTOFMEMORY. Nothing is changed then.
     virtual HRESULT STDMETHODCALLTYPE insertBefore(
         IXMLDOMNode * node, VARIANT child, IXMLDOMNode ** inserted) = 0;
     /// Puts a node in the place of a child, by the rules of `insertBefore`.
+    /// @param node the new node, which may be one from within the child; null takes the child out alone.
+    /// @param child the old one. It lives on as long as it, or a node of it, is referenced.
     /// @param replaced the old child again; may be null.
+    /// @return E_INVALIDARG, with nothing changed, where `child` is no child of this node, otherwise as
+    ///     `insertBefore`.
     virtual HRESULT STDMETHODCALLTYPE replaceChild(
         IXMLDOMNode * node, IXMLDOMNode * child, IXMLDOMNode ** replaced) = 0;
-    /// Takes a child out. It lives on as long as it, or a node of it, is referenced.
+    /// Takes a child out.
+    /// @param child the child. It lives on as long as it, or a node of it, is referenced.
     /// @param removed the child again; may be null.
+    /// @return E_INVALIDARG, with nothing changed, where it is no child of this node.
     virtual HRESULT STDMETHODCALLTYPE removeChild(IXMLDOMNode * child, IXMLDOMNode ** removed) = 0;
     /// Puts a node behind the last child, by the rules of `insertBefore`. Texts side by side stay two.
+    /// @param node the node.
     /// @param appended the node again; may be null.
     virtual HRESULT STDMETHODCALLTYPE appendChild(IXMLDOMNode * node, IXMLDOMNode ** appended) = 0;
     /// VARIANT_TRUE with S_OK, or VARIANT_FALSE with S_FALSE.
@@ -93,6 +100,7 @@ struct IXMLDOMNode : IDispatch
     virtual HRESULT STDMETHODCALLTYPE get_ownerDocument(IXMLDOMDocument ** document) = 0;
     /// A copy that is not inserted anywhere, with its attributes.
     /// @param deep whether with all that is below it.
+    /// @param clone the copy.
     virtual HRESULT STDMETHODCALLTYPE cloneNode(VARIANT_BOOL deep, IXMLDOMNode ** clone) = 0;
     /// All text within the node; of a comment or processing instruction its own.
     virtual HRESULT STDMETHODCALLTYPE get_text(BSTR * text) = 0;
@@ -110,11 +118,10 @@ struct IXMLDOMNode : IDispatch
     /// Applies a stylesheet to the document. Neither reaches a file or an address.
     /// @param stylesheet its document.
     /// @param target VT_DISPATCH or VT_UNKNOWN: a document, which takes the result as its new content, or a
-    /// stream,
-    ///     to which it is written as the stylesheet's `xsl:output` says.
-    /// @return E_FAIL where the stylesheet is none, ends with an error, or does not end within its limits; a
-    /// document
-    ///     then stays as it was.
+    ///     stream, to which it is written as the stylesheet's `xsl:output` says.
+    /// @return E_FAIL where the stylesheet is none, ends with an error, or does not end within its limits,
+    ///     and where a document would get more or less than one element; E_INVALIDARG for another target. A
+    ///     document then stays as it was, and a stream gets nothing.
     virtual HRESULT STDMETHODCALLTYPE transformNodeToObject(IXMLDOMNode * stylesheet, VARIANT target) = 0;
 };
 
@@ -137,10 +144,15 @@ struct IXMLDOMNamedNodeMap : IDispatch
     /// The attribute of a name.
     virtual HRESULT STDMETHODCALLTYPE getNamedItem(BSTR name, IXMLDOMNode ** item) = 0;
     /// Enters an attribute in the place of one of the same name, if there is one.
+    /// @param item an attribute without an element.
     /// @param entered the attribute again; may be null.
+    /// @return E_INVALIDARG for what is no attribute, E_FAIL for one of another element or document; nothing
+    ///     is changed then.
     virtual HRESULT STDMETHODCALLTYPE setNamedItem(IXMLDOMNode * item, IXMLDOMNode ** entered) = 0;
     /// Takes an attribute out.
-    /// @param item the attribute; may be null.
+    /// @param name its name.
+    /// @param item the attribute, which may be entered elsewhere; may be null.
+    /// @return S_FALSE where there is none of the name.
     virtual HRESULT STDMETHODCALLTYPE removeNamedItem(BSTR name, IXMLDOMNode ** item) = 0;
     /// The attribute at an index from 0.
     virtual HRESULT STDMETHODCALLTYPE get_item(LONG index, IXMLDOMNode ** item) = 0;
@@ -171,17 +183,25 @@ struct IXMLDOMElement : IXMLDOMNode
     /// The value of an attribute, VT_BSTR; VT_NULL with S_FALSE where there is none of the name.
     virtual HRESULT STDMETHODCALLTYPE getAttribute(BSTR name, VARIANT * value) = 0;
     /// Sets an attribute, which is made where there is none of the name. What is not text is turned into it.
+    /// @return E_FAIL for what is no name, DISP_E_TYPEMISMATCH for a value that cannot be text; nothing is
+    ///     changed then.
     virtual HRESULT STDMETHODCALLTYPE setAttribute(BSTR name, VARIANT value) = 0;
     /// Removes an attribute; S_FALSE where there is none of the name.
     virtual HRESULT STDMETHODCALLTYPE removeAttribute(BSTR name) = 0;
     /// The attribute of a name.
     virtual HRESULT STDMETHODCALLTYPE getAttributeNode(BSTR name, IXMLDOMAttribute ** attribute) = 0;
-    /// Enters an attribute.
-    /// @param replaced that of the same name until now; may be null.
+    /// Enters an attribute in the place of one of the same name, if there is one.
+    /// @param attribute one without an element.
+    /// @param replaced that of the same name until now, which lives on as long as it is referenced. It may
+    ///     be null.
+    /// @return E_INVALIDARG for null, E_FAIL for one of another element or document; nothing is changed then.
     virtual HRESULT STDMETHODCALLTYPE setAttributeNode(
         IXMLDOMAttribute * attribute, IXMLDOMAttribute ** replaced) = 0;
     /// Takes an attribute out.
+    /// @param attribute one of this element. It lives on as long as it is referenced, and may be entered
+    ///     elsewhere.
     /// @param removed the attribute again; may be null.
+    /// @return E_INVALIDARG, with nothing changed, for one that is not this element's.
     virtual HRESULT STDMETHODCALLTYPE removeAttributeNode(
         IXMLDOMAttribute * attribute, IXMLDOMAttribute ** removed) = 0;
 };
@@ -247,29 +267,29 @@ struct IXMLDOMDocument : IXMLDOMNode
 {
     /// The document element.
     virtual HRESULT STDMETHODCALLTYPE get_documentElement(IXMLDOMElement ** element) = 0;
-    /// Puts an element in the place of the document element.
+    /// Puts an element in the place of the document element, or behind the last node where there is none. The
+    /// old one lives on as long as it, or a node of it, is referenced. Fails as `replaceChild` does.
     virtual HRESULT STDMETHODCALLTYPE putref_documentElement(IXMLDOMElement * element) = 0;
     /// Makes an element that is not inserted anywhere. E_FAIL for what is no name.
     virtual HRESULT STDMETHODCALLTYPE createElement(BSTR name, IXMLDOMElement ** element) = 0;
-    /// Makes a text.
+    /// Makes a text that is not inserted anywhere.
     virtual HRESULT STDMETHODCALLTYPE createTextNode(BSTR data, IXMLDOMText ** text) = 0;
-    /// Makes a comment.
+    /// Makes a comment that is not inserted anywhere. What a comment cannot hold is noticed by `save`.
     virtual HRESULT STDMETHODCALLTYPE createComment(BSTR data, IXMLDOMComment ** comment) = 0;
-    /// Makes a CDATA section.
+    /// Makes a CDATA section that is not inserted anywhere.
     virtual HRESULT STDMETHODCALLTYPE createCDATASection(BSTR data, IXMLDOMCDATASection ** section) = 0;
-    /// Makes a processing instruction. E_FAIL for a target that is no name.
+    /// Makes a processing instruction that is not inserted anywhere; with the target "xml", the declaration.
+    /// E_FAIL for a target that is no name.
     virtual HRESULT STDMETHODCALLTYPE createProcessingInstruction(
         BSTR target, BSTR data, IXMLDOMProcessingInstruction ** instruction) = 0;
-    /// Makes an attribute without a value. E_FAIL for what is no name.
+    /// Makes an attribute with an empty value and without an element. E_FAIL for what is no name.
     virtual HRESULT STDMETHODCALLTYPE createAttribute(BSTR name, IXMLDOMAttribute ** attribute) = 0;
-    /// Loads a document in the place of this one. White space stays, nothing is validated, nothing outside is
-    /// reached, and a document with a DOCTYPE is refused.
+    /// Loads a document in the place of this one. Nothing is validated, nothing outside is reached, and a
+    /// document with a DOCTYPE is refused.
     /// @param source VT_BSTR: the path of a file; VT_UNKNOWN or VT_DISPATCH: a stream or another document;
-    /// all of
-    ///     them by reference too.
+    ///     all of them by reference too.
     /// @param isSuccessful VARIANT_TRUE with S_OK; VARIANT_FALSE with S_FALSE where the document is wrong or
-    /// cannot
-    ///     be read, which `get_parseError` tells of: then this one is empty.
+    ///     cannot be read, which `get_parseError` tells of: then this one is empty.
     /// @return E_INVALIDARG for another kind of source.
     virtual HRESULT STDMETHODCALLTYPE load(VARIANT source, VARIANT_BOOL * isSuccessful) = 0;
     /// How the last loading went.
@@ -278,16 +298,14 @@ struct IXMLDOMDocument : IXMLDOMNode
     virtual HRESULT STDMETHODCALLTYPE get_async(VARIANT_BOOL * isAsync) = 0;
     /// Kept, and without effect.
     virtual HRESULT STDMETHODCALLTYPE put_async(VARIANT_BOOL isAsync) = 0;
-    /// Loads a text. Its declaration tells the encoding for `save` only.
+    /// Loads a text, by the rules of `load`. Its declaration tells the encoding for `save` only.
     virtual HRESULT STDMETHODCALLTYPE loadXML(BSTR xml, VARIANT_BOOL * isSuccessful) = 0;
     /// Writes the document in the encoding that its declaration names, UTF-8 without one. A character that
     /// the encoding lacks is written as a reference.
     /// @param target VT_BSTR: the path of a file; VT_UNKNOWN or VT_DISPATCH: a stream, or another document,
-    /// which
-    ///     becomes a copy; all of them by reference too.
+    ///     which becomes a copy; all of them by reference too.
     /// @return a failure where the document holds what XML cannot, and nothing is written then; or where the
-    /// target
-    ///     refuses.
+    ///     target refuses.
     virtual HRESULT STDMETHODCALLTYPE save(VARIANT target) = 0;
     /// Kept, and without effect: nothing is validated.
     virtual HRESULT STDMETHODCALLTYPE get_validateOnParse(VARIANT_BOOL * isValidating) = 0;
@@ -348,9 +366,9 @@ struct IMXWriter : IDispatch
 struct ISAXXMLReader : IUnknown
 {
     /// The property of a name.
-    /// @param name of the lexical handler or the declaration handler,
-    /// "http://xml.org/sax/properties/lexical-handler"
-    ///     and ".../declaration-handler".
+    /// @param name "http://xml.org/sax/properties/lexical-handler" or
+    ///     "http://xml.org/sax/properties/declaration-handler".
+    /// @param value the property, VT_EMPTY for none.
     virtual HRESULT STDMETHODCALLTYPE getProperty(const wchar_t * name, VARIANT * value) = 0;
     /// Sets a property: VT_DISPATCH or VT_UNKNOWN, a writer; VT_EMPTY for none.
     virtual HRESULT STDMETHODCALLTYPE putProperty(const wchar_t * name, VARIANT value) = 0;
