@@ -164,6 +164,8 @@ TEST(XmlStylesheets, AnEmptyDeclarationHidesThatOfAStylesheet)
 TEST(XmlStylesheets, AnEmptyDeclarationAboveAnElementThatIsTransformedAloneHoldsForIt)
 {
     const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service transforms whole documents only";
     const Com<IXMLDOMDocument> document = documentOf("<a xmlns='u'><b xmlns=''><c/></b></a>");
     const Com<IXMLDOMDocument> style =
         documentOf(stylesheet("<xsl:output method='text' encoding='UTF-8'/><xsl:template match='/'>"
