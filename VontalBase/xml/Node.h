@@ -101,6 +101,7 @@ public:
     /// Reads an attribute as a number and tells whether that is above 0.
     ///
     /// Kept: the text "true" reads as false.
+    /// @param name the attribute, for this and the other forms; must not be null.
     /// @param value receives it; stays as it is where there is no such attribute.
     /// @return whether the attribute is there, for this and the other forms, even if its text is no number.
     virtual bool getProperty(const char * name, bool & value) = 0;

@@ -113,6 +113,7 @@ public:
     /// Saves the document to what the XML service takes: a path, a stream, another document.
     ///
     /// Kept: formatting changes the document itself, which stays reindented.
+    /// @param target a variant with a path, with a COM stream or with another document of the service.
     /// @param format whether the document is reindented first.
     /// @param error receives an entry on failure.
     /// @return false if there is no document, or if the service refused.
@@ -122,6 +123,8 @@ public:
     /// read.
     bool saveBuffer(std::string & out, bool format);
     /// Saves the document to a file.
+    /// @param path the file, which is replaced.
+    /// @param format whether the document is reindented first.
     /// @param error receives two entries on failure.
     bool saveFile(const Vontal::u8string & path, bool format, VontalException & error);
 
@@ -138,10 +141,12 @@ public:
     /// `xsl:import` and `xsl:include` fail. Outside Windows it runs on a thread of its own while this one
     /// waits, its templates may call each other 3000 deep, and what goes on for too long or takes too much
     /// memory fails.
+    /// @param stylesheet stays as it is.
     /// @param result attaches the outcome; stays as it was on failure.
     /// @return false if the service refused, or if the outcome is no document with one root.
     bool transform(XMLDocPtr & stylesheet, XMLDocPtr & result);
     /// Applies a stylesheet to this document and writes the outcome.
+    /// @param stylesheet stays as it is.
     /// @param out receives the bytes; it stays the caller's.
     /// @return false if the service or the stream refused. The stream may then have taken a part.
     bool transform2Stream(XMLDocPtr & stylesheet, qvdisk::FileWriter * out);
