@@ -237,6 +237,7 @@ bool Config::loadXML(
 bool Config::loadXML(const Vontal::u8string & source, qvxml::Node & node, VontalException & error)
 {
     // The argument may be the source of an item, which a listener may remove.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const Vontal::u8string sourceOfNew = source;
     qvxml::Node * child = node.getFirstChild("Item");
     for (; child != nullptr; child = child->getNextSibling("Item"))
