@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -278,6 +280,36 @@ TEST(XmlStylesheets, AStylesheetThatDoesNotEndFails)
         RecordProperty(row.label,
             std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count()));
     }
+}
+
+TEST(XmlStylesheets, TransformationsOfSeveralThreadsDoNotMeet)
+{
+    std::vector<std::thread> threads;
+    std::vector<int> good(4, 0);
+    for (std::size_t number = 0; number < good.size(); ++number)
+    {
+        threads.emplace_back(
+            [number, &good]
+            {
+                const Apartment apartment;
+                const std::string text = std::to_string(number);
+                for (int i = 0; i < 20; ++i)
+                {
+                    std::string result;
+                    const HRESULT code = transformToText("<a b='" + text + "'/>",
+                        stylesheet("<xsl:output method='text' encoding='UTF-8'/><xsl:template match='/'>"
+                                   "<xsl:value-of select='a/@b'/></xsl:template>"),
+                        result);
+                    std::string none;
+                    const bool fails =
+                        transformToText("<a/>", stylesheet("<xsl:template match='['/>"), none) < 0;
+                    good[number] += code == S_OK && withPlainLines(result) == text && fails ? 1 : 0;
+                }
+            });
+    }
+    for (std::thread & thread : threads)
+        thread.join();
+    EXPECT_EQ(good, std::vector<int>(4, 20));
 }
 
 TEST(XmlStylesheets, RecursionTakesNothingOfTheCallersStack)

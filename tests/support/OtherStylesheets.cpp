@@ -65,15 +65,15 @@ bool OtherStylesheets::isPossible()
     return true;
 }
 
+// What sets the handler in the ordinary way is meant for a single thread.
 OtherStylesheets::OtherStylesheets()
-    : m_previous(xsltGenericError), m_previousContext(xsltGenericErrorContext)
+    : m_previous(__atomic_exchange_n(&xsltGenericError, &hear, __ATOMIC_SEQ_CST))
 {
-    xsltSetGenericErrorFunc(nullptr, hear);
 }
 
 OtherStylesheets::~OtherStylesheets()
 {
-    xsltSetGenericErrorFunc(m_previousContext, m_previous);
+    __atomic_store_n(&xsltGenericError, m_previous, __ATOMIC_SEQ_CST);
 }
 
 bool OtherStylesheets::isReplaced() const

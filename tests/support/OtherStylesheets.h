@@ -34,7 +34,6 @@ private:
     using Handler = void (*)(void *, const char *, ...);
 
     Handler m_previous = nullptr;
-    void * m_previousContext = nullptr;
 };
 
 } // namespace testsupport
