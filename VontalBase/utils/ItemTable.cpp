@@ -82,16 +82,16 @@ void Config::ItemTable::erase(Item * item) noexcept
 
 std::vector<Config::Item *> Config::ItemTable::inOrder() const
 {
-    std::vector<Item *> items;
-    items.reserve(m_used);
+    std::vector<Item *> sorted;
+    sorted.reserve(m_used);
     for (const Place & place : m_places)
     {
         if (place.item != nullptr)
-            items.push_back(place.item);
+            sorted.push_back(place.item);
     }
-    std::sort(items.begin(), items.end(),
+    std::sort(sorted.begin(), sorted.end(),
         [](const Item * left, const Item * right) { return left->getName() < right->getName(); });
-    return items;
+    return sorted;
 }
 
 } // namespace qvutils
