@@ -1,6 +1,7 @@
 #include "comtesting.h"
 #include "support/SmallStackThread.h"
 #include "support/TempDirectory.h"
+#include "support/XmlService.h"
 
 #include <chrono>
 #include <string>
@@ -301,7 +302,9 @@ TEST(XmlStylesheets, TransformationsOfSeveralThreadsDoNotMeet)
                                    "<xsl:value-of select='a/@b'/></xsl:template>"),
                         result);
                     std::string none;
+                    // Wine's service takes it.
                     const bool fails =
+                        !testsupport::isXmlServiceOurs() ||
                         transformToText("<a/>", stylesheet("<xsl:template match='['/>"), none) < 0;
                     good[number] += code == S_OK && withPlainLines(result) == text && fails ? 1 : 0;
                 }
