@@ -17,7 +17,7 @@ done
 
 say "without an option it takes the language of the system, as far as there are texts in it"
 show env LANGUAGE= LC_ALL=de_AT.UTF-8 typical_application --log-dir "$DEMO_WORK" >"$DEMO_WORK/shown"
-head -1 "$DEMO_WORK/shown"
+head -2 "$DEMO_WORK/shown"
 grep -q '^Lagerhaus: ' "$DEMO_WORK/shown"
 
 say "a file of settings that is broken tells its whole story, on the screen and in the log"
@@ -25,7 +25,7 @@ broken=$(dirname "$(command -v typical_application)")/typical_application_files/
 mkdir "$DEMO_WORK/broken"
 code=0
 show typical_application --language en --config "$broken" --log-dir "$DEMO_WORK/broken" >"$DEMO_WORK/shown" || code=$?
-head -4 "$DEMO_WORK/shown"
+head -5 "$DEMO_WORK/shown"
 show cat "$DEMO_WORK/broken"/typical_application*.log
 [[ $code -eq 1 ]]
 grep -A2 -F 'qvutils:454: <Item> with empty name.' "$DEMO_WORK/broken"/typical_application*.log |
