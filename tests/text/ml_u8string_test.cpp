@@ -116,9 +116,10 @@ TEST_F(MultiLanguageString, KeptPutsBytesIntoUpperCaseAsTheLocaleOfTheRuntimeDoe
     ml_u8string text;
     text.setPrefLanguage("\xE9");
     EXPECT_EQ(text.getPrefLanguage(), "\xC9");
-    std::setlocale(LC_CTYPE, former.c_str());
+    std::setlocale(LC_CTYPE, "C");
     text.setPrefLanguage("\xE9");
     EXPECT_EQ(text.getPrefLanguage(), "\xE9");
+    std::setlocale(LC_CTYPE, former.c_str());
 }
 
 TEST_F(MultiLanguageString, KeepsItsLanguageInUpperCase)

@@ -1,0 +1,19 @@
+#include "support/Wine.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+namespace testsupport
+{
+
+bool isWine()
+{
+#ifdef _WIN32
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+#else
+    return false;
+#endif
+}
+
+} // namespace testsupport
