@@ -237,7 +237,7 @@ void XMLDocPtr::freeXml()
 
 void XMLDocPtr::freeNodes()
 {
-    const auto forget = [this](IXMLDOMElement & element, const platform::DirectXml & direct)
+    const auto forget = [](IXMLDOMElement & element, const platform::DirectXml & direct)
     {
         direct.note(element) = {};
         element.Release();

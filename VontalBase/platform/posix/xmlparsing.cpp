@@ -28,6 +28,12 @@ struct FreeContext
 {
     void operator()(xmlParserCtxt * context) const noexcept
     {
+        // What the parser makes for entities that it reads ahead of us stays with it where it is stopped.
+        if (context != nullptr && context->myDoc != nullptr)
+        {
+            xmlFreeDoc(context->myDoc);
+            context->myDoc = nullptr;
+        }
         xmlFreeParserCtxt(context);
     }
 };
@@ -89,6 +95,8 @@ private:
     void stop() noexcept;
     void fail(HRESULT code, std::string_view reason);
     void failAt(HRESULT code, std::string_view reason, long line, long position, long byte);
+    /// Whether the parser's place in its input can be read.
+    [[nodiscard]] bool isInputInPlace() const noexcept;
     std::string presentLine() const;
     void checkEnd();
     void append(xmlNode * node);
@@ -229,10 +237,19 @@ void Builder::outOfMemory() noexcept
     stop();
 }
 
-std::string Builder::presentLine() const
+bool Builder::isInputInPlace() const noexcept
 {
     const xmlParserInput * const input = m_context->input;
     if (input == nullptr || input->cur == nullptr)
+        return false;
+    const xmlParserInputBuffer * const buffer = input->buf;
+    return buffer == nullptr || buffer->buffer == nullptr || xmlBufContent(buffer->buffer) == input->base;
+}
+
+std::string Builder::presentLine() const
+{
+    const xmlParserInput * const input = m_context->input;
+    if (!isInputInPlace())
         return {};
     const xmlChar * start = input->cur;
     while (start > input->base && start[-1] != '\n' &&
@@ -268,7 +285,11 @@ void Builder::fail(HRESULT code, std::string_view reason)
     const xmlParserInput * const input = m_context->input;
     const long line = input != nullptr ? input->line : 1;
     const long position = input != nullptr ? input->col : 1;
-    failAt(code, reason, line, position, xmlByteConsumed(m_context.get()));
+    // A fault of the encoding comes while the input is being moved, and what the parser points at is gone.
+    const long byte = isInputInPlace()   ? xmlByteConsumed(m_context.get())
+                      : input != nullptr ? static_cast<long>(input->consumed)
+                                         : 0;
+    failAt(code, reason, line, position, byte);
 }
 
 void Builder::parserFault(const xmlError & error)
