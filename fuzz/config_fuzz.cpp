@@ -33,7 +33,7 @@ Values valuesOf(qvutils::Config & config)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
 {
-    const fuzzing::QuietErrors quiet;
+    const testsupport::WideErrors quiet;
     qvxml::XMLDocPtr document;
     if (!document.loadBuffer(reinterpret_cast<const char *>(data), size))
         return 0;

@@ -70,7 +70,7 @@ void findAll(const qv_soop::soop_db & database, const qv_soop::soop_node & start
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
 {
-    const fuzzing::QuietErrors quiet;
+    const testsupport::WideErrors quiet;
     require(qvdisk::writeTextFile(filePath(), std::string(data, data + size)));
     qv_soop::soop_db database;
     qvxml::XMLDocPtr document;

@@ -51,7 +51,7 @@ void loadAgain(qvxml::XMLDocPtr & document, bool format, qvxml::XMLDocPtr & agai
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
 {
-    const fuzzing::QuietErrors quiet;
+    const testsupport::WideErrors quiet;
     qvxml::XMLDocPtr document;
     if (!document.loadBuffer(reinterpret_cast<const char *>(data), size) || !fuzzing::keepsItsWord(document))
         return 0;

@@ -8,42 +8,14 @@
 #include "VontalBase/xml/Node.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 
-#include <iostream>
+#include "support/WideErrors.h"
+
 #include <map>
-#include <streambuf>
 #include <string>
 #include <vector>
 
 namespace fuzzing
 {
-
-/// Lets the lines about parse errors go nowhere.
-class QuietErrors
-{
-public:
-    QuietErrors() : m_former(std::wcerr.rdbuf(&m_nowhere))
-    {
-    }
-    QuietErrors(const QuietErrors &) = delete;
-    QuietErrors & operator=(const QuietErrors &) = delete;
-    ~QuietErrors()
-    {
-        std::wcerr.rdbuf(m_former);
-    }
-
-private:
-    class Nowhere : public std::wstreambuf
-    {
-    protected:
-        int_type overflow(int_type unit) override
-        {
-            return traits_type::not_eof(unit);
-        }
-    };
-
-    Nowhere m_nowhere;
-    std::wstreambuf * m_former;
-};
 
 /// Whether the XML service gives one object for an element each time. One that does not (Wine's) also saves
 /// some documents so that they cannot be loaded again.

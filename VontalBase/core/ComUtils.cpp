@@ -2,6 +2,7 @@
 
 #include "VontalBase/core/ReferenceMSCom.h"
 #include "VontalBase/platform/comerror.h"
+#include "VontalBase/platform/comquery.h"
 #include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/conversions.h"
@@ -35,10 +36,7 @@ struct ComDescription
 /// @param support receives the interface that told so.
 bool supportsErrors(IUnknown & object, const GUID & iid, ReferenceMSCom<ISupportErrorInfo> & support)
 {
-    void * found = nullptr;
-    if (FAILED(object.QueryInterface(platform::idOf<ISupportErrorInfo>(), &found)))
-        return false;
-    *support.receive() = static_cast<ISupportErrorInfo *>(found);
+    support = platform::queryFor<ISupportErrorInfo>(&object);
     return support && SUCCEEDED(support->InterfaceSupportsErrorInfo(iid));
 }
 

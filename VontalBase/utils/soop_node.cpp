@@ -110,11 +110,6 @@ const soop_node * soop_node::getNode(
     return walk.current();
 }
 
-void soop_node::setName(const char * text)
-{
-    name = text;
-}
-
 bool soop_node::load(qvxml::Node & element)
 {
     ElementReader reader(*this);

@@ -61,7 +61,6 @@ public:
         const std::string & tag, const std::string & attr, const std::string & value) const;
 
 private:
-    void setName(const char * text);
     bool load(qvxml::Node & element);
     bool matches(const std::string & tag, const std::string & attr, const std::string & value) const;
 

@@ -3,6 +3,7 @@
 #include "VontalBase/core/ReferenceMSCom.h"
 #include "VontalBase/platform/DirectXml.h"
 #include "VontalBase/platform/com.h"
+#include "VontalBase/platform/comquery.h"
 #include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/astring.h"
 #include "VontalBase/text/conversions.h"
@@ -73,16 +74,6 @@ ElementReference adopt(IXMLDOMElement * element)
     return held;
 }
 
-/// The element that a node is, with a reference.
-ElementReference elementOf(IXMLDOMNode & node)
-{
-    ElementReference element;
-    void * found = nullptr;
-    if (SUCCEEDED(node.QueryInterface(platform::idOf<IXMLDOMElement>(), &found)))
-        element = adopt(static_cast<IXMLDOMElement *>(found));
-    return element;
-}
-
 /// The first element among a node and its next siblings, with a reference; null also where the service
 /// refuses.
 ElementReference elementFrom(NodeReference node)
@@ -93,7 +84,7 @@ ElementReference elementFrom(NodeReference node)
         if (!isOfType(*node.get(), NODE_ELEMENT, isElement))
             return {};
         if (isElement)
-            return elementOf(*node.get());
+            return platform::queryFor<IXMLDOMElement>(node.get());
         NodeReference next;
         if (FAILED(node->get_nextSibling(next.receive())))
             return {};
@@ -165,7 +156,7 @@ Node * XMLNodeImpl::createChild(const char * name, const wchar_t * text)
     if (FAILED(doc->get()->createElement(wideName.get(), created.receive())) || !created ||
         !append(*element, created.get(), appended))
         return nullptr;
-    const ElementReference child = elementOf(*appended.get());
+    const ElementReference child = platform::queryFor<IXMLDOMElement>(appended.get());
     if (!child || (text != nullptr && !appendText(*doc->get(), *child.get(), text)))
         return nullptr;
     return doc->getNode(child.get());

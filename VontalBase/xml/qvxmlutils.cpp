@@ -4,6 +4,7 @@
 #include "VontalBase/disk/FileWriter.h"
 #include "VontalBase/platform/DirectXml.h"
 #include "VontalBase/platform/com.h"
+#include "VontalBase/platform/comquery.h"
 #include "VontalBase/platform/console.h"
 #include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/VontalException.h"
@@ -35,17 +36,6 @@ bool refuse(VontalException & error, const Vontal::u8string & text,
 {
     error.add("qvxmlutils", static_cast<int>(position.line()), text);
     return false;
-}
-
-/// Asks an object for another of its interfaces. Whether it has it.
-template <class Interface>
-bool query(IUnknown & object, qvbase::ReferenceMSCom<Interface> & out)
-{
-    void * found = nullptr;
-    if (FAILED(object.QueryInterface(platform::idOf<Interface>(), &found)))
-        return false;
-    *out.receive() = static_cast<Interface *>(found);
-    return out.get() != nullptr;
 }
 
 /// Makes an object of a class.
@@ -111,9 +101,11 @@ bool appendRoot(IXMLDOMDocument & document, const Vontal::u8string & name, Eleme
     const ComText wideName{static_cast<const std::string &>(name)};
     ElementReference created;
     NodeReference appended;
-    return SUCCEEDED(document.createElement(wideName.get(), created.receive())) && created &&
-           SUCCEEDED(document.appendChild(created.get(), appended.receive())) && appended &&
-           query(*appended.get(), root);
+    if (FAILED(document.createElement(wideName.get(), created.receive())) || !created ||
+        FAILED(document.appendChild(created.get(), appended.receive())))
+        return false;
+    root = platform::queryFor<IXMLDOMElement>(appended.get());
+    return root.get() != nullptr;
 }
 
 /// The writer of reindented XML, which is the receiver of what a reader finds.
@@ -122,9 +114,8 @@ class IndentingWriter
 public:
     bool create()
     {
-        return SUCCEEDED(make(platform::xmlWriterClass(), m_writer)) && m_writer &&
-               query(*m_writer.get(), m_content) && query(*m_writer.get(), m_errors) &&
-               query(*m_writer.get(), m_types) && setUp();
+        return SUCCEEDED(make(platform::xmlWriterClass(), m_writer)) && m_writer && ask(m_content) &&
+               ask(m_errors) && ask(m_types) && setUp();
     }
 
     /// Lets a reader hand over to this writer all that it finds.
@@ -144,6 +135,14 @@ public:
     }
 
 private:
+    /// Asks the writer for one more of its interfaces.
+    template <class Interface>
+    bool ask(qvbase::ReferenceMSCom<Interface> & out)
+    {
+        out = platform::queryFor<Interface>(m_writer.get());
+        return out.get() != nullptr;
+    }
+
     bool setUp()
     {
         const ComText encoding{std::wstring_view(L"UTF-8")};

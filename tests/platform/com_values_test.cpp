@@ -166,7 +166,7 @@ TEST(ComStreams, ABlockOfTheCallersIsLeftToItWhereThatIsAskedFor)
     Com<IStream> stream;
     ASSERT_EQ(CreateStreamOnHGlobal(block, FALSE, stream.receive()), S_OK);
     EXPECT_EQ(comtesting::bytesOf(stream.get()).substr(0, 3), "xyz");
-    stream.reset();
+    stream.release();
     EXPECT_EQ(std::memcmp(GlobalLock(block), "xyz", 3), 0);
     GlobalUnlock(block);
     GlobalFree(block);

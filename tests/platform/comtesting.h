@@ -2,6 +2,7 @@
 /// Working with COM in tests.
 #pragma once
 
+#include "VontalBase/core/ReferenceMSCom.h"
 #include "VontalBase/platform/com.h"
 #include "VontalBase/text/utf.h"
 
@@ -34,55 +35,16 @@ private:
 
 /// An owned interface.
 template <class Interface>
-class Com
+using Com = qvbase::ReferenceMSCom<Interface>;
+
+/// Takes over the reference that a call has given.
+template <class Interface>
+Com<Interface> adopt(void * given)
 {
-public:
-    Com() = default;
-    explicit Com(Interface * owned) : m_pointer(owned)
-    {
-    }
-    Com(Com && other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr))
-    {
-    }
-    Com(const Com &) = delete;
-    Com & operator=(const Com &) = delete;
-    Com & operator=(Com && other) noexcept
-    {
-        std::swap(m_pointer, other.m_pointer);
-        return *this;
-    }
-    ~Com()
-    {
-        reset();
-    }
-
-    void reset()
-    {
-        if (m_pointer != nullptr)
-            m_pointer->Release();
-        m_pointer = nullptr;
-    }
-    Interface * get() const
-    {
-        return m_pointer;
-    }
-    Interface * operator->() const
-    {
-        return m_pointer;
-    }
-    Interface ** receive()
-    {
-        reset();
-        return &m_pointer;
-    }
-    explicit operator bool() const
-    {
-        return m_pointer != nullptr;
-    }
-
-private:
-    Interface * m_pointer = nullptr;
-};
+    Com<Interface> owned;
+    *owned.receive() = static_cast<Interface *>(given);
+    return owned;
+}
 
 /// An owned string.
 class Text
@@ -214,7 +176,7 @@ Com<Interface> make(REFCLSID classId)
     void * object = nullptr;
     EXPECT_EQ(
         CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &object), S_OK);
-    return Com<Interface>(static_cast<Interface *>(object));
+    return adopt<Interface>(object);
 }
 
 template <class Interface>
@@ -223,7 +185,7 @@ Com<Interface> query(IUnknown * object)
     void * found = nullptr;
     if (object == nullptr || object->QueryInterface(platform::idOf<Interface>(), &found) != S_OK)
         return {};
-    return Com<Interface>(static_cast<Interface *>(found));
+    return adopt<Interface>(found);
 }
 
 /// An empty document that keeps white space.

@@ -139,10 +139,10 @@ TEST(XmlAttributes, AReplacedOneReadsItsOldValueAfterTheElementsEnd)
     }
     EXPECT_EQ(replaced.get(), old.get());
     EXPECT_EQ(withPlainLines(saved(document.get())), "<a y=\"2\" x=\"new\"/>");
-    replaced.reset();
+    replaced.release();
     ASSERT_EQ(document->removeChild(root.get(), nullptr), S_OK);
-    root.reset();
-    document.reset();
+    root.release();
+    document.release();
     EXPECT_EQ(valueOf(old.get()), "old");
     EXPECT_EQ(nameOf(old.get()), "x");
     Com<IXMLDOMDocument> owner;
@@ -251,8 +251,8 @@ TEST(XmlAttributes, AMapKeepsItsElementAlive)
     Com<IXMLDOMElement> element = newElement(document.get(), L"e");
     ASSERT_TRUE(setAttribute(element.get(), L"x", L"1"));
     const Com<IXMLDOMNamedNodeMap> map = attributesOf(element.get());
-    element.reset();
-    document.reset();
+    element.release();
+    document.release();
     Com<IXMLDOMNode> item;
     ASSERT_EQ(map->getNamedItem(Text(L"x"), item.receive()), S_OK);
     EXPECT_EQ(nameOf(item.get()), "x");
@@ -355,24 +355,24 @@ TEST(XmlMoving, HeldNodesKnowWhereTheyAreAfterManyMoves)
         }
     }
     // Some are let go, which the others hang together by.
-    held[1].reset();
-    held[3].reset();
-    held[7].reset();
+    held[1].release();
+    held[3].release();
+    held[7].release();
     ASSERT_EQ(root->appendChild(parentOf(held[6].get()).get(), nullptr), S_OK);
     EXPECT_EQ(withPlainLines(saved(document.get())),
         "<a><e7><e6><e5><e4><e3><e2><e1><e0/></e1></e2></e3></e4></e5></e6></e7></a>");
     // Out again in the middle, while what is above goes on.
     ASSERT_EQ(held[6]->removeChild(held[5].get(), nullptr), S_OK);
     ASSERT_EQ(root->removeChild(firstOf(root.get()).get(), nullptr), S_OK);
-    held[6].reset();
-    held[5].reset();
+    held[6].release();
+    held[5].release();
     EXPECT_EQ(nameOf(parentOf(held[4].get()).get()), "e5");
     EXPECT_FALSE(parentOf(parentOf(held[4].get()).get()));
     ASSERT_EQ(root->appendChild(held[0].get(), nullptr), S_OK);
     EXPECT_EQ(withPlainLines(saved(document.get())), "<a><e0/></a>");
-    held[4].reset();
+    held[4].release();
     EXPECT_EQ(nameOf(parentOf(held[2].get()).get()), "e3");
-    held[2].reset();
+    held[2].release();
     EXPECT_EQ(nameOf(parentOf(held[0].get()).get()), "a");
 }
 

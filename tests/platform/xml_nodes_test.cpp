@@ -60,7 +60,7 @@ TEST(XmlNodes, ANodeKeepsItsDocumentAlive)
     const Apartment apartment;
     Com<IXMLDOMDocument> document = documentOf("<a b='c'><d>text</d></a>");
     const Com<IXMLDOMElement> root = rootOf(document.get());
-    document.reset();
+    document.release();
     EXPECT_EQ(attributeOf(root.get(), L"b"), "c");
     const Com<IXMLDOMNode> child = firstOf(root.get());
     EXPECT_EQ(nameOf(child.get()), "d");
@@ -79,8 +79,8 @@ TEST(XmlNodes, ARemovedNodeLivesAsLongAsAnythingInItIsReferenced)
     Com<IXMLDOMNode> removed;
     ASSERT_EQ(root->removeChild(b.get(), removed.receive()), S_OK);
     EXPECT_FALSE(firstOf(root.get()));
-    removed.reset();
-    b.reset();
+    removed.release();
+    b.release();
     EXPECT_EQ(attributeOf(query<IXMLDOMElement>(c.get()).get(), L"x"), "y");
     Com<IXMLDOMNode> parent;
     ASSERT_EQ(c->get_parentNode(parent.receive()), S_OK);

@@ -32,7 +32,7 @@ Com<Interface> tryMaking(REFCLSID classId, const Fault & fault)
     expectExplained(
         CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &object),
         fault);
-    return Com<Interface>(static_cast<Interface *>(object));
+    return comtesting::adopt<Interface>(object);
 }
 
 /// A document of this text, or nothing.

@@ -3,13 +3,12 @@
 #include "support/IntendedLeak.h"
 #include "support/TempDirectory.h"
 #include "support/VirtualSlot.h"
+#include "support/WideErrors.h"
 #include "utils/configsupport.h"
 
 #include <gtest/gtest.h>
-#include <iostream>
 #include <limits>
 #include <list>
-#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -39,25 +38,6 @@ class OpenConfig : public Config
 public:
     using Config::addItemInternal;
     using Config::getItemInternal;
-};
-
-/// Keeps parse errors away from the test's output.
-class SilentErrors
-{
-public:
-    SilentErrors() : m_former(std::wcerr.rdbuf(m_caught.rdbuf()))
-    {
-    }
-    SilentErrors(const SilentErrors &) = delete;
-    SilentErrors & operator=(const SilentErrors &) = delete;
-    ~SilentErrors()
-    {
-        std::wcerr.rdbuf(m_former);
-    }
-
-private:
-    std::wostringstream m_caught;
-    std::wstreambuf * m_former;
 };
 
 TEST(Config, HasItsVirtualOperationsInOrder)
@@ -513,7 +493,7 @@ TEST(Config, LoadsFiles)
 TEST(Config, TellsWhyAFileCannotBeLoaded)
 {
     const TempDirectory directory;
-    const SilentErrors silent;
+    const testsupport::WideErrors silent;
     const std::string missing = directory.text("missing.xml");
     struct Case
     {

@@ -7,15 +7,14 @@
 #include "support/TempDirectory.h"
 #include "support/TestBarrier.h"
 #include "support/VirtualSlot.h"
+#include "support/WideErrors.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
-#include <iostream>
 #include <limits>
 #include <list>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -52,12 +51,8 @@ static_assert(
 class ListDatabase : public testing::Test
 {
 protected:
-    ListDatabase() : m_former(std::wcerr.rdbuf(m_caught.rdbuf()))
-    {
-    }
     ~ListDatabase() override
     {
-        std::wcerr.rdbuf(m_former);
         directory.clear();
     }
 
@@ -69,8 +64,7 @@ protected:
     const TempDirectory directory;
 
 private:
-    std::wostringstream m_caught;
-    std::wstreambuf * m_former;
+    const testsupport::WideErrors m_silent;
 };
 
 /// The attribute "n" of each node.

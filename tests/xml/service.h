@@ -4,8 +4,8 @@
 
 #include "VontalBase/xml/XMLDocPtr.h"
 
-#include <iostream>
-#include <sstream>
+#include "support/WideErrors.h"
+
 #include <string>
 
 namespace xmltest
@@ -20,29 +20,7 @@ bool isWhole();
 constexpr const char * notWhole =
     "this XML service gives several objects for one element, and lacks more besides";
 
-/// Catches what is written to the standard wide error stream.
-class WideErrors
-{
-public:
-    WideErrors() : m_former(std::wcerr.rdbuf(m_caught.rdbuf()))
-    {
-    }
-    WideErrors(const WideErrors &) = delete;
-    WideErrors & operator=(const WideErrors &) = delete;
-    ~WideErrors()
-    {
-        std::wcerr.rdbuf(m_former);
-    }
-
-    std::wstring text() const
-    {
-        return m_caught.str();
-    }
-
-private:
-    std::wostringstream m_caught;
-    std::wstreambuf * m_former;
-};
+using testsupport::WideErrors;
 
 /// The saved document, with line ends as LF.
 std::string saved(qvxml::XMLDocPtr & document, bool format = false);

@@ -126,7 +126,7 @@ private:
 };
 
 /// What the last failed call of this thread has left behind.
-thread_local ComPointer<IErrorInfo> lastError;
+thread_local qvbase::ReferenceMSCom<IErrorInfo> lastError;
 
 } // namespace
 
@@ -139,7 +139,7 @@ HRESULT GetErrorInfo(ULONG reserved, IErrorInfo ** info)
     *info = nullptr;
     if (platform::gateFails("thread error"))
         return E_FAIL;
-    *info = platform::lastError.release();
+    *info = platform::lastError.detach();
     return *info != nullptr ? S_OK : S_FALSE;
 }
 
@@ -147,7 +147,7 @@ HRESULT SetErrorInfo(ULONG reserved, IErrorInfo * info)
 {
     if (reserved != 0)
         return E_INVALIDARG;
-    platform::lastError = platform::ComPointer<IErrorInfo>::sharing(info);
+    platform::lastError = qvbase::ReferenceMSCom<IErrorInfo>(info);
     return S_OK;
 }
 

@@ -3,7 +3,7 @@
 /// What the objects behind our interfaces have in common.
 #pragma once
 
-#include "VontalBase/platform/com.h"
+#include "VontalBase/platform/comquery.h"
 
 #include <atomic>
 #include <new>
@@ -12,90 +12,54 @@
 namespace platform
 {
 
-/// An owned reference of an interface.
+/// The operations of `IDispatch` for an object that has no members to call by number.
 template <class Interface>
-class ComPointer
+class WithoutMembers : public Interface
 {
 public:
-    ComPointer() noexcept = default;
-    /// Takes over the caller's reference.
-    explicit ComPointer(Interface * owned) noexcept : m_pointer(owned)
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT * count) override
     {
+        if (count == nullptr)
+            return E_INVALIDARG;
+        *count = 0;
+        return S_OK;
     }
-    ComPointer(ComPointer && other) noexcept : m_pointer(other.release())
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo ** info) override
     {
+        if (info != nullptr)
+            *info = nullptr;
+        return E_NOTIMPL;
     }
-    ComPointer(const ComPointer &) = delete;
-    ComPointer & operator=(const ComPointer &) = delete;
-    ComPointer & operator=(ComPointer && other) noexcept
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override
     {
-        reset(other.release());
-        return *this;
+        return DISP_E_UNKNOWNNAME;
     }
-    ~ComPointer()
+    HRESULT STDMETHODCALLTYPE Invoke(
+        DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *, EXCEPINFO *, UINT *) override
     {
-        reset();
+        return DISP_E_MEMBERNOTFOUND;
     }
-
-    /// A reference of its own on what somebody else holds, or on nothing.
-    static ComPointer sharing(Interface * pointer) noexcept
-    {
-        if (pointer != nullptr)
-            pointer->AddRef();
-        return ComPointer(pointer);
-    }
-
-    void reset(Interface * owned = nullptr) noexcept
-    {
-        if (Interface * const old = std::exchange(m_pointer, owned))
-            old->Release();
-    }
-    /// Gives the reference to the caller.
-    Interface * release() noexcept
-    {
-        return std::exchange(m_pointer, nullptr);
-    }
-    [[nodiscard]] Interface * get() const noexcept
-    {
-        return m_pointer;
-    }
-    Interface * operator->() const noexcept
-    {
-        return m_pointer;
-    }
-    explicit operator bool() const noexcept
-    {
-        return m_pointer != nullptr;
-    }
-    /// The place for a result; what was held is given back.
-    Interface ** receive() noexcept
-    {
-        reset();
-        return &m_pointer;
-    }
-    [[nodiscard]] void ** receiveAny() noexcept
-    {
-        return reinterpret_cast<void **>(receive());
-    }
-
-private:
-    Interface * m_pointer = nullptr;
 };
 
-/// Another interface of an object; null where it has none.
-template <class Interface>
-ComPointer<Interface> queryFor(IUnknown * object) noexcept
+/// The interface that a class offers first.
+template <class Base>
+struct OfferedBy
 {
-    ComPointer<Interface> found;
-    if (object == nullptr || FAILED(object->QueryInterface(idOf<Interface>(), found.receiveAny())))
-        return {};
-    return found;
-}
+    using Interface = Base;
+};
+template <class Member>
+struct OfferedBy<WithoutMembers<Member>>
+{
+    using Interface = Member;
+};
 
 /// An object that offers one interface and those which it derives from, and is referenced from any thread.
-template <class Interface, class... Bases>
-class CountedObject : public Interface
+/// `Base` is the interface or, for one that has members to call by number, `WithoutMembers` of it.
+template <class Base, class... Bases>
+class CountedObject : public Base
 {
+    using Interface = typename OfferedBy<Base>::Interface;
+
 public:
     CountedObject() noexcept = default;
     CountedObject(const CountedObject &) = delete;
@@ -131,34 +95,19 @@ private:
     std::atomic<ULONG> m_references{1};
 };
 
-/// The operations of `IDispatch` for an object that has no members to call by number.
-template <class Interface>
-class WithoutMembers : public Interface
+inline HRESULT giveFlag(bool flag, VARIANT_BOOL * place) noexcept
 {
-public:
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT * count) override
-    {
-        if (count == nullptr)
-            return E_INVALIDARG;
-        *count = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo ** info) override
-    {
-        if (info != nullptr)
-            *info = nullptr;
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR *, UINT, LCID, DISPID *) override
-    {
-        return DISP_E_UNKNOWNNAME;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(
-        DISPID, REFIID, LCID, WORD, DISPPARAMS *, VARIANT *, EXCEPINFO *, UINT *) override
-    {
-        return DISP_E_MEMBERNOTFOUND;
-    }
-};
+    if (place == nullptr)
+        return E_INVALIDARG;
+    *place = flag ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
+inline HRESULT setFlag(bool & flag, VARIANT_BOOL value) noexcept
+{
+    flag = value != VARIANT_FALSE;
+    return S_OK;
+}
 
 /// Runs what may throw for lack of memory.
 template <class Function>

@@ -87,20 +87,6 @@ private:
     std::string_view m_left;
 };
 
-HRESULT giveFlag(VARIANT_BOOL flag, VARIANT_BOOL * place) noexcept
-{
-    if (place == nullptr)
-        return E_INVALIDARG;
-    *place = flag;
-    return S_OK;
-}
-
-HRESULT setFlag(VARIANT_BOOL & flag, VARIANT_BOOL value) noexcept
-{
-    flag = value != VARIANT_FALSE ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
-}
-
 /// Enters the encoding that a text says it has into the declaration, which the parser was told to disregard.
 bool restoreEncoding(Tree & tree, std::string_view text)
 {
@@ -250,7 +236,7 @@ HRESULT DocumentObject::putref_documentElement(IXMLDOMElement * element)
 {
     if (element == nullptr)
         return E_INVALIDARG;
-    ComPointer<IXMLDOMNode> present;
+    qvbase::ReferenceMSCom<IXMLDOMNode> present;
     const HRESULT result = giveNode(m_tree->documentElement(), &m_tree->attached(), present.receive());
     if (FAILED(result))
         return result;
@@ -382,7 +368,7 @@ HRESULT DocumentObject::loadFile(BSTR path, VARIANT_BOOL & answer)
     if (file == nullptr)
         return refuse(objectNotFound, "The system cannot locate the object specified.", bytes.view());
     FileSource source(file);
-    return loadFrom(source, {m_isPreserving != VARIANT_FALSE}, bytes.view(), answer);
+    return loadFrom(source, {m_isPreserving}, bytes.view(), answer);
 }
 
 HRESULT DocumentObject::load(VARIANT source, VARIANT_BOOL * isSuccessful)
@@ -412,11 +398,11 @@ HRESULT DocumentObject::load(VARIANT source, VARIANT_BOOL * isSuccessful)
                 told = VARIANT_TRUE;
                 return S_OK;
             }
-            const ComPointer<ISequentialStream> stream = queryFor<ISequentialStream>(object);
+            const qvbase::ReferenceMSCom<ISequentialStream> stream = queryFor<ISequentialStream>(object);
             if (!stream)
                 return E_INVALIDARG;
             StreamSource bytes(*stream.get());
-            return loadFrom(bytes, {m_isPreserving != VARIANT_FALSE}, {}, told);
+            return loadFrom(bytes, {m_isPreserving}, {}, told);
         });
 }
 
@@ -432,7 +418,7 @@ HRESULT DocumentObject::loadXML(BSTR xml, VARIANT_BOOL * isSuccessful)
             if (bytes.result() == E_OUTOFMEMORY)
                 return E_OUTOFMEMORY;
             TextSource source(bytes.view());
-            HRESULT result = loadFrom(source, {m_isPreserving != VARIANT_FALSE, true}, {}, told);
+            HRESULT result = loadFrom(source, {m_isPreserving, true}, {}, told);
             if (result == S_OK && !restoreEncoding(*m_tree, bytes.view()))
             {
                 told = VARIANT_FALSE;

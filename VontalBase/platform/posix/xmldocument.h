@@ -67,10 +67,10 @@ private:
     Tree * m_tree;
     NodePlace m_place;
     XmlFault m_fault;
-    VARIANT_BOOL m_isAsync = VARIANT_TRUE;
-    VARIANT_BOOL m_isValidating = VARIANT_TRUE;
-    VARIANT_BOOL m_isResolving = VARIANT_FALSE;
-    VARIANT_BOOL m_isPreserving = VARIANT_FALSE;
+    bool m_isAsync = true;
+    bool m_isValidating = true;
+    bool m_isResolving = false;
+    bool m_isPreserving = false;
 };
 
 /// The object of a tree's document, with a reference for the caller.

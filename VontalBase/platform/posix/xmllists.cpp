@@ -56,36 +56,11 @@ private:
 
 /// What a list of children and a map of attributes have in common.
 template <class Interface>
-class Siblings : public WithoutMembers<Interface>
+class Siblings : public CountedObject<WithoutMembers<Interface>, IDispatch>
 {
 public:
-    explicit Siblings(IUnknown * owner) noexcept : m_owner(ComPointer<IUnknown>::sharing(owner))
+    explicit Siblings(IUnknown * owner) noexcept : m_owner(owner)
     {
-    }
-    Siblings(const Siblings &) = delete;
-    Siblings & operator=(const Siblings &) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (iid != idOf<IUnknown>() && iid != idOf<IDispatch>() && iid != idOf<Interface>())
-            return E_NOINTERFACE;
-        ++m_references;
-        *object = static_cast<Interface *>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override
-    {
-        return ++m_references;
-    }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
     }
 
     HRESULT STDMETHODCALLTYPE get_item(LONG index, IXMLDOMNode ** item) override
@@ -116,7 +91,6 @@ public:
     }
 
 protected:
-    virtual ~Siblings() = default;
     virtual xmlNode * first(xmlNode * node) const noexcept = 0;
 
     /// The node, which for a document changes with each loading, and where it is at present.
@@ -126,9 +100,8 @@ protected:
     }
 
 private:
-    ULONG m_references = 1;
     LONG m_next = 0;
-    ComPointer<IUnknown> m_owner;
+    qvbase::ReferenceMSCom<IUnknown> m_owner;
     Cursor m_cursor;
 };
 

@@ -512,7 +512,7 @@ HRESULT removeAttributeOf(const NodePlace & place, BSTR name, IXMLDOMNode ** rem
     xmlAttr * const attribute = findAttribute(place.node, bytes.view());
     if (attribute == nullptr)
         return S_FALSE;
-    ComPointer<IXMLDOMNode> object;
+    qvbase::ReferenceMSCom<IXMLDOMNode> object;
     if (removed != nullptr)
     {
         const HRESULT result = giveNode(asNode(attribute), place.fragment, object.receive());
@@ -522,7 +522,7 @@ HRESULT removeAttributeOf(const NodePlace & place, BSTR name, IXMLDOMNode ** rem
     if (!detach(asNode(attribute)))
         return E_OUTOFMEMORY;
     if (removed != nullptr)
-        *removed = object.release();
+        *removed = object.detach();
     return S_OK;
 }
 
@@ -552,7 +552,7 @@ HRESULT enterAttribute(const NodePlace & place, IXMLDOMNode * attribute, IXMLDOM
     if (own.node->parent == place.node)
         return S_OK;
     xmlAttr * const present = findAttribute(place.node, viewOf(own.node->name));
-    ComPointer<IXMLDOMNode> object;
+    qvbase::ReferenceMSCom<IXMLDOMNode> object;
     if (present != nullptr)
     {
         const HRESULT result = giveNode(asNode(present), place.fragment, object.receive());
@@ -565,7 +565,7 @@ HRESULT enterAttribute(const NodePlace & place, IXMLDOMNode * attribute, IXMLDOM
     linkAttribute(place.node, asAttribute(own.node));
     mergeFragment(fragment, *place.fragment);
     if (replaced != nullptr)
-        *replaced = object.release();
+        *replaced = object.detach();
     return S_OK;
 }
 

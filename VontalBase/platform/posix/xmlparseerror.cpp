@@ -12,36 +12,11 @@ namespace platform
 namespace
 {
 
-class ParseError final : public WithoutMembers<IXMLDOMParseError>
+class ParseError final : public CountedObject<WithoutMembers<IXMLDOMParseError>, IDispatch>
 {
 public:
     explicit ParseError(const XmlFault & fault) : m_fault(fault)
     {
-    }
-    ParseError(const ParseError &) = delete;
-    ParseError & operator=(const ParseError &) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (iid != idOf<IUnknown>() && iid != idOf<IDispatch>() && iid != idOf<IXMLDOMParseError>())
-            return E_NOINTERFACE;
-        ++m_references;
-        *object = static_cast<IXMLDOMParseError *>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override
-    {
-        return ++m_references;
-    }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
     }
 
     HRESULT STDMETHODCALLTYPE get_errorCode(LONG * code) override
@@ -74,8 +49,6 @@ public:
     }
 
 private:
-    ~ParseError() = default;
-
     [[nodiscard]] HRESULT answer() const noexcept
     {
         return m_fault.code == S_OK ? S_FALSE : S_OK;
@@ -95,7 +68,6 @@ private:
         return text.empty() ? S_FALSE : giveString(text, place);
     }
 
-    ULONG m_references = 1;
     const XmlFault m_fault;
 };
 

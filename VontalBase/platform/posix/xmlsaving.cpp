@@ -82,7 +82,7 @@ HRESULT saveDocument(Tree & tree, const VARIANT & target) noexcept
             IUnknown * const object = objectIn(inner);
             if (DocumentObject * const document = documentIn(object))
                 return saveToDocument(tree, *document);
-            const ComPointer<ISequentialStream> stream = queryFor<ISequentialStream>(object);
+            const qvbase::ReferenceMSCom<ISequentialStream> stream = queryFor<ISequentialStream>(object);
             return stream ? saveToStream(tree, *stream.get()) : E_INVALIDARG;
         });
 }

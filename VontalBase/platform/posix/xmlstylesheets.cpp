@@ -50,7 +50,7 @@ HRESULT transformInto(const NodePlace & place, IXMLDOMNode * stylesheet, const V
         {
             IUnknown * const object = objectIn(target);
             DocumentObject * const document = documentIn(object);
-            const ComPointer<ISequentialStream> stream = queryFor<ISequentialStream>(object);
+            const qvbase::ReferenceMSCom<ISequentialStream> stream = queryFor<ISequentialStream>(object);
             const NodePlace sheet = placeOf(stylesheet);
             if (sheet.node == nullptr || (document == nullptr && !stream))
                 return E_INVALIDARG;

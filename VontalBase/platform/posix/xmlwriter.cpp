@@ -69,13 +69,13 @@ public:
     {
         if (target.vt == VT_EMPTY)
         {
-            m_output.reset();
+            m_output.release();
             return S_OK;
         }
         DocumentObject * const document = documentIn(objectIn(target));
         if (document == nullptr)
             return E_INVALIDARG;
-        m_output = ComPointer<DocumentObject>::sharing(document);
+        m_output = qvbase::ReferenceMSCom<DocumentObject>(document);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_output(VARIANT * target) override
@@ -114,27 +114,27 @@ public:
     }
     HRESULT STDMETHODCALLTYPE put_indent(VARIANT_BOOL indent) override
     {
-        return set(m_format.indents, indent);
+        return setFlag(m_format.indents, indent);
     }
     HRESULT STDMETHODCALLTYPE get_indent(VARIANT_BOOL * indent) override
     {
-        return give(m_format.indents, indent);
+        return giveFlag(m_format.indents, indent);
     }
     HRESULT STDMETHODCALLTYPE put_standalone(VARIANT_BOOL value) override
     {
-        return set(m_format.isStandalone, value);
+        return setFlag(m_format.isStandalone, value);
     }
     HRESULT STDMETHODCALLTYPE get_standalone(VARIANT_BOOL * value) override
     {
-        return give(m_format.isStandalone, value);
+        return giveFlag(m_format.isStandalone, value);
     }
     HRESULT STDMETHODCALLTYPE put_omitXMLDeclaration(VARIANT_BOOL value) override
     {
-        return set(m_format.omitsDeclaration, value);
+        return setFlag(m_format.omitsDeclaration, value);
     }
     HRESULT STDMETHODCALLTYPE get_omitXMLDeclaration(VARIANT_BOOL * value) override
     {
-        return give(m_format.omitsDeclaration, value);
+        return giveFlag(m_format.omitsDeclaration, value);
     }
 
     /// Formats the document that is read, if it is the one to write to.
@@ -148,21 +148,8 @@ public:
 private:
     ~Writer() = default;
 
-    static HRESULT set(bool & flag, VARIANT_BOOL value) noexcept
-    {
-        flag = value != VARIANT_FALSE;
-        return S_OK;
-    }
-    static HRESULT give(bool flag, VARIANT_BOOL * value) noexcept
-    {
-        if (value == nullptr)
-            return E_INVALIDARG;
-        *value = flag ? VARIANT_TRUE : VARIANT_FALSE;
-        return S_OK;
-    }
-
     ULONG m_references = 1;
-    ComPointer<DocumentObject> m_output;
+    qvbase::ReferenceMSCom<DocumentObject> m_output;
     XmlFormat m_format;
 };
 
@@ -174,39 +161,12 @@ Writer * writerBehind(IUnknown * object) noexcept
     return static_cast<Writer *>(found);
 }
 
-class Reader final : public ISAXXMLReader
+class Reader final : public CountedObject<ISAXXMLReader>
 {
 public:
-    Reader() = default;
-    Reader(const Reader &) = delete;
-    Reader & operator=(const Reader &) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (iid != idOf<IUnknown>() && iid != idOf<ISAXXMLReader>())
-            return E_NOINTERFACE;
-        ++m_references;
-        *object = static_cast<ISAXXMLReader *>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override
-    {
-        return ++m_references;
-    }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --m_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
     HRESULT STDMETHODCALLTYPE getProperty(const wchar_t * name, VARIANT * value) override
     {
-        const ComPointer<IUnknown> * const property = propertyOf(name);
+        const qvbase::ReferenceMSCom<IUnknown> * const property = propertyOf(name);
         if (property == nullptr || value == nullptr)
             return E_INVALIDARG;
         *value = {};
@@ -220,13 +180,13 @@ public:
     }
     HRESULT STDMETHODCALLTYPE putProperty(const wchar_t * name, VARIANT value) override
     {
-        ComPointer<IUnknown> * const property = propertyOf(name);
+        qvbase::ReferenceMSCom<IUnknown> * const property = propertyOf(name);
         IUnknown * const object = objectIn(value);
         if (property == nullptr)
             return E_INVALIDARG;
         if (object == nullptr ? value.vt != VT_EMPTY && value.vt != VT_NULL : writerBehind(object) == nullptr)
             return E_INVALIDARG;
-        *property = ComPointer<IUnknown>::sharing(object);
+        *property = qvbase::ReferenceMSCom<IUnknown>(object);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE getContentHandler(ISAXContentHandler ** handler) override
@@ -261,10 +221,8 @@ public:
     }
 
 private:
-    ~Reader() = default;
-
     /// The place of a property; null for another name.
-    ComPointer<IUnknown> * propertyOf(const wchar_t * name) noexcept
+    qvbase::ReferenceMSCom<IUnknown> * propertyOf(const wchar_t * name) noexcept
     {
         const std::wstring_view wanted = name != nullptr ? name : L"";
         if (wanted == L"http://xml.org/sax/properties/lexical-handler")
@@ -275,28 +233,27 @@ private:
     }
 
     template <class Interface>
-    static HRESULT set(ComPointer<Interface> & place, Interface * handler) noexcept
+    static HRESULT set(qvbase::ReferenceMSCom<Interface> & place, Interface * handler) noexcept
     {
         if (handler != nullptr && writerBehind(handler) == nullptr)
             return E_NOTIMPL;
-        place = ComPointer<Interface>::sharing(handler);
+        place = qvbase::ReferenceMSCom<Interface>(handler);
         return S_OK;
     }
     template <class Interface>
-    static HRESULT give(const ComPointer<Interface> & place, Interface ** handler) noexcept
+    static HRESULT give(const qvbase::ReferenceMSCom<Interface> & place, Interface ** handler) noexcept
     {
         if (handler == nullptr)
             return E_POINTER;
-        *handler = ComPointer<Interface>::sharing(place.get()).release();
+        *handler = qvbase::ReferenceMSCom<Interface>(place.get()).detach();
         return S_OK;
     }
 
-    ULONG m_references = 1;
-    ComPointer<ISAXContentHandler> m_contentHandler;
-    ComPointer<ISAXDTDHandler> m_dtdHandler;
-    ComPointer<ISAXErrorHandler> m_errorHandler;
-    ComPointer<IUnknown> m_lexicalHandler;
-    ComPointer<IUnknown> m_declarationHandler;
+    qvbase::ReferenceMSCom<ISAXContentHandler> m_contentHandler;
+    qvbase::ReferenceMSCom<ISAXDTDHandler> m_dtdHandler;
+    qvbase::ReferenceMSCom<ISAXErrorHandler> m_errorHandler;
+    qvbase::ReferenceMSCom<IUnknown> m_lexicalHandler;
+    qvbase::ReferenceMSCom<IUnknown> m_declarationHandler;
 };
 
 } // namespace
