@@ -7,6 +7,7 @@
 
 #include "disk/disksupport.h"
 #include "support/NativePaths.h"
+#include "support/SecondsNow.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -113,10 +114,10 @@ TEST_F(TemporaryFilesAtTheGates, TakeAnotherNumberForADirectoryThatIsRefused)
 {
     const RandomNumbers numbers(4711);
     platform::armGates({makeDirectory, 1, 1, GateAnswer::Fail});
-    const std::time_t before = std::time(nullptr);
+    const std::time_t before = testsupport::secondsNow();
     u8string out;
     EXPECT_TRUE(qvdisk::createTempDir("a", out));
-    const std::time_t after = std::time(nullptr);
+    const std::time_t after = testsupport::secondsNow();
     EXPECT_EQ(platform::gatePassages(), 2U);
     const std::string name = leaf(out);
     ASSERT_THAT(name, HasForm("a-#.#"));
@@ -133,7 +134,7 @@ constexpr int patience = 60;
 TEST_F(TemporaryFilesAtTheGates, DoNotAskForADirectoryThatIsThere)
 {
     const RandomNumbers numbers(4712);
-    const std::time_t now = std::time(nullptr);
+    const std::time_t now = testsupport::secondsNow();
     for (int i = 0; i < patience; ++i)
         fs::create_directory(directory.path() / ("a-" + std::to_string(now + i) + '.' + numbers.first));
     platform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});
@@ -146,7 +147,7 @@ TEST_F(TemporaryFilesAtTheGates, DoNotAskForADirectoryThatIsThere)
 TEST_F(TemporaryFilesAtTheGates, TryADirectoryWhoseNameAFileHas)
 {
     const RandomNumbers numbers(4713);
-    const std::time_t now = std::time(nullptr);
+    const std::time_t now = testsupport::secondsNow();
     for (int i = 0; i < patience; ++i)
         directory.write("a-" + std::to_string(now + i) + '.' + numbers.first, "1");
     platform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});

@@ -5,6 +5,7 @@
 #include "disk/disksupport.h"
 #include "support/ChildProcess.h"
 #include "support/NativePaths.h"
+#include "support/SecondsNow.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -71,10 +72,10 @@ TEST(CreateTempFile, NamesTheFileByPrefixTimeAndSuffix)
 TEST(CreateTempFile, PutsTheSecondsIntoTheName)
 {
     const TempDirectory directory;
-    const std::time_t before = std::time(nullptr);
+    const std::time_t before = testsupport::secondsNow();
     std::wstring out;
     ASSERT_TRUE(qvdisk::createTempFile(wide(pathOf(directory)), L"a", L"", out));
-    const std::time_t after = std::time(nullptr);
+    const std::time_t after = testsupport::secondsNow();
     const long long named = std::stoll(leaf(out).substr(2));
     EXPECT_GE(named, before);
     EXPECT_LE(named, after);

@@ -7,6 +7,7 @@
 #include "support/Eventually.h"
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
+#include "support/SecondsNow.h"
 #include "support/TempDirectory.h"
 
 #include <ctime>
@@ -38,14 +39,14 @@ bool close(std::FILE * stream)
 TEST(PlatformFiles, TellWhatAPathNames)
 {
     const TempDirectory directory;
-    const std::time_t before = std::time(nullptr);
+    const std::time_t before = testsupport::secondsNow();
     directory.write("file", "12345");
     FileStatus status;
     ASSERT_TRUE(platform::readFileStatus(inside(directory, "file"), status));
     EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
     EXPECT_EQ(status.size, 5);
     EXPECT_GE(status.modificationTime, before - 2);
-    EXPECT_LE(status.modificationTime, std::time(nullptr) + 2);
+    EXPECT_LE(status.modificationTime, testsupport::secondsNow() + 2);
     ASSERT_TRUE(platform::readFileStatus(directory.text("file"), status)) << "the narrow form";
     EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
     EXPECT_EQ(status.size, 5);
