@@ -2,6 +2,11 @@
 # instrumented whole or not at all, but neither our warnings nor our language settings.
 
 find_package(Threads REQUIRED)
+if(WIN32)
+    # One DLL less to ship.
+    set(ZLIB_USE_STATIC_LIBS ON)
+endif()
+find_package(ZLIB 1.2.11 REQUIRED)
 if(NOT WIN32)
     find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
     find_package(LibXml2 2.9 REQUIRED)
@@ -71,7 +76,7 @@ function(vontalbase_set_up_library target)
     set_target_properties(${target} PROPERTIES
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
-    target_link_libraries(${target} PRIVATE Threads::Threads)
+    target_link_libraries(${target} PRIVATE Threads::Threads ZLIB::ZLIB)
     if(NOT WIN32)
         # One thread-local pointer is read for each node of a tree that is taken apart: a load, not a call. And
         # calls of the C library go straight to it.

@@ -37,6 +37,15 @@ CivilTime systemLocalNow() noexcept;
 /// What the system says, whatever a test has set: units of 100 nanoseconds since 1601, in UTC.
 std::uint64_t systemFileTimeNow() noexcept;
 
+/// Takes up what the environment says of the process's time zone by now. Not to be called while another
+/// thread changes the environment.
+void refreshTimeZone() noexcept;
+
+/// The seconds from the beginning of 1970 in UTC to a date and time in the user's time zone, taken as one
+/// without daylight saving.
+/// @param time all of whose parts are in range, of the years 1970 to 2037.
+std::int64_t secondsOfStandardTime(const CivilTime & time) noexcept;
+
 #ifdef VONTALBASE_FAULT_GATES
 
 /// Makes `localNow` give this in every thread, until the next setting or `resetClocks`. The other functions

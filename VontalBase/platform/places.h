@@ -17,6 +17,10 @@ std::wstring programPath();
 /// it.
 std::wstring temporaryDirectory();
 
+/// The process's working directory, without a separator at its end unless it is a root; empty where the
+/// system does not tell it.
+std::wstring workingDirectory();
+
 /// A path in UTF-8 as other programs take it.
 std::string nativePath(const std::string & path);
 

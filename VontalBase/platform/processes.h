@@ -5,20 +5,13 @@
 /// A call that fails leaves its results as they were. Each handle belongs to one thread at a time.
 #pragma once
 
+#include "VontalBase/platform/handles.h"
+
 #include <cstdint>
 #include <string>
 
 namespace platform
 {
-
-/// The end of a pipe. Elsewhere than on Windows it is a descriptor in the form of a pointer.
-using Handle = void *;
-
-/// The value of no handle.
-inline Handle invalidHandle() noexcept
-{
-    return reinterpret_cast<Handle>(std::intptr_t{-1});
-}
 
 /// What the system tells of a started process: all zeros for none. Fields that a system does not have stay 0.
 struct ProcessInformation
@@ -60,9 +53,6 @@ bool copyForOneself(Handle end, Handle & copy);
 /// from then on, and a user who has few rights may have only so much of all pipes. On Windows nothing
 /// happens.
 void shrinkPipe(Handle end) noexcept;
-
-/// Closes the end of a pipe.
-void closeHandle(Handle handle) noexcept;
 
 /// Starts a program, with the environment and working directory of this process and without a window. It gets
 /// the three handles as its standard streams, and no other one. Signals that a terminal sends to this process
