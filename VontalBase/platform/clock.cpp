@@ -1,5 +1,7 @@
 #include "VontalBase/platform/clock.h"
 
+#include <ctime>
+
 #ifdef VONTALBASE_FAULT_GATES
 #include <atomic>
 #include <limits>
@@ -73,6 +75,22 @@ CivilTime utcNow() noexcept
 std::int64_t secondsSince1970() noexcept
 {
     return static_cast<std::int64_t>(fileTimeNow() / fileTimeUnits) - secondsFrom1601To1970;
+}
+
+std::int64_t secondsOfStandardTime(const CivilTime & time) noexcept
+{
+    // Some systems do not count what lies before 1970 in UTC, as the first hours of 1970 do east of it.
+    constexpr std::int64_t secondsOfDay = 86400;
+    const bool isFirstDay = time.year == 1970 && time.month == 1 && time.day == 1;
+    std::tm fields{};
+    fields.tm_year = time.year - 1900;
+    fields.tm_mon = time.month - 1;
+    fields.tm_mday = isFirstDay ? 2 : time.day;
+    fields.tm_hour = time.hour;
+    fields.tm_min = time.minute;
+    fields.tm_sec = time.second;
+    fields.tm_isdst = 0;
+    return std::int64_t{std::mktime(&fields)} - (isFirstDay ? secondsOfDay : 0);
 }
 
 } // namespace platform

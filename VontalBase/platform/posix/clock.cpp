@@ -62,4 +62,9 @@ std::uint64_t systemFileTimeNow() noexcept
         (now.tv_sec + secondsFrom1601To1970) * fileTimeUnits + now.tv_nsec / 100);
 }
 
+void refreshTimeZone() noexcept
+{
+    tzset();
+}
+
 } // namespace platform

@@ -3,6 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/posix/kernelpath.h"
+#include "VontalBase/platform/posix/openfile.h"
 
 #include <array>
 #include <cerrno>
@@ -18,13 +19,7 @@ namespace
 {
 
 constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
-constexpr mode_t usualFileMode = S_IRUSR | S_IRGRP | S_IROTH | writeBits;
 constexpr mode_t usualDirectoryMode = S_IRWXU | S_IRWXG | S_IRWXO;
-
-/// A child process holds what it inherits until its program begins, and with it a lock whose stream was
-/// closed meanwhile. That is over sooner than these attempts are.
-constexpr int lockAttempts = 10;
-constexpr useconds_t lockPause = 1000;
 
 enum class Links
 {
@@ -38,37 +33,6 @@ bool readStatus(const KernelPath & path, Links links, struct stat & status)
            0;
 }
 
-/// `open`, until no signal interrupts it.
-int openFile(const char * service, const KernelPath & path, int flags, mode_t mode = 0)
-{
-    const GateAnswer answer = passGate(service);
-    if (answer == GateAnswer::Fail)
-        return -1;
-    bool isInterrupted = answer == GateAnswer::Interrupt;
-    for (;;)
-    {
-        const int descriptor =
-            isInterrupted ? -1 : openat(path.directory(), path.name(), flags | O_CLOEXEC, mode);
-        if (descriptor >= 0 || (!isInterrupted && errno != EINTR))
-            return descriptor;
-        isInterrupted = false;
-    }
-}
-
-int flagsOf(const OpenMode & mode)
-{
-    int flags = O_RDONLY;
-    if (mode.writes)
-        flags = mode.reads ? O_RDWR : O_WRONLY;
-    if (mode.creates)
-        flags |= O_CREAT;
-    if (mode.isExclusive)
-        flags |= O_EXCL;
-    if (mode.appends)
-        flags |= O_APPEND;
-    return flags;
-}
-
 /// The mode of a stream over a descriptor that is open already.
 const char * streamMode(const OpenMode & mode)
 {
@@ -77,38 +41,6 @@ const char * streamMode(const OpenMode & mode)
     if (mode.writes)
         return mode.reads ? "r+" : "w";
     return "r";
-}
-
-/// Takes the lock that goes with a mode. A file system that has no locks refuses nobody.
-bool lockFile(int descriptor, const OpenMode & mode)
-{
-    if (gateFails("lock file"))
-        return false;
-    const int operation = (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB;
-    for (int attempt = 1; flock(descriptor, operation) != 0; ++attempt)
-    {
-        if (errno != EWOULDBLOCK)
-            return true;
-        if (attempt == lockAttempts)
-            return false;
-        usleep(lockPause);
-    }
-    return true;
-}
-
-/// Makes an open file ready for a stream. Nothing is emptied before all else has been granted.
-bool settle(int descriptor, const OpenMode & mode)
-{
-    struct stat status
-    {
-    };
-    if (gateFails("look at open file") || fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
-        return false;
-    if (!S_ISREG(status.st_mode))
-        return true;
-    if (!lockFile(descriptor, mode))
-        return false;
-    return !mode.empties || (!gateFails("empty file") && ftruncate(descriptor, 0) == 0);
 }
 
 std::int64_t secondsOf(const struct stat & status)

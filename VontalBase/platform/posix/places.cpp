@@ -4,6 +4,7 @@
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/text/utf.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
@@ -79,6 +80,20 @@ std::wstring temporaryDirectory()
     if (last == std::wstring::npos)
         return L"/";
     return directory.substr(0, last + 1) + L'\\';
+}
+
+std::wstring workingDirectory()
+{
+    if (gateFails("working directory"))
+        return {};
+    std::string path(256, '\0');
+    while (getcwd(path.data(), path.size()) == nullptr)
+    {
+        if (errno != ERANGE)
+            return {};
+        path.resize(2 * path.size());
+    }
+    return wideFrom(path.c_str());
 }
 
 std::string nativePath(const std::string & path)

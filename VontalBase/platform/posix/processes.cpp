@@ -2,6 +2,7 @@
 
 #include "VontalBase/platform/commandline.h"
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/posix/descriptors.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/text/utf.h"
@@ -29,30 +30,6 @@ namespace
 {
 
 using Clock = std::chrono::steady_clock;
-
-/// The first descriptor that is no standard stream.
-constexpr int firstFree = 3;
-
-int descriptorOf(Handle handle) noexcept
-{
-    return static_cast<int>(reinterpret_cast<std::intptr_t>(handle));
-}
-
-Handle handleOf(int descriptor) noexcept
-{
-    return reinterpret_cast<Handle>(static_cast<std::intptr_t>(descriptor));
-}
-
-/// In a program without standard streams the ends of pipes would get their numbers, and a child that gets one
-/// of them as another stream would lose it.
-int aboveStandardStreams(int descriptor) noexcept
-{
-    if (descriptor < 0 || descriptor >= firstFree)
-        return descriptor;
-    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, firstFree);
-    ::close(descriptor);
-    return moved;
-}
 
 // ---------------------------------------------------------------------------------------------------
 // Children that nobody watches
@@ -117,7 +94,7 @@ public:
         sigaddset(&usual, SIGPIPE);
         return m_hasActions && m_hasAttributes && setStream(streams.input, STDIN_FILENO) &&
                setStream(streams.output, STDOUT_FILENO) && setStream(streams.error, STDERR_FILENO) &&
-               posix_spawn_file_actions_addclosefrom_np(&m_actions, firstFree) == 0 &&
+               posix_spawn_file_actions_addclosefrom_np(&m_actions, firstFreeDescriptor) == 0 &&
                posix_spawnattr_setsigmask(&m_attributes, &none) == 0 &&
                posix_spawnattr_setsigdefault(&m_attributes, &usual) == 0 &&
                posix_spawnattr_setpgroup(&m_attributes, 0) == 0 &&
@@ -243,7 +220,7 @@ bool copyForOneself(Handle end, Handle & copy)
 {
     if (gateFails("copy pipe end"))
         return false;
-    Descriptor result(fcntl(descriptorOf(end), F_DUPFD_CLOEXEC, firstFree));
+    Descriptor result(fcntl(descriptorOf(end), F_DUPFD_CLOEXEC, firstFreeDescriptor));
     if (!result.isOpen())
         return false;
     // A child might read its own output, and so take away what was there when it was counted.
@@ -257,11 +234,6 @@ void shrinkPipe(Handle end) noexcept
 {
     // The least that the system has is a page. It refuses while more than that waits to be read.
     fcntl(descriptorOf(end), F_SETPIPE_SZ, 1);
-}
-
-void closeHandle(Handle handle) noexcept
-{
-    ::close(descriptorOf(handle));
 }
 
 bool startProcess(

@@ -2,6 +2,8 @@
 
 #include "VontalBase/platform/windows/windows_headers.h"
 
+#include <ctime>
+
 namespace platform
 {
 
@@ -17,6 +19,11 @@ std::uint64_t systemFileTimeNow() noexcept
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
     return (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
+}
+
+void refreshTimeZone() noexcept
+{
+    _tzset();
 }
 
 } // namespace platform

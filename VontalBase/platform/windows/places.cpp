@@ -38,6 +38,23 @@ std::wstring temporaryDirectory()
     return path;
 }
 
+std::wstring workingDirectory()
+{
+    if (gateFails("working directory"))
+        return {};
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;)
+    {
+        const DWORD length = GetCurrentDirectoryW(static_cast<DWORD>(path.size()), path.data());
+        if (length < path.size())
+        {
+            path.resize(length);
+            return path;
+        }
+        path.resize(length);
+    }
+}
+
 std::string nativePath(const std::string & path)
 {
     return path;

@@ -99,11 +99,6 @@ void shrinkPipe(Handle) noexcept
     // The system takes memory only for what waits.
 }
 
-void closeHandle(Handle handle) noexcept
-{
-    CloseHandle(handle);
-}
-
 bool startProcess(
     const std::wstring & commandLine, const StandardHandles & streams, ProcessInformation & information)
 {

@@ -1,0 +1,101 @@
+#include "VontalBase/platform/handles.h"
+
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/posix/descriptors.h"
+#include "VontalBase/platform/posix/openfile.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform
+{
+
+namespace
+{
+
+/// A child process holds what it inherits until its program begins, and with it a lock whose stream was
+/// closed meanwhile. That is over sooner than these attempts are.
+constexpr int lockAttempts = 10;
+constexpr useconds_t lockPause = 1000;
+
+/// Takes the lock that goes with a mode. A file system that has no locks refuses nobody.
+bool lockFile(int descriptor, const OpenMode & mode)
+{
+    if (gateFails("lock file"))
+        return false;
+    const int operation = (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB;
+    for (int attempt = 1; flock(descriptor, operation) != 0; ++attempt)
+    {
+        if (errno != EWOULDBLOCK)
+            return true;
+        if (attempt == lockAttempts)
+            return false;
+        usleep(lockPause);
+    }
+    return true;
+}
+
+} // namespace
+
+int openFile(const char * service, const KernelPath & path, int flags, mode_t mode)
+{
+    const GateAnswer answer = passGate(service);
+    if (answer == GateAnswer::Fail)
+        return -1;
+    bool isInterrupted = answer == GateAnswer::Interrupt;
+    for (;;)
+    {
+        const int descriptor =
+            isInterrupted ? -1 : openat(path.directory(), path.name(), flags | O_CLOEXEC, mode);
+        if (descriptor >= 0 || (!isInterrupted && errno != EINTR))
+            return descriptor;
+        isInterrupted = false;
+    }
+}
+
+int flagsOf(const OpenMode & mode) noexcept
+{
+    int flags = O_RDONLY;
+    if (mode.writes)
+        flags = mode.reads ? O_RDWR : O_WRONLY;
+    if (mode.creates)
+        flags |= O_CREAT;
+    if (mode.isExclusive)
+        flags |= O_EXCL;
+    if (mode.appends)
+        flags |= O_APPEND;
+    return flags;
+}
+
+bool settle(int descriptor, const OpenMode & mode)
+{
+    struct stat status
+    {
+    };
+    if (gateFails("look at open file") || fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
+        return false;
+    if (!S_ISREG(status.st_mode))
+        return true;
+    if (!lockFile(descriptor, mode))
+        return false;
+    return !mode.empties || (!gateFails("empty file") && ftruncate(descriptor, 0) == 0);
+}
+
+int aboveStandardStreams(int descriptor) noexcept
+{
+    if (descriptor < 0 || descriptor >= firstFreeDescriptor)
+        return descriptor;
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, firstFreeDescriptor);
+    ::close(descriptor);
+    return moved;
+}
+
+void closeHandle(Handle handle) noexcept
+{
+    ::close(descriptorOf(handle));
+}
+
+} // namespace platform

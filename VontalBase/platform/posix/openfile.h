@@ -1,0 +1,28 @@
+/// @internal
+/// @file
+/// Opening files and what comes before their first byte.
+#pragma once
+
+#include "VontalBase/platform/openmode.h"
+#include "VontalBase/platform/posix/kernelpath.h"
+
+#include <sys/types.h>
+
+namespace platform
+{
+
+/// The mode of a file that is made for everybody, before the process's mask.
+constexpr mode_t usualFileMode = 0666;
+
+/// `open` behind a gate, until no signal interrupts it; never for child processes.
+/// @return the descriptor, which the caller closes; -1 where the system refuses.
+int openFile(const char * service, const KernelPath & path, int flags, mode_t mode = 0);
+
+/// The flags of the kernel for a mode. Emptying is left to `settle`.
+int flagsOf(const OpenMode & mode) noexcept;
+
+/// Makes an open file ready: it is no directory, the lock that goes with the mode is taken, and then it is
+/// emptied where the mode says so. A file system that has no locks refuses nobody.
+bool settle(int descriptor, const OpenMode & mode);
+
+} // namespace platform
