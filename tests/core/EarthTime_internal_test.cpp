@@ -8,8 +8,8 @@
 
 #include "support/ChildProcess.h"
 #include "support/NativePaths.h"
+#include "support/TestBarrier.h"
 
-#include <barrier>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -136,7 +136,7 @@ TEST(EarthTimeLocale, HasADateEvenWhereTheSystemTellsNoFormat)
 VONTALBASE_TEST_CHILD(formatsDatesInManyThreads, arguments)
 {
     constexpr int count = 8;
-    std::barrier start(count);
+    testsupport::TestBarrier start(count);
     std::vector<Vontal::u8string> texts(count);
     std::vector<std::thread> threads;
     for (int i = 0; i < count; ++i)
@@ -144,7 +144,7 @@ VONTALBASE_TEST_CHILD(formatsDatesInManyThreads, arguments)
         threads.emplace_back(
             [&, i]
             {
-                start.arrive_and_wait();
+                start.arriveAndWait();
                 texts[static_cast<std::size_t>(i)] = EarthTime(2024, 1, 15, 0).formatDate();
             });
     }

@@ -3,9 +3,9 @@
 
 #include "support/ChildProcess.h"
 #include "support/MemorySearch.h"
+#include "support/TestBarrier.h"
 
 #include <algorithm>
-#include <barrier>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -116,7 +116,7 @@ TEST(PlatformProtection, HasAnotherKeyInEachProcess)
 VONTALBASE_TEST_CHILD(protectsInManyThreadsAtFirst, arguments)
 {
     constexpr int count = 8;
-    std::barrier start(count);
+    testsupport::TestBarrier start(count);
     std::vector<std::string> results(count);
     std::vector<std::thread> threads;
     for (int i = 0; i < count; ++i)
@@ -125,7 +125,7 @@ VONTALBASE_TEST_CHILD(protectsInManyThreadsAtFirst, arguments)
             [&, i]
             {
                 std::string bytes(16, 'x');
-                start.arrive_and_wait();
+                start.arriveAndWait();
                 if (protectMemory(bytes.data(), 16))
                     results[static_cast<std::size_t>(i)] = bytes;
             });
