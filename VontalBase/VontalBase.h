@@ -100,4 +100,6 @@
 #include "VontalBase/utils/uuid.h"
 #include "VontalBase/xml/Node.h"
 #include "VontalBase/xml/XMLDocPtr.h"
+#include "VontalBase/zip/ziphandle.h"
+#include "VontalBase/zip/zipreader.h"
 // IWYU pragma: end_exports
