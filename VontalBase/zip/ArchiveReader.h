@@ -1,0 +1,106 @@
+/// @internal
+/// @file
+/// An archive that is open for reading: what a reader's handle stands for.
+#pragma once
+
+#include "VontalBase/zip/zipdirectory.h"
+#include "VontalBase/zip/zipinput.h"
+#include "VontalBase/zip/zipitem.h"
+#include "VontalBase/zip/zipreader.h"
+#include "VontalBase/zip/zipresults.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace zip
+{
+
+class Output;
+
+/// What the archive says of an item, as far as an entry does not show it.
+struct ItemFacts
+{
+    /// All bytes of the name as it is stored.
+    std::string name;
+    std::uint16_t flags = 0;
+    std::uint16_t method = 0;
+    std::uint32_t crc = 0;
+    std::uint32_t compressedSize = 0;
+    std::uint32_t uncompressedSize = 0;
+    std::uint32_t externalAttributes = 0;
+    /// Where the header in front of the data is, from the beginning of the input.
+    std::uint64_t headerPosition = 0;
+    /// Where the data are, likewise; behind them comes what `compressedSize` tells.
+    std::uint64_t dataPosition = 0;
+};
+
+/// The reader of an archive. The functions that bear the names of the interface's do what is told there; any
+/// of them may throw `std::bad_alloc`, and then no item is open for reading.
+class ArchiveReader
+{
+public:
+    ArchiveReader();
+    ArchiveReader(const ArchiveReader &) = delete;
+    ArchiveReader & operator=(const ArchiveReader &) = delete;
+    ~ArchiveReader();
+
+    Result open(void * source, unsigned int length, Vontal::ulong32 kind);
+
+    Result getItem(int index, ZIPENTRY & entry);
+
+    /// @param name null for none that is found.
+    /// @param index receives the index, or -1 where there is none.
+    Result findItem(const wchar_t * name, bool ignoreCase, int & index);
+
+    Result unzipToMemory(int index, void * block, unsigned int size);
+    /// @param path null for none that opens.
+    Result unzipToFile(int index, const wchar_t * path);
+    Result unzipToHandle(int index, platform::Handle handle);
+
+    // For readers that trust nobody: the same items, with nothing smoothed over.
+
+    /// The count of items, as the record of the archive's end tells it.
+    [[nodiscard]] int entryCount() const noexcept
+    {
+        return m_directory.endRecord().entryCount;
+    }
+
+    /// Tells of an item, and ends one that is open.
+    /// @return `corrupt`, with @p facts in any state, where the item's entry or header cannot be read or do
+    /// not
+    ///     agree.
+    Result readFacts(int index, ItemFacts & facts);
+
+    /// Opens an item, and ends one that is open.
+    /// @return `faultyArguments` where there is no such index, `corrupt` where the item does not open.
+    Result beginItem(int index);
+
+    /// Reads the next bytes of the open item; with none open, this is a failure.
+    ItemPiece readItem(void * buffer, std::size_t size);
+
+    /// Ends the open item.
+    ItemEnd endItem() noexcept;
+
+private:
+    bool goToItem(int index, std::size_t wanted, LocalHeader & header);
+    [[nodiscard]] bool hasIndex(int index) const noexcept;
+    Result readEntry(int index, std::size_t wanted, ZIPENTRY & entry);
+    bool openItem(int index);
+    Result beginExtraction(int index, ZIPENTRY & entry, bool & isTold);
+    Result extract(int index, Output & output, const ZIPENTRY * entry);
+    bool pass(Output & output);
+
+    std::wstring m_rootDirectory;
+    Input m_input;
+    Directory m_directory;
+    InputWindow m_itemWindow;
+    ItemReader m_item;
+    int m_openIndex = -1;
+    ZIPENTRY m_cachedEntry{};
+    int m_cachedIndex = -1;
+    std::unique_ptr<unsigned char[]> m_pieces;
+};
+
+} // namespace zip

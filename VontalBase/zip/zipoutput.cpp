@@ -1,0 +1,81 @@
+#include "VontalBase/zip/zipoutput.h"
+
+#include "VontalBase/platform/filehandles.h"
+#include "VontalBase/platform/files.h"
+
+namespace zip
+{
+
+namespace
+{
+
+constexpr std::wstring_view separators = L"/\\";
+
+bool isSeparator(wchar_t unit) noexcept
+{
+    return unit == L'/' || unit == L'\\';
+}
+
+bool leadsOut(std::wstring_view name) noexcept
+{
+    // Kept: two dots count wherever a separator follows them, as in "a../b".
+    return isSeparator(name.front()) || (name.size() > 1 && name[1] == L':') ||
+           name.find(L"../") != std::wstring_view::npos || name.find(L"..\\") != std::wstring_view::npos;
+}
+
+} // namespace
+
+void makeDirectories(const std::wstring & root, std::wstring_view path)
+{
+    if (root.empty())
+        return;
+    // A separator that begins the path or follows another one ends no name of its own.
+    for (std::size_t i = 1; i < path.size(); ++i)
+    {
+        if (isSeparator(path[i]) && !isSeparator(path[i - 1]))
+            platform::makeDirectory(root + std::wstring(path.substr(0, i)));
+    }
+    if (!path.empty() && !isSeparator(path.back()))
+        platform::makeDirectory(root + std::wstring(path));
+}
+
+std::wstring_view safeDirectoryPart(std::wstring_view name) noexcept
+{
+    const std::size_t last = name.find_last_of(separators);
+    if (last == std::wstring_view::npos || leadsOut(name))
+        return {};
+    return name.substr(0, last);
+}
+
+Output::Output(platform::Handle handle) noexcept : m_handle(handle), m_isOwned(false)
+{
+}
+
+Output::Output(const std::wstring & path, std::uint32_t attributes)
+    : m_handle(platform::createForWriting(path, attributes)), m_isOwned(true)
+{
+}
+
+Output::~Output()
+{
+    if (m_isOwned && isOpen())
+        platform::closeHandle(m_handle);
+}
+
+bool Output::isOpen() const noexcept
+{
+    return platform::isHandle(m_handle);
+}
+
+bool Output::write(const void * data, std::size_t size) noexcept
+{
+    return isOpen() && platform::writeBytes(m_handle, data, size);
+}
+
+void Output::setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept
+{
+    if (isOpen() && platform::isDiskFile(m_handle))
+        platform::setFileTimes(m_handle, created, accessed, changed);
+}
+
+} // namespace zip
