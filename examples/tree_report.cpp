@@ -11,11 +11,10 @@
 
 #include "console/LiveLine.h"
 #include "console/console.h"
+#include "console/tree.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -24,6 +23,9 @@
 
 namespace
 {
+
+using console::sizeText;
+using console::utf8;
 
 struct FileFacts
 {
@@ -39,28 +41,6 @@ struct Report
     std::vector<Vontal::u8string> unread;
     std::int64_t bytes = 0;
 };
-
-Vontal::u8string sizeText(std::int64_t size)
-{
-    std::string text;
-    qvdisk::formatFileSize(size, text);
-    return text;
-}
-
-Vontal::u8string utf8(const Vontal::pstring & wide)
-{
-    Vontal::u8string text;
-    Vontal::c_u16u8(text, wide);
-    return text;
-}
-
-bool isLink(const qvdisk::File & file)
-{
-    const Vontal::u8string native = qvdisk::nativePath(utf8(file.getPath()));
-    std::error_code error;
-    return std::filesystem::is_symlink(
-        std::filesystem::path(std::u8string(native.begin(), native.end())), error);
-}
 
 /// The digest in hexadecimal. `qvdisk::countMD5sum` would not do: it gives none for files of whole blocks.
 bool digest(qvdisk::File & file, Vontal::u8string & out)
@@ -95,21 +75,6 @@ bool examine(qvdisk::File & file, FileFacts & facts)
 }
 //! [examine]
 
-//! [entries]
-/// Collects what one directory holds.
-class Entries final : public qvdisk::FileEnumerator
-{
-public:
-    bool onEntry(qvdisk::File & entry) override
-    {
-        entries.push_back(entry);
-        return true;
-    }
-
-    std::vector<qvdisk::File> entries;
-};
-//! [entries]
-
 /// Walks a tree, in the order of names, without recursion.
 class Walk
 {
@@ -124,7 +89,7 @@ public:
         {
             qvdisk::File next = m_open.back();
             m_open.pop_back();
-            if (isLink(next))
+            if (console::isLink(next))
                 continue;
             if (next.isDirectory())
                 enter(next);
@@ -145,16 +110,13 @@ private:
 
     void enter(qvdisk::File & directory)
     {
-        Entries found;
-        if (!directory.getEntries(&found))
+        std::vector<qvdisk::File> found;
+        if (!console::readEntries(directory, found))
         {
             m_report.unread.push_back(utf8(directory.getPath()));
             return;
         }
-        // The last one is taken first.
-        std::sort(found.entries.begin(), found.entries.end(),
-            [](const qvdisk::File & a, const qvdisk::File & b) { return a.getPath() > b.getPath(); });
-        m_open.insert(m_open.end(), found.entries.begin(), found.entries.end());
+        m_open.insert(m_open.end(), found.begin(), found.end());
     }
 
     void take(qvdisk::File & file)

@@ -27,4 +27,7 @@ std::string nativePath(const std::string & path);
 /// Whether a single `/` at the beginning of a path is the root of all paths.
 bool isSlashRoot() noexcept;
 
+/// Whether a colon is a character like any other in the name of a file.
+bool mayNamesHoldColons() noexcept;
+
 } // namespace platform

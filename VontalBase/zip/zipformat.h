@@ -23,6 +23,8 @@ constexpr std::size_t endRecordSize = 22;
 constexpr std::uint16_t methodStored = 0;
 constexpr std::uint16_t methodDeflated = 8;
 
+/// The flag of an item that needs a password.
+constexpr std::uint16_t flagEncrypted = 1;
 /// The flag of an item whose sizes and CRC follow its data.
 constexpr std::uint16_t flagDescriptor = 8;
 /// The flag of an item that was deflated with patience.

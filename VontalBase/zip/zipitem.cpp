@@ -52,6 +52,7 @@ void ItemReader::begin(const CentralEntry & entry, const LocalHeader & header)
 {
     m_isOpen = false;
     m_isStored = entry.method == format::methodStored;
+    m_hasEnded = false;
     if (!m_isStored)
         m_inflater.start();
     m_size = entry.uncompressedSize;
@@ -92,6 +93,7 @@ ItemReader::Progress ItemReader::inflate(unsigned char *& target, std::size_t & 
     case Inflater::Step::Done:
         return Progress::More;
     case Inflater::Step::Ended:
+        m_hasEnded = true;
         return Progress::Ended;
     default:
         return Progress::Failed;
@@ -130,6 +132,24 @@ ItemPiece ItemReader::read(void * buffer, std::size_t size)
     const std::size_t count = wanted - room;
     m_restUncompressed -= static_cast<std::uint32_t>(count);
     return {count, progress == Progress::Failed};
+}
+
+bool ItemReader::isWhole()
+{
+    if (m_restUncompressed > 0)
+        return false;
+    // The mark of the stream's end may lie behind the last byte.
+    while (!m_isStored && !m_hasEnded)
+    {
+        if (m_input.empty() && (m_restCompressed == 0 || !takeInput()))
+            return false;
+        unsigned char surplus = 0;
+        unsigned char * target = &surplus;
+        std::size_t room = 1;
+        if (inflate(target, room) == Progress::Failed || room == 0)
+            return false;
+    }
+    return m_input.empty() && m_restCompressed == 0;
 }
 
 ItemEnd ItemReader::end() noexcept

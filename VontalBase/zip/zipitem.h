@@ -78,6 +78,9 @@ public:
     ///     at a failure. None and no failure where it is at its end.
     ItemPiece read(void * buffer, std::size_t size);
 
+    /// Whether all bytes of the open item were read, and the data in the archive end with them.
+    bool isWhole();
+
     /// Ends the item, if one is open.
     ItemEnd end() noexcept;
 
@@ -98,6 +101,8 @@ private:
     Inflater m_inflater;
     bool m_isOpen = false;
     bool m_isStored = false;
+    /// The compressed stream has come to its end.
+    bool m_hasEnded = false;
     std::uint32_t m_size = 0;
     std::uint32_t m_expectedCrc = 0;
     std::uint32_t m_crc = 0;

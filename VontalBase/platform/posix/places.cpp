@@ -106,4 +106,9 @@ bool isSlashRoot() noexcept
     return true;
 }
 
+bool mayNamesHoldColons() noexcept
+{
+    return true;
+}
+
 } // namespace platform

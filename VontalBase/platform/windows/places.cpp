@@ -65,4 +65,9 @@ bool isSlashRoot() noexcept
     return false;
 }
 
+bool mayNamesHoldColons() noexcept
+{
+    return false;
+}
+
 } // namespace platform

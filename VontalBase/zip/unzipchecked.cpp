@@ -1,0 +1,304 @@
+// Unpacking an archive from a stranger.
+
+#include "VontalBase/concurrency/InterruptAskable.h"
+#include "VontalBase/disk/directories.h"
+#include "VontalBase/platform/filehandles.h"
+#include "VontalBase/platform/files.h"
+#include "VontalBase/text/VontalException.h"
+#include "VontalBase/text/astring.h"
+#include "VontalBase/zip/UnzipPlan.h"
+#include "VontalBase/zip/unzip.h"
+#include "VontalBase/zip/zipentry.h"
+#include "VontalBase/zip/zipformat.h"
+#include "VontalBase/zip/ziputfield.h"
+
+#include <algorithm>
+#include <source_location>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace qvzip
+{
+
+namespace
+{
+
+/// How much is read, and written, at once.
+constexpr std::size_t pieceSize = std::size_t{64} * 1024;
+/// Items up to this size are held in memory from their check to their writing; larger ones are read twice.
+constexpr std::size_t heldSize = std::size_t{1024} * 1024;
+
+/// A file that is removed unless it is finished.
+class NewFile
+{
+public:
+    explicit NewFile(const std::wstring & path)
+        : m_path(path), m_handle(platform::createForWriting(path, platform::attribute::normal))
+    {
+    }
+    NewFile(const NewFile &) = delete;
+    NewFile & operator=(const NewFile &) = delete;
+    ~NewFile()
+    {
+        if (!isOpen())
+            return;
+        platform::closeHandle(m_handle);
+        if (!m_isFinished)
+            platform::removeFile(m_path);
+    }
+
+    [[nodiscard]] bool isOpen() const noexcept
+    {
+        return platform::isHandle(m_handle);
+    }
+    [[nodiscard]] platform::Handle get() const noexcept
+    {
+        return m_handle;
+    }
+    void finish() noexcept
+    {
+        m_isFinished = true;
+    }
+
+private:
+    std::wstring m_path;
+    platform::Handle m_handle;
+    bool m_isFinished = false;
+};
+
+/// The directory without separators at its end, where it is not a root. Nothing stands for the working one.
+std::wstring directoryOf(const Vontal::u8string & target)
+{
+    const Vontal::astring path = target.toAstring();
+    const std::size_t last = path.find_last_not_of(L"\\/");
+    if (last == std::wstring::npos)
+        return path.empty() ? L"." : path.substr(0, 1);
+    return path.substr(0, path[last] == L':' ? last + 2 : last + 1);
+}
+
+/// Unpacks what a plan tells.
+class CheckedUnpacking
+{
+public:
+    CheckedUnpacking(zip::OpenArchive & archive, const Vontal::u8string & target,
+        const UnzipOptions & options, qvbase::InterruptAskable * interrupt, const UnzipProgress & progress,
+        VontalException & error)
+        : m_archive(archive), m_target(directoryOf(target)), m_options(options), m_interrupt(interrupt),
+          m_progress(progress), m_error(error), m_piece(pieceSize)
+    {
+    }
+
+    bool unpack()
+    {
+        zip::UnzipPlan plan;
+        if (!zip::makePlan(m_archive, m_options, plan, m_error))
+            return false;
+        m_total = plan.bytes;
+        if (!qvdisk::createDirectories(Vontal::u8string(m_target.c_str())))
+            return zip::refuseItem(
+                m_error, "Cannot make the directory " + zip::quotedName(Vontal::u8string(m_target.c_str())));
+        for (std::size_t index = 0; index < plan.items.size(); ++index)
+        {
+            if (!unpackItem(index, plan.items[index]))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    /// Adds an entry on the item at work.
+    bool refuse(const char * reason, const std::source_location position = std::source_location::current())
+    {
+        const Vontal::u8string name(m_item->path.c_str());
+        return zip::refuseItem(m_error, "Item " + zip::quotedName(name) + " " + reason, position);
+    }
+
+    /// Asks whether to go on. Where not, an entry is added.
+    bool mayGoOn()
+    {
+        return m_interrupt == nullptr || !m_interrupt->isInterrupted() || refuse("was interrupted");
+    }
+
+    bool unpackItem(std::size_t index, const zip::PlannedItem & item)
+    {
+        m_item = &item;
+        if (!mayGoOn())
+            return false;
+        if (item.isDirectory)
+            return makeDirectories(item.path);
+        if (!m_archive.directory.goTo(index) || !openItem())
+            return refuse("cannot be read");
+        return check() && makeDirectories(parentOf(item.path)) && writeFile();
+    }
+
+    static std::wstring parentOf(const std::wstring & path)
+    {
+        const std::size_t end = path.rfind(L'\\');
+        return path.substr(0, end == std::wstring::npos ? 0 : end);
+    }
+
+    std::wstring below(const std::wstring & path) const
+    {
+        return m_target + L'\\' + path;
+    }
+
+    /// Makes directories below the target, none of which may be a link. Items of one directory mostly follow
+    /// each other.
+    bool makeDirectories(const std::wstring & path)
+    {
+        if (path.empty() || path == m_lastDirectory)
+            return true;
+        for (std::size_t end = 0; end != std::wstring::npos;)
+        {
+            end = path.find(L'\\', end + 1);
+            const std::wstring directory = below(path.substr(0, end));
+            if (platform::isLink(directory))
+                return refuse("has a link in its way");
+            platform::FileStatus status;
+            const bool isThere = platform::readFileStatus(directory, status) &&
+                                 status.kind == platform::FileStatus::Kind::Directory;
+            if (!isThere && !platform::makeDirectory(directory))
+                return refuse("has a directory that cannot be made");
+        }
+        m_lastDirectory = path;
+        return true;
+    }
+
+    // Reading
+
+    bool openItem()
+    {
+        const zip::CentralEntry & entry = m_archive.directory.current();
+        if (!zip::readLocalHeader(m_archive.window, entry, m_archive.directory.endRecord().bytesBefore,
+                zip::format::localHeaderSize, m_header))
+        {
+            return false;
+        }
+        m_archive.reader.begin(entry, m_header);
+        return true;
+    }
+
+    /// Reads all of the item; small ones stay in memory.
+    bool check()
+    {
+        const std::size_t size = m_item->size;
+        const bool isHeld = size <= heldSize;
+        m_held.resize(isHeld ? size : 0);
+        for (std::size_t done = 0; done < size;)
+        {
+            char * const target = isHeld ? m_held.data() + done : m_piece.data();
+            const zip::ItemPiece piece = m_archive.reader.read(target, std::min(size - done, pieceSize));
+            if (piece.hasFailed || piece.count == 0)
+                return refuse("is damaged or shorter than told");
+            if (!mayGoOn())
+                return false;
+            done += piece.count;
+        }
+        if (!m_archive.reader.isWhole())
+            return refuse("is longer than told");
+        return m_archive.reader.end() == zip::ItemEnd::Matched || refuse("has a wrong checksum");
+    }
+
+    // Writing
+
+    bool writeFile()
+    {
+        const std::wstring path = below(m_item->path);
+        if (platform::isLink(path))
+            return refuse("has a link in its way");
+        NewFile file(path);
+        if (!file.isOpen())
+            return refuse("cannot be created");
+        if (m_item->size <= heldSize ? !writeHeld(file.get()) : !writeAgain(file.get()))
+            return false;
+        if (m_options.applyTimes)
+            setTimes(file.get());
+        file.finish();
+        return true;
+    }
+
+    bool writePiece(platform::Handle file, const char * data, std::size_t size)
+    {
+        if (!platform::writeBytes(file, data, size))
+            return refuse("cannot be written");
+        m_written += size;
+        if (m_progress)
+            m_progress(m_written, m_total);
+        return mayGoOn();
+    }
+
+    bool writeHeld(platform::Handle file)
+    {
+        for (std::size_t done = 0; done < m_held.size(); done += pieceSize)
+        {
+            if (!writePiece(file, m_held.data() + done, std::min(pieceSize, m_held.size() - done)))
+                return false;
+        }
+        return true;
+    }
+
+    /// Reads the item once more. The file may have changed.
+    bool writeAgain(platform::Handle file)
+    {
+        if (!openItem())
+            return refuse("cannot be read");
+        for (;;)
+        {
+            const zip::ItemPiece piece = m_archive.reader.read(m_piece.data(), pieceSize);
+            if (piece.hasFailed)
+                return refuse("cannot be read");
+            if (piece.count == 0)
+                return m_archive.reader.end() == zip::ItemEnd::Matched || refuse("has a wrong checksum");
+            if (!writePiece(file, m_piece.data(), piece.count))
+                return false;
+        }
+    }
+
+    /// A file system that has no such times is no failure.
+    void setTimes(platform::Handle file)
+    {
+        const zip::CentralEntry & entry = m_archive.directory.current();
+        const std::uint64_t extraPosition = m_header.dataPosition - m_header.extraLength;
+        const std::span<const unsigned char> extra =
+            m_archive.window.view(extraPosition, m_header.extraLength, m_header.extraLength);
+        const zip::UtTimes times =
+            zip::findUtTimes(extra.first(std::min<std::size_t>(extra.size(), m_header.extraLength)));
+        const ZIPENTRY told = zip::entryOf(0, {}, entry, times);
+        platform::setFileTimes(
+            file, zip::unitsOf(told.ctime), zip::unitsOf(told.atime), zip::unitsOf(told.mtime));
+    }
+
+    zip::OpenArchive & m_archive;
+    std::wstring m_target;
+    const UnzipOptions & m_options;
+    qvbase::InterruptAskable * m_interrupt;
+    const UnzipProgress & m_progress;
+    VontalException & m_error;
+
+    const zip::PlannedItem * m_item = nullptr;
+    zip::LocalHeader m_header;
+    std::wstring m_lastDirectory;
+    std::vector<char> m_piece;
+    std::vector<char> m_held;
+    std::uint64_t m_written = 0;
+    std::uint64_t m_total = 0;
+};
+
+} // namespace
+
+bool unzipChecked(const Vontal::u8string & zipPath, const Vontal::u8string & targetDir,
+    VontalException & error, const UnzipOptions & options, qvbase::InterruptAskable * interrupt,
+    const UnzipProgress & progress)
+{
+    zip::OpenArchive archive;
+    Vontal::astring path = zipPath.toAstring();
+    if (archive.input.open(path.data(), 0, ZipKindFile) != zip::result::success ||
+        archive.directory.open() != zip::result::success)
+    {
+        return zip::refuseItem(error, "Cannot open the archive " + zip::quotedName(zipPath));
+    }
+    return CheckedUnpacking(archive, targetDir, options, interrupt, progress, error).unpack();
+}
+
+} // namespace qvzip

@@ -1,0 +1,65 @@
+// What several of the programs do with directories.
+#pragma once
+
+#include "VontalBase/VontalBase.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace console
+{
+
+inline Vontal::u8string sizeText(std::int64_t size)
+{
+    std::string text;
+    qvdisk::formatFileSize(size, text);
+    return text;
+}
+
+inline Vontal::u8string utf8(const Vontal::pstring & wide)
+{
+    Vontal::u8string text;
+    Vontal::c_u16u8(text, wide);
+    return text;
+}
+
+inline bool isLink(const qvdisk::File & file)
+{
+    const Vontal::u8string native = qvdisk::nativePath(utf8(file.getPath()));
+    std::error_code error;
+    return std::filesystem::is_symlink(
+        std::filesystem::path(std::u8string(native.begin(), native.end())), error);
+}
+
+//! [entries]
+/// Collects what one directory holds.
+class Entries final : public qvdisk::FileEnumerator
+{
+public:
+    bool onEntry(qvdisk::File & entry) override
+    {
+        entries.push_back(entry);
+        return true;
+    }
+
+    std::vector<qvdisk::File> entries;
+};
+//! [entries]
+
+/// Reads what a directory holds, the last name first, so that who takes entries from the end takes them in
+/// order.
+inline bool readEntries(qvdisk::File & directory, std::vector<qvdisk::File> & entries)
+{
+    Entries found;
+    if (!directory.getEntries(&found))
+        return false;
+    std::sort(found.entries.begin(), found.entries.end(),
+        [](const qvdisk::File & a, const qvdisk::File & b) { return a.getPath() > b.getPath(); });
+    entries = std::move(found.entries);
+    return true;
+}
+
+} // namespace console
