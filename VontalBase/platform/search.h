@@ -53,6 +53,9 @@ public:
     [[nodiscard]] bool isDots() const noexcept;
     /// Whether it is a directory or a link to one.
     [[nodiscard]] bool isDirectory() const;
+    /// Whether it is something else than a directory that has bytes of its own, or a link to such: no pipe
+    /// and no device. What cannot be looked at is none.
+    [[nodiscard]] bool isFile() const;
     /// Whether it is a symbolic link or what is like one.
     [[nodiscard]] bool isLink() const noexcept;
 

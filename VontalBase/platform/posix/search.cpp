@@ -39,6 +39,7 @@ enum class Kind : std::uint8_t
     Unknown,
     Directory,
     Link,
+    File,
     Other
 };
 
@@ -52,6 +53,8 @@ Kind kindOf(unsigned char type)
         return Kind::Directory;
     case DT_LNK:
         return Kind::Link;
+    case DT_REG:
+        return Kind::File;
     default:
         return Kind::Other;
     }
@@ -61,7 +64,9 @@ Kind kindOf(const struct stat & status)
 {
     if (S_ISDIR(status.st_mode))
         return Kind::Directory;
-    return S_ISLNK(status.st_mode) ? Kind::Link : Kind::Other;
+    if (S_ISLNK(status.st_mode))
+        return Kind::Link;
+    return S_ISREG(status.st_mode) ? Kind::File : Kind::Other;
 }
 
 } // namespace
@@ -79,6 +84,7 @@ struct Search::System
     bool lookUp(const KernelPath & path);
     bool list(int descriptor);
     bool goOn();
+    [[nodiscard]] Kind kindAtEnd() const;
     void closeListing() noexcept;
 
     [[nodiscard]] bool matches(std::string_view candidate) const
@@ -91,7 +97,8 @@ struct Search::System
     /// What the present entry is called in truth.
     std::string name;
     Kind kind = Kind::Other;
-    bool leadsToDirectory = false;
+    /// What a link leads to where one name was looked up.
+    Kind target = Kind::Other;
     /// How many of "." and ".." have been dealt with.
     unsigned int dotsDone = 0;
     bool hasFailed = false;
@@ -109,10 +116,20 @@ bool Search::System::lookUp(const KernelPath & path)
     if (fstatat(path.directory(), path.name(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return false;
     kind = kindOf(status);
-    leadsToDirectory = kind == Kind::Directory ||
-                       (kind == Kind::Link && fstatat(path.directory(), path.name(), &status, 0) == 0 &&
-                           S_ISDIR(status.st_mode));
+    if (kind == Kind::Link && fstatat(path.directory(), path.name(), &status, 0) == 0)
+        target = kindOf(status);
     return true;
+}
+
+/// With a link followed.
+Kind Search::System::kindAtEnd() const
+{
+    if (kind != Kind::Link || listing == nullptr)
+        return kind == Kind::Link ? target : kind;
+    struct stat status
+    {
+    };
+    return fstatat(dirfd(listing), name.c_str(), &status, 0) == 0 ? kindOf(status) : Kind::Other;
 }
 
 /// Takes the descriptor over, also where it fails.
@@ -233,13 +250,12 @@ bool Search::isDots() const noexcept
 
 bool Search::isDirectory() const
 {
-    if (m_system->kind != Kind::Link || m_system->listing == nullptr)
-        return m_system->kind == Kind::Directory || m_system->leadsToDirectory;
-    struct stat status
-    {
-    };
-    return fstatat(dirfd(m_system->listing), m_system->name.c_str(), &status, 0) == 0 &&
-           S_ISDIR(status.st_mode);
+    return m_system->kindAtEnd() == Kind::Directory;
+}
+
+bool Search::isFile() const
+{
+    return m_system->kindAtEnd() == Kind::File;
 }
 
 bool Search::isLink() const noexcept

@@ -130,6 +130,11 @@ bool Search::isDirectory() const
     return (m_system->data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
+bool Search::isFile() const
+{
+    return !isDirectory();
+}
+
 bool Search::isLink() const noexcept
 {
     return (m_system->data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
