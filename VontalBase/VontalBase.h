@@ -102,4 +102,5 @@
 #include "VontalBase/xml/XMLDocPtr.h"
 #include "VontalBase/zip/ziphandle.h"
 #include "VontalBase/zip/zipreader.h"
+#include "VontalBase/zip/zipwriter.h"
 // IWYU pragma: end_exports

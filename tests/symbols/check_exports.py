@@ -22,6 +22,11 @@ COM = re.compile(r"(SysAllocString|SysAllocStringLen|SysFreeString|SysStringLen|
                  r"|Variant(Init|Clear|Copy|ChangeType)|GetErrorInfo|SetErrorInfo|CreateErrorInfo"
                  r"|_com_error|_com_issue_error)\Z")
 
+# The plain functions of zip archives, which are in no namespace.
+ZIP = re.compile(r"(CreateZipZ|ZipAdd|ZipGetMemory|CloseZipZ|AddFolderContent|FormatZipMessageZ|IsZipHandleZ"
+                 r"|OpenZipU|CloseZipU|FindZipItem[AW]|GetZipItem[AW]|UnzipItem|FormatZipMessageU"
+                 r"|IsZipHandleU)\Z")
+
 # Never exported, whatever they start with.
 FORBIDDEN = re.compile(r"8platform")
 
@@ -63,7 +68,7 @@ def main():
         component = first_component(symbol)
         if FORBIDDEN.search(symbol):
             strange.append(symbol)
-        elif OURS.match(component) or COM.match(component):
+        elif OURS.match(component) or COM.match(component) or ZIP.match(component):
             ours += 1
         elif component in ("std", "__gnu_cxx", "__cxxabiv1") and kind in "WVu":
             pass  # the compiler's copy of a template of the standard library
