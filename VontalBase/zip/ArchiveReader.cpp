@@ -247,4 +247,16 @@ ItemPiece ArchiveReader::readItem(void * buffer, std::size_t size)
     return m_item.isOpen() ? m_item.read(buffer, size) : ItemPiece{0, true};
 }
 
+bool ArchiveReader::canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept
+{
+    // The longest match of deflate is 258 bytes, and takes two bits.
+    constexpr std::uint64_t most = 1032;
+    std::uint64_t archiveSize = 0;
+    if (!m_input.readSize(archiveSize))
+        return false;
+    const std::uint64_t packed =
+        std::min<std::uint64_t>(static_cast<std::uint32_t>(entry.compressedSize), archiveSize);
+    return static_cast<std::uint32_t>(entry.uncompressedSize) <= (packed + 1) * most;
+}
+
 } // namespace zip

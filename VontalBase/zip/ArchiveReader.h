@@ -59,6 +59,10 @@ public:
     Result unzipToFile(int index, const wchar_t * path);
     Result unzipToHandle(int index, platform::Handle handle);
 
+    /// Whether there are enough bytes in the archive for an item that it told of to be as long as told: a
+    /// deflated one is never shorter than a thousandth of that.
+    [[nodiscard]] bool canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept;
+
     // For readers that trust nobody: the same items, with nothing smoothed over.
 
     /// The count of items, as the record of the archive's end tells it.
