@@ -14,7 +14,7 @@ packages_tests=(python3 pkg-config googletest locales tzdata libxml2-utils xsltp
     libarchive-tools p7zip-full)
 packages_windows=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64)
 packages_bench=(python3 libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev libboost-json1.81-dev
-    libicu-dev libspdlog-dev)
+    libicu-dev libspdlog-dev libarchive-tools)
 # clang 14, which Debian calls "clang", has no std::source_location.
 packages_fuzz=(clang-16 libclang-rt-16-dev llvm-16)
 packages_lint=(clang-tidy-16 python3)

@@ -496,15 +496,20 @@ TEST_F(UnzipChecked, CanBeInterruptedAnywhereAndLeavesWholeFiles)
 TEST_F(UnzipChecked, LeavesNothingOfAnItemWhoseProgressThrows)
 {
     directory.write("a.zip", Archive{{stored("a", "1"), stored("b", "2")}}.build());
+    const auto unpack = [&]
+    {
+        EXPECT_THROW(qvzip::unzipChecked(zipPath, target, error, {}, nullptr,
+                         [](std::uint64_t done, std::uint64_t)
+                         {
+                             if (done == 2)
+                                 throw std::runtime_error("enough");
+                         }),
+            std::runtime_error);
+        EXPECT_EQ(tree(), Names{"a"});
+    };
+    unpack(); // the system may take something for the first exception
     const auto before = testsupport::ResourceSnapshot::take();
-    EXPECT_THROW(qvzip::unzipChecked(zipPath, target, error, {}, nullptr,
-                     [](std::uint64_t done, std::uint64_t)
-                     {
-                         if (done == 2)
-                             throw std::runtime_error("enough");
-                     }),
-        std::runtime_error);
-    EXPECT_EQ(tree(), Names{"a"});
+    unpack();
     EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
 }
 
