@@ -1,0 +1,440 @@
+#include "VontalBase/zip/zipreader.h"
+
+#include "support/FileHandles.h"
+#include "support/ResourceSnapshot.h"
+#include "support/TempDirectory.h"
+#include "zip/ArchiveBuilder.h"
+#include "zip/OpenArchive.h"
+
+#include <array>
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <type_traits>
+
+namespace
+{
+
+using namespace ziptest;
+using testsupport::FileHandle;
+using testsupport::TempDirectory;
+
+constexpr unsigned long faultyArguments = 0x10000;
+constexpr unsigned long mixedHandles = 0x80000;
+
+/// What an opening that fails gives, as the reader's last result: "FFFFFFFF" for -1.
+std::string failureOf(const std::string & bytes, Source source = Source::Memory)
+{
+    const OpenArchive archive(bytes, source);
+    if (archive.isOpen())
+        return "opened";
+    return lastMessage();
+}
+
+const std::string noText = "unknown zip result code";
+
+std::string smallArchive()
+{
+    Archive archive;
+    archive.items = {stored("one.txt", "first"), packed("two.txt", "second second"), directory("sub/")};
+    return archive.build();
+}
+
+TEST(ZipEntry, HasItsFieldsInTheToldOrder)
+{
+    EXPECT_LT(offsetof(ZIPENTRY, index), offsetof(ZIPENTRY, name));
+    EXPECT_LT(offsetof(ZIPENTRY, name), offsetof(ZIPENTRY, attr));
+    EXPECT_LT(offsetof(ZIPENTRY, attr), offsetof(ZIPENTRY, atime));
+    EXPECT_LT(offsetof(ZIPENTRY, atime), offsetof(ZIPENTRY, ctime));
+    EXPECT_LT(offsetof(ZIPENTRY, ctime), offsetof(ZIPENTRY, mtime));
+    EXPECT_LT(offsetof(ZIPENTRY, mtime), offsetof(ZIPENTRY, compressedSize));
+    EXPECT_LT(offsetof(ZIPENTRY, compressedSize), offsetof(ZIPENTRY, uncompressedSize));
+    EXPECT_EQ(sizeof(ZIPENTRY::name), 260U);
+    EXPECT_EQ(sizeof(ZIPENTRY::attr), 4U);
+    EXPECT_EQ(sizeof(ZIPENTRY::mtime), 8U);
+    EXPECT_TRUE((std::is_same_v<decltype(ZIPENTRY::index), int>));
+    EXPECT_TRUE((std::is_same_v<decltype(ZIPENTRY::compressedSize), int>));
+    EXPECT_TRUE((std::is_same_v<decltype(ZIPENTRY::uncompressedSize), int>));
+    EXPECT_EQ(std::size(ZIPENTRYW{}.name), 260U);
+    EXPECT_LT(offsetof(ZIPENTRYW, index), offsetof(ZIPENTRYW, name));
+    EXPECT_LT(offsetof(ZIPENTRYW, name), offsetof(ZIPENTRYW, attr));
+    EXPECT_LT(offsetof(ZIPENTRYW, mtime), offsetof(ZIPENTRYW, compressedSize));
+}
+
+TEST(OpenZip, ListsAndReadsAnArchiveFromEachSource)
+{
+    for (const Source source : allSources)
+    {
+        SCOPED_TRACE(nameOf(source));
+        const OpenArchive archive(smallArchive(), source);
+        ASSERT_TRUE(archive.isOpen()) << lastMessage();
+        EXPECT_EQ(lastMessage(), "Success");
+        EXPECT_EQ(archive.count(), 3);
+        EXPECT_STREQ(archive.entry(0).name, "one.txt");
+        EXPECT_STREQ(archive.entry(1).name, "two.txt");
+        EXPECT_STREQ(archive.entry(2).name, "sub/");
+        EXPECT_EQ(archive.content(1), "second second");
+        EXPECT_EQ(archive.content(0), "first");
+        EXPECT_EQ(archive.find("two.txt"), 1);
+    }
+}
+
+TEST(OpenZip, RefusesOtherKindsOfSource)
+{
+    std::string bytes = smallArchive();
+    for (const unsigned long kind : {0UL, 4UL, 5UL, 0xFFFFFFFFUL})
+    {
+        SCOPED_TRACE(kind);
+        EXPECT_EQ(OpenZipU(bytes.data(), 100, static_cast<Vontal::ulong32>(kind)), nullptr);
+        EXPECT_EQ(lastMessage(), "Caller: faulty arguments");
+    }
+}
+
+TEST(OpenZip, RefusesWhatIsNoFile)
+{
+    const TempDirectory directory;
+    EXPECT_EQ(OpenZipU(wide(directory.text("missing.zip")).data(), 0, ZipKindFile), nullptr);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+    EXPECT_EQ(OpenZipU(wide(directory.text()).data(), 0, ZipKindFile), nullptr);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+    EXPECT_EQ(OpenZipU(nullptr, 0, ZipKindFile), nullptr);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+}
+
+TEST(OpenZip, RefusesHandlesOfWhatIsNoDiskFile)
+{
+    testsupport::Pipe pipe;
+    const std::string message = "Zip-bug: trying to seek the unseekable";
+    EXPECT_EQ(OpenZipU(pipe.readEnd.get(), 0, ZipKindHandle), nullptr);
+    EXPECT_EQ(lastMessage(), message);
+    EXPECT_EQ(OpenZipU(nullptr, 0, ZipKindHandle), nullptr);
+    EXPECT_EQ(lastMessage(), message);
+    EXPECT_EQ(OpenZipU(reinterpret_cast<void *>(std::intptr_t{-1}), 0, ZipKindHandle), nullptr);
+    EXPECT_EQ(lastMessage(), message);
+}
+
+TEST(OpenZip, HasAHandleOfItsOwn)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("a.zip", smallArchive());
+    FileHandle handle = FileHandle::forReading(path);
+    HZIP zip = OpenZipU(handle.get(), 0, ZipKindHandle);
+    handle.close();
+    ZIPENTRY entry{};
+    EXPECT_EQ(GetZipItemA(zip, 1, &entry), 0U);
+    EXPECT_EQ(CloseZipU(zip), 0U);
+    handle = FileHandle::forReading(path);
+    zip = OpenZipU(handle.get(), 0, ZipKindHandle);
+    EXPECT_EQ(CloseZipU(zip), 0U);
+    handle.seek(0);
+    EXPECT_EQ(handle.readRest(), smallArchive()) << "the caller's handle stays open";
+    handle.close();
+    directory.remove("a.zip");
+}
+
+TEST(OpenZip, OfAHandleMidFileLooksForTheEndRecordBehindThatPlaceAlone)
+{
+    const TempDirectory directory;
+    const std::string bytes = smallArchive();
+    const std::string path = directory.write("a.zip", bytes);
+    const FileHandle handle = FileHandle::forReading(path);
+    for (const std::size_t place : {bytes.size() - 22, bytes.size() - 21, bytes.size() - 5, bytes.size() - 4,
+             bytes.size(), bytes.size() + 1000})
+    {
+        SCOPED_TRACE(place);
+        handle.seek(place);
+        EXPECT_EQ(OpenZipU(handle.get(), 0, ZipKindHandle), nullptr);
+        EXPECT_EQ(lastMessage(), noText);
+    }
+    handle.seek(bytes.size() - 23);
+    const HZIP zip = OpenZipU(handle.get(), 0, ZipKindHandle);
+    ASSERT_NE(zip, nullptr) << "the offsets fit the whole file";
+    ZIPENTRY entry{};
+    EXPECT_EQ(GetZipItemA(zip, 1, &entry), 0U);
+    EXPECT_STREQ(entry.name, "two.txt");
+    EXPECT_EQ(CloseZipU(zip), 0U);
+    directory.remove("a.zip");
+}
+
+TEST(OpenZip, LosesNoHandleWhereItFails)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("a.zip", "no archive at all");
+    const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+    EXPECT_EQ(OpenZipU(wide(path).data(), 0, ZipKindFile), nullptr);
+    {
+        const FileHandle handle = FileHandle::forReading(path);
+        EXPECT_EQ(OpenZipU(handle.get(), 0, ZipKindHandle), nullptr);
+    }
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    directory.remove("a.zip");
+}
+
+TEST(OpenZip, FindsNoArchiveInNoMemory)
+{
+    EXPECT_EQ(OpenZipU(nullptr, 0, ZipKindMemory), nullptr);
+    EXPECT_EQ(lastMessage(), noText);
+    EXPECT_EQ(OpenZipU(nullptr, 1000, ZipKindMemory), nullptr);
+    EXPECT_EQ(lastMessage(), noText);
+    std::string bytes = smallArchive();
+    EXPECT_EQ(OpenZipU(bytes.data(), 0, ZipKindMemory), nullptr);
+    EXPECT_EQ(lastMessage(), noText);
+}
+
+TEST(OpenZip, KeepsAnArchiveThatIsTheEndRecordAloneClosed)
+{
+    const std::string empty = Archive().build();
+    ASSERT_EQ(empty.size(), 22U);
+    for (const Source source : allSources)
+    {
+        SCOPED_TRACE(nameOf(source));
+        EXPECT_EQ(failureOf(empty, source), noText);
+    }
+}
+
+TEST(OpenZip, OpensAnArchiveWithoutItemsBehindOtherBytes)
+{
+    Archive archive;
+    archive.before = "x";
+    for (const Source source : allSources)
+    {
+        SCOPED_TRACE(nameOf(source));
+        const OpenArchive opened(archive.build(), source);
+        ASSERT_TRUE(opened.isOpen());
+        EXPECT_EQ(opened.count(), 0);
+        ZIPENTRY entry{};
+        EXPECT_EQ(GetZipItemA(opened.get(), 0, &entry), faultyArguments);
+        EXPECT_EQ(opened.find("a"), -1);
+        EXPECT_EQ(UnzipItem(opened.get(), 0, &entry, 1, ZipKindMemory), faultyArguments);
+    }
+}
+
+TEST(OpenZip, ToleratesBytesInFrontOfTheArchive)
+{
+    Archive archive;
+    archive.items = {stored("a", "alpha"), packed("b", "beta beta")};
+    for (const std::size_t size : {1U, 4U, 1000U, 70'000U})
+    {
+        archive.before = noise(size);
+        for (const Source source : allSources)
+        {
+            SCOPED_TRACE(nameOf(source) + ", " + std::to_string(size));
+            const OpenArchive opened(archive.build(), source);
+            ASSERT_TRUE(opened.isOpen());
+            EXPECT_EQ(opened.count(), 2);
+            EXPECT_EQ(opened.content(0), "alpha");
+            EXPECT_EQ(opened.content(1), "beta beta");
+        }
+    }
+}
+
+/// The blocks of the search begin 1028, 2052, ... bytes from the end, and overlap by 4.
+TEST(OpenZip, FindsTheEndRecordWhereverTheBlocksOfTheSearchMeet)
+{
+    for (const int commentSize :
+        {0, 1, 1000, 1001, 1002, 1003, 1004, 1005, 1006, 1007, 1008, 1024, 1028, 2024, 2026, 2027, 2028, 2029,
+            2030, 2031, 2052, 4070, 4071, 4072, 4073, 4074, 4075, 4076, 4096, 30'000, 65'500, 65'512, 65'513})
+    {
+        SCOPED_TRACE(commentSize);
+        Archive archive;
+        archive.items = {stored("a", "alpha")};
+        archive.comment = std::string(static_cast<std::size_t>(commentSize), 'c');
+        for (const Source source : {Source::File, Source::HandleMidFile, Source::Memory})
+        {
+            const OpenArchive opened(archive.build(), source);
+            ASSERT_TRUE(opened.isOpen()) << nameOf(source);
+            EXPECT_EQ(opened.content(0), "alpha");
+        }
+    }
+}
+
+TEST(OpenZip, KeepsToTheLast65535BytesSoThatALongerCommentHidesTheEnd)
+{
+    Archive archive;
+    archive.items = {stored("a", "alpha")};
+    for (const int commentSize : {65'514, 65'515, 65'535})
+    {
+        SCOPED_TRACE(commentSize);
+        archive.comment = std::string(static_cast<std::size_t>(commentSize), 'c');
+        for (const Source source : allSources)
+            EXPECT_EQ(failureOf(archive.build(), source), noText);
+    }
+}
+
+TEST(OpenZip, TakesTheLastSignatureThereIsWhateverStandsInTheComment)
+{
+    Archive archive;
+    archive.items = {stored("a", "alpha")};
+    archive.comment = "a comment that ends in PK\5\6";
+    EXPECT_EQ(failureOf(archive.build()), noText) << "no whole record follows";
+    archive.comment = "PK\5\6 and eighteen bytes and more";
+    EXPECT_EQ(failureOf(archive.build()), noText) << "a record that cannot be right";
+    Archive inner;
+    archive.comment = "in the comment: " + inner.build();
+    const OpenArchive opened(archive.build());
+    ASSERT_TRUE(opened.isOpen());
+    EXPECT_EQ(opened.count(), 0) << "the record in the comment counts";
+}
+
+TEST(OpenZip, RefusesAnEndRecordThatCannotBeRight)
+{
+    struct Row
+    {
+        const char * label;
+        void (*lie)(Archive &);
+        bool opens;
+    };
+    const Row rows[] = {
+        {"the truth", [](Archive &) {}, true},
+        {"another disk", [](Archive & a) { a.thisDisk = 1; }, false},
+        {"the directory on another disk", [](Archive & a) { a.directoryDisk = 1; }, false},
+        {"both on disk 256", [](Archive & a) { a.thisDisk = a.directoryDisk = 256; }, false},
+        {"fewer entries here", [](Archive & a) { a.countOnThisDisk = 1; }, false},
+        {"more entries here", [](Archive & a) { a.countOnThisDisk = 3; }, false},
+        {"both counts wrong alike", [](Archive & a) { a.count = a.countOnThisDisk = 1; }, true},
+        {"a directory that is too large", [](Archive & a) { a.directorySize = 0x10000; }, false},
+        {"a directory that is larger by one", [](Archive & a) { ++*(a.directorySize = 94); }, false},
+        {"a directory too far behind", [](Archive & a) { a.directoryOffset = 0x10000; }, false},
+        {"size and offset that wrap round",
+            [](Archive & a)
+            {
+                a.directorySize = 0xFFFFFF00;
+                a.directoryOffset = 0x200;
+            },
+            false},
+        {"the largest of both",
+            [](Archive & a)
+            {
+                a.directorySize = 0xFFFFFFFF;
+                a.directoryOffset = 0xFFFFFFFF;
+            },
+            false},
+        {"a comment length beyond the end", [](Archive & a) { a.commentLength = 0xFFFF; }, true},
+        {"no signature", [](Archive & a) { a.signature = 0x06054B51; }, false},
+    };
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        Archive archive;
+        archive.items = {stored("a", ""), stored("b", "")};
+        row.lie(archive);
+        for (const Source source : {Source::File, Source::Handle, Source::Memory})
+            EXPECT_EQ(failureOf(archive.build(), source), row.opens ? "opened" : noText);
+    }
+}
+
+TEST(OpenZip, RecordsResultsWithoutATextForWhatIsNoArchive)
+{
+    for (const std::string & bytes : {std::string(), std::string("PK\5\6"), std::string("PK\5\6x"),
+             std::string("xPK\5\6"), std::string(100'000, 'x'), prose(5000)})
+    {
+        for (const Source source : allSources)
+            EXPECT_EQ(failureOf(bytes, source), noText) << bytes.size();
+    }
+}
+
+TEST(ZipHandles, AreToldApart)
+{
+    HZIP__ writer{2, nullptr};
+    ZIPENTRY entry{};
+    ZIPENTRYW wideEntry{};
+    char byte = 0;
+    int index = 5;
+    struct Row
+    {
+        HZIP zip;
+        unsigned long expected;
+        const char * message;
+    };
+    for (const Row & row : {Row{nullptr, faultyArguments, "Caller: faulty arguments"},
+             Row{&writer, mixedHandles, "Caller: mixing creation and opening of zip"}})
+    {
+        SCOPED_TRACE(row.message);
+        const auto check = [&](unsigned long result)
+        {
+            EXPECT_EQ(result, row.expected);
+            EXPECT_EQ(lastMessage(), row.message);
+            EXPECT_EQ(OpenZipU(nullptr, 0, ZipKindFile), nullptr) << "another last result";
+        };
+        check(CloseZipU(row.zip));
+        check(GetZipItemA(row.zip, 0, &entry));
+        check(GetZipItemW(row.zip, 0, &wideEntry));
+        check(FindZipItemA(row.zip, L"a", false, &index, &entry));
+        check(FindZipItemW(row.zip, L"a", false, &index, &wideEntry));
+        check(UnzipItem(row.zip, 0, &byte, 1, ZipKindMemory));
+    }
+    EXPECT_TRUE(IsZipHandleU(nullptr)) << "null is taken for one";
+    EXPECT_FALSE(IsZipHandleU(&writer));
+    const OpenArchive archive(smallArchive());
+    EXPECT_TRUE(IsZipHandleU(archive.get()));
+}
+
+TEST(ZipHandles, HoldTheKindOfAReader)
+{
+    const OpenArchive archive(smallArchive());
+    EXPECT_EQ(archive.get()->kind, 1U);
+}
+
+TEST(FormatZipMessage, GivesTheTextOfEachCode)
+{
+    struct Row
+    {
+        Vontal::ulong32 code;
+        const char * text;
+    };
+    const Row rows[] = {{0, "Success"}, {0x100, "Culdn't duplicate handle"},
+        {0x200, "Couldn't create/open file"}, {0x300, "Failed to allocate memory"},
+        {0x400, "Error writing to file"}, {0x500, "File not found in the zipfile"},
+        {0x600, "Still more data to unzip"}, {0x700, "Zipfile is corrupt or not a zipfile"},
+        {0x800, "Error reading file"}, {0x10000, "Caller: faulty arguments"},
+        {0x20000, "Caller: can only get memory of a memory zipfile"},
+        {0x30000, "Caller: not enough space allocated for memory zipfile"},
+        {0x40000, "Caller: there was a previous error"},
+        {0x50000, "Caller: additions to the zip have already been ended"},
+        {0x60000, "Zip-bug: the anticipated size turned out wrong"},
+        {0x70000, "Caller: the file had already been partially unzipped"},
+        {0x80000, "Caller: mixing creation and opening of zip"},
+        {0x1000000, "Zip-bug: internal initialisation not completed"},
+        {0x2000000, "Zip-bug: trying to seek the unseekable"},
+        {0x4000000, "Zip-bug: tried to change mind, but not allowed"},
+        {0x5000000, "Zip-bug: an internal error during flation"}, {2, "unknown zip result code"},
+        {0xFFFFFFFF, "unknown zip result code"}, {0xFFFFFF99, "unknown zip result code"}};
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.text);
+        std::array<char, 100> text{};
+        const std::size_t length = std::string(row.text).size();
+        EXPECT_EQ(FormatZipMessageU(row.code, text.data(), text.size()), length);
+        EXPECT_STREQ(text.data(), row.text);
+        EXPECT_EQ(FormatZipMessageU(row.code, nullptr, 100), length);
+    }
+}
+
+TEST(FormatZipMessage, CopiesWhatThereIsRoomFor)
+{
+    std::string text = "??????????";
+    EXPECT_EQ(FormatZipMessageU(0, text.data(), 5), 7U);
+    EXPECT_EQ(text, std::string("Succ\0?????", 10));
+    EXPECT_EQ(FormatZipMessageU(0, text.data(), 1), 7U);
+    EXPECT_EQ(text, std::string("\0ucc\0?????", 10));
+    EXPECT_EQ(FormatZipMessageU(0x400, text.data(), 0), 21U);
+    EXPECT_EQ(text, std::string("\0ucc\0?????", 10));
+    EXPECT_EQ(FormatZipMessageU(0, text.data(), 8), 7U);
+    EXPECT_EQ(text, std::string("Success\0??", 10));
+}
+
+TEST(FormatZipMessage, TellsTheLastResultOfAnyHandleForCode1)
+{
+    const OpenArchive one(smallArchive());
+    const OpenArchive two(smallArchive());
+    ZIPENTRY entry{};
+    GetZipItemA(one.get(), 100, &entry);
+    EXPECT_EQ(lastMessage(), "Caller: faulty arguments");
+    EXPECT_EQ(two.count(), 3);
+    EXPECT_EQ(lastMessage(), "Success");
+    EXPECT_EQ(one.find("missing"), -1);
+    EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+}
+
+} // namespace
