@@ -1,5 +1,7 @@
 #include "zip/OpenArchive.h"
 
+#include "support/NativeHandles.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -75,9 +77,9 @@ OpenArchive::OpenArchive(const std::string & bytes, Source source) : m_bytes(byt
         m_zip = OpenZipU(wide(path).data(), 0, ZipKindFile);
         return;
     }
-    const testsupport::FileHandle handle = testsupport::FileHandle::forReading(path);
+    const testsupport::OwnedHandle handle = testsupport::openHandle(path, testsupport::HandleAccess::Read);
     if (isMidFile)
-        handle.seek(otherBytes.size());
+        testsupport::setHandlePosition(handle.get(), otherBytes.size());
     m_zip = OpenZipU(handle.get(), 0, ZipKindHandle);
 }
 

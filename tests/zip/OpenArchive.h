@@ -4,7 +4,6 @@
 
 #include "VontalBase/zip/zipreader.h"
 
-#include "support/FileHandles.h"
 #include "support/TempDirectory.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "VontalBase/zip/zipreader.h"
 
-#include "support/FileHandles.h"
+#include "support/NativeHandles.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
@@ -17,7 +17,9 @@ namespace
 {
 
 using namespace ziptest;
-using testsupport::FileHandle;
+using testsupport::HandleAccess;
+using testsupport::openHandle;
+using testsupport::OwnedHandle;
 using testsupport::TempDirectory;
 
 constexpr unsigned long faultyArguments = 0x10000;
@@ -104,7 +106,7 @@ TEST(OpenZip, RefusesWhatIsNoFile)
 
 TEST(OpenZip, RefusesHandlesOfWhatIsNoDiskFile)
 {
-    testsupport::Pipe pipe;
+    testsupport::HandlePipe pipe;
     const std::string message = "Zip-bug: trying to seek the unseekable";
     EXPECT_EQ(OpenZipU(pipe.readEnd.get(), 0, ZipKindHandle), nullptr);
     EXPECT_EQ(lastMessage(), message);
@@ -118,17 +120,17 @@ TEST(OpenZip, HasAHandleOfItsOwn)
 {
     const TempDirectory directory;
     const std::string path = directory.write("a.zip", smallArchive());
-    FileHandle handle = FileHandle::forReading(path);
+    OwnedHandle handle = openHandle(path, HandleAccess::Read);
     HZIP zip = OpenZipU(handle.get(), 0, ZipKindHandle);
     handle.close();
     ZIPENTRY entry{};
     EXPECT_EQ(GetZipItemA(zip, 1, &entry), 0U);
     EXPECT_EQ(CloseZipU(zip), 0U);
-    handle = FileHandle::forReading(path);
+    handle = openHandle(path, HandleAccess::Read);
     zip = OpenZipU(handle.get(), 0, ZipKindHandle);
     EXPECT_EQ(CloseZipU(zip), 0U);
-    handle.seek(0);
-    EXPECT_EQ(handle.readRest(), smallArchive()) << "the caller's handle stays open";
+    testsupport::setHandlePosition(handle.get(), 0);
+    EXPECT_EQ(testsupport::readToEnd(handle.get()), smallArchive()) << "the caller's handle stays open";
     handle.close();
     directory.remove("a.zip");
 }
@@ -138,22 +140,23 @@ TEST(OpenZip, OfAHandleMidFileLooksForTheEndRecordBehindThatPlaceAlone)
     const TempDirectory directory;
     const std::string bytes = smallArchive();
     const std::string path = directory.write("a.zip", bytes);
-    const FileHandle handle = FileHandle::forReading(path);
+    OwnedHandle handle = openHandle(path, HandleAccess::Read);
     for (const std::size_t place : {bytes.size() - 22, bytes.size() - 21, bytes.size() - 5, bytes.size() - 4,
              bytes.size(), bytes.size() + 1000})
     {
         SCOPED_TRACE(place);
-        handle.seek(place);
+        testsupport::setHandlePosition(handle.get(), place);
         EXPECT_EQ(OpenZipU(handle.get(), 0, ZipKindHandle), nullptr);
         EXPECT_EQ(lastMessage(), noText);
     }
-    handle.seek(bytes.size() - 23);
+    testsupport::setHandlePosition(handle.get(), bytes.size() - 23);
     const HZIP zip = OpenZipU(handle.get(), 0, ZipKindHandle);
     ASSERT_NE(zip, nullptr) << "the offsets fit the whole file";
     ZIPENTRY entry{};
     EXPECT_EQ(GetZipItemA(zip, 1, &entry), 0U);
     EXPECT_STREQ(entry.name, "two.txt");
     EXPECT_EQ(CloseZipU(zip), 0U);
+    handle.close();
     directory.remove("a.zip");
 }
 
@@ -164,7 +167,7 @@ TEST(OpenZip, LosesNoHandleWhereItFails)
     const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
     EXPECT_EQ(OpenZipU(wide(path).data(), 0, ZipKindFile), nullptr);
     {
-        const FileHandle handle = FileHandle::forReading(path);
+        const OwnedHandle handle = openHandle(path, HandleAccess::Read);
         EXPECT_EQ(OpenZipU(handle.get(), 0, ZipKindHandle), nullptr);
     }
     EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
