@@ -1,0 +1,12 @@
+/// Any bytes as a zip archive in memory: opened, listed, searched and read.
+
+#include "zip/exercise_oracle.h"
+
+#include <cstddef>
+#include <cstdint>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
+{
+    ziptest::exercise(data, size);
+    return 0;
+}

@@ -1,0 +1,99 @@
+#include "zip/exercise_oracle.h"
+
+#include "VontalBase/zip/zipreader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <initializer_list>
+#include <stdexcept>
+#include <vector>
+
+namespace ziptest
+{
+
+namespace
+{
+
+/// More than this is not read of an item.
+constexpr std::size_t mostBytes = std::size_t{1} << 20;
+/// More than this is not looked at in an archive.
+constexpr int mostItems = 300;
+
+void require(bool holds, const char * what)
+{
+    if (!holds)
+        throw std::logic_error(what);
+}
+
+bool isOneOf(unsigned long result, std::initializer_list<unsigned long> expected)
+{
+    return std::find(expected.begin(), expected.end(), result) != expected.end();
+}
+
+/// Reads an item in pieces. @return false where it cannot be read.
+bool readItem(HZIP zip, int index, std::size_t pieceSize, std::size_t told, std::size_t & calls)
+{
+    std::vector<char> piece(pieceSize + 1, '?');
+    unsigned long result = 0x600;
+    for (std::size_t done = 0; result == 0x600 && done <= mostBytes; done += pieceSize)
+    {
+        result = UnzipItem(zip, index, piece.data(), static_cast<unsigned int>(pieceSize), ZipKindMemory);
+        require(piece.back() == '?', "it wrote behind the block");
+        require(isOneOf(result, {0, 0x600, 0x5000000}), "an undocumented result of an extraction");
+        require(result != 0x600 || done <= told, "more pieces than the item has bytes");
+        ++calls;
+    }
+    return result != 0x5000000;
+}
+
+void findItem(HZIP zip, const ZIPENTRYW & entry)
+{
+    // What begins with a NUL in the archive, or is no UTF-8, is not found or another item.
+    for (const bool ignoreCase : {false, true})
+    {
+        int index = -7;
+        ZIPENTRYW found{};
+        const unsigned long result = FindZipItemW(zip, entry.name, ignoreCase, &index, &found);
+        require(isOneOf(result, {0, 0x500, 0x700, 0x800}), "an undocumented result of a search");
+        require(result != 0 || (index >= 0 && index <= entry.index && found.index == index),
+            "the first item of a name is not the one that is found");
+        require(result != 0x500 || (index == -1 && found.index == -1), "nothing is found somewhere");
+    }
+}
+
+} // namespace
+
+std::size_t exercise(const void * archive, std::size_t size)
+{
+    const HZIP zip = OpenZipU(const_cast<void *>(archive), static_cast<unsigned int>(size), ZipKindMemory);
+    if (zip == nullptr)
+        return 0;
+    ZIPENTRY all{};
+    require(GetZipItemA(zip, -1, &all) == 0 && all.index >= 0 && all.index <= 65'535, "no count");
+    std::size_t readable = 0;
+    std::size_t calls = 0;
+    for (int index = 0; index < std::min(all.index, mostItems); ++index)
+    {
+        ZIPENTRYW entry{};
+        const unsigned long result = GetZipItemW(zip, index, &entry);
+        require(isOneOf(result, {0, 0x700, 0x800}), "an undocumented result for an entry");
+        if (result == 0)
+        {
+            require(entry.index == index && (entry.attr & 0x80U) != 0, "an entry that cannot be");
+            require(
+                std::find(entry.name, entry.name + 260, L'\0') != entry.name + 260, "a name without an end");
+            findItem(zip, entry);
+        }
+        const auto told = static_cast<std::uint32_t>(entry.uncompressedSize);
+        if (result == 0 && told <= mostBytes)
+            readItem(zip, index, told, told, calls);
+        if (readItem(zip, index, result == 0 ? 4096 : 16, std::size_t{1} << 32, calls))
+            ++readable;
+    }
+    require(isOneOf(FindZipItemA(zip, L"", false, nullptr, nullptr), {0, 0x500}),
+        "an undocumented result of a search without an entry");
+    require(CloseZipU(zip) == 0, "an archive that does not close");
+    return readable;
+}
+
+} // namespace ziptest
