@@ -1,6 +1,7 @@
 #include "VontalBase/zip/zipreader.h"
 
 #include "support/NativeHandles.h"
+#include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
@@ -230,6 +232,29 @@ TEST(OpenZip, ToleratesBytesInFrontOfTheArchive)
             EXPECT_EQ(opened.content(1), "beta beta");
         }
     }
+}
+
+TEST(OpenZip, ReadsAnArchiveBehindMoreThan4GiB)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "the file would take that much of the disk";
+    constexpr std::uint64_t front = 5'000'000'000;
+    const TempDirectory directory;
+    OwnedHandle handle = openHandle(directory.text("a.zip"), HandleAccess::ReadWrite);
+    testsupport::setHandlePosition(handle.get(), front);
+    EXPECT_TRUE(testsupport::writeToHandle(handle.get(), smallArchive()));
+    testsupport::setHandlePosition(handle.get(), front);
+    const HZIP middle = OpenZipU(handle.get(), 0, ZipKindHandle);
+    handle.close();
+    const HZIP whole = OpenZipU(wide(directory.text("a.zip")).data(), 0, ZipKindFile);
+    for (const HZIP zip : {middle, whole})
+    {
+        std::string block(13, '?');
+        EXPECT_EQ(UnzipItem(zip, 1, block.data(), 13, ZipKindMemory), 0U);
+        EXPECT_EQ(block, "second second");
+        EXPECT_EQ(CloseZipU(zip), 0U);
+    }
+    directory.remove("a.zip");
 }
 
 /// The blocks of the search begin 1028, 2052, ... bytes from the end, and overlap by 4.
