@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <deque>
 #include <utility>
 #include <vector>
 
@@ -51,10 +50,9 @@ public:
     {
         if (!m_isRead)
             return read(entry);
-        if (m_rest.empty())
+        if (m_nextRest == m_rest.size())
             return false;
-        entry = std::move(m_rest.front());
-        m_rest.pop_front();
+        entry = std::move(m_rest[m_nextRest++]);
         return true;
     }
 
@@ -105,7 +103,8 @@ private:
     bool m_hasFailed = false;
     /// The directory is closed; what it had left is here.
     bool m_isRead = false;
-    std::deque<Entry> m_rest;
+    std::vector<Entry> m_rest;
+    std::size_t m_nextRest = 0;
 };
 
 /// The directories from the one that is added down to the one that is being read.
