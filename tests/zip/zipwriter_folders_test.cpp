@@ -1,4 +1,7 @@
 // Directory trees as a whole.
+#include "VontalBase/disk/directories.h"
+#include "VontalBase/disk/files.h"
+#include "VontalBase/text/u8string.h"
 #include "VontalBase/zip/zipwriter.h"
 
 #include "ArchiveBytes.h"
@@ -281,22 +284,34 @@ TEST_F(Folders, WithANameThatIsTooLongFail)
 {
     // 2 of "a/", and 2 components of 250 and their "/", leave 13 bytes of 517.
     const std::string part(250, 'p');
-    const std::string path = "a/" + part + '/' + part + '/';
-    if (directory.text().size() + path.size() + 20 > testsupport::possiblePathLength())
-        GTEST_SKIP() << "paths are too short here";
-    makeDirectories(path);
-    HZIP archive = createFile(directory.text(path + std::string(13, 'f')));
-    ASSERT_NE(archive, nullptr);
-    EXPECT_EQ(CloseZipZ(archive), 0U);
-    archive = createMemory();
+    const std::string path = "a/" + part + '/' + part;
+    const Vontal::u8string deep = directory.text() + '/' + path;
+    ASSERT_TRUE(qvdisk::createDirectories(deep));
+    ASSERT_TRUE(qvdisk::writeTextFile(deep + '/' + std::string(13, 'f'), "x"));
+    HZIP archive = createMemory();
     EXPECT_EQ(add(archive, "a"), 1);
-    EXPECT_EQ(itemsOf(closeMemory(archive)).size(), 4U);
-    archive = createFile(directory.text(path + std::string(14, 'f')));
-    ASSERT_NE(archive, nullptr);
-    EXPECT_EQ(CloseZipZ(archive), 0U);
+    EXPECT_THAT(namesOf(itemsOf(closeMemory(archive))),
+        ElementsAre("a/", "a/" + part + '/', path + '/', path + '/' + std::string(13, 'f')));
+    ASSERT_TRUE(qvdisk::writeTextFile(deep + '/' + std::string(14, 'f'), "x"));
     archive = createMemory();
     EXPECT_EQ(add(archive, "a"), 0);
-    closeMemory(archive);
+    itemsOf(closeMemory(archive));
+    EXPECT_TRUE(qvdisk::deleteDirectory(directory.text("a")));
+}
+
+TEST_F(Folders, OfAnyDepthNeedNoStack)
+{
+    std::string path = directory.text("a");
+    while (path.size() < 2000)
+        path += "/d";
+    ASSERT_TRUE(qvdisk::createDirectories(Vontal::u8string(path)));
+    const HZIP archive = createMemory();
+    testsupport::runOnSmallStack([&] { EXPECT_EQ(add(archive, "a"), 1); });
+    // The names of 517 bytes and fewer, without their "/".
+    const std::vector<std::string> names = namesOf(itemsOf(closeMemory(archive)));
+    EXPECT_EQ(names.size(), 259U);
+    EXPECT_EQ(names.back().size(), 518U);
+    EXPECT_TRUE(qvdisk::deleteDirectory(directory.text("a")));
 }
 
 } // namespace

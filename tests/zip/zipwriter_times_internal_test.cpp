@@ -5,6 +5,7 @@
 #include "ArchiveBytes.h"
 #include "support/ChildProcess.h"
 #include "support/NativeHandles.h"
+#include "support/SecondsNow.h"
 #include "support/TempDirectory.h"
 #include "support/UserSettings.h"
 #include "writing.h"
@@ -21,7 +22,6 @@ namespace
 {
 
 using testsupport::TempDirectory;
-using testsupport::TimesOfFile;
 using namespace ziptesting;
 
 constexpr std::uint64_t fileTime(std::int64_t seconds)
@@ -68,26 +68,32 @@ TEST_F(ZipWriterTimes, OfMemoryPipesAndFoldersAreThePresentLocalTime)
                                             {"pipe.gz", stored, "pipe", 0x80000000, 0, false, times}});
 }
 
+/// What a moment of UTC is for a clock that is 5 hours and 45 minutes ahead, counted in the process's zone.
+std::uint32_t shiftedSeconds(std::int64_t moment)
+{
+    const std::time_t later = moment + 20'700;
+    const std::tm fields = *std::gmtime(&later);
+    return standardSeconds(fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour,
+        fields.tm_min, fields.tm_sec);
+}
+
 TEST_F(ZipWriterTimes, OfAFileAreItsOwnShiftedByTheDifferenceOfTheClocks)
 {
     const TempDirectory directory;
     directory.write("file", "file");
-    // 2001-02-03 04:05:07 and 2002-03-04 05:06:07 in UTC.
-    testsupport::setTimesOfFile(directory.text("file"), {1'015'218'367, 981'173'107, 946'684'800});
+    // The change is at 2001-02-03 04:05:07 in UTC. The access is one that the system
+    // takes for newer than those of the test, which it then does not note.
+    const std::int64_t accessed = testsupport::secondsNow() + 3'600;
+    testsupport::setTimesOfFile(directory.text("file"), {accessed, 981'173'107, 946'684'800});
     // 5 hours and 45 minutes ahead, read a little later.
     platform::setFileTimeNow(fileTime(1'000'000'000));
     platform::setLocalNow({2001, 9, 9, 7, 31, 41, 0});
-    const std::uint32_t modified = standardSeconds(2001, 2, 3, 9, 50, 7);
-    const std::uint32_t accessed = standardSeconds(2002, 3, 4, 10, 51, 7);
-    const std::int64_t birth = testsupport::timesOfFile(directory.text("file")).created + 20'700;
-    const std::time_t moment = birth;
-    const std::tm fields = *std::gmtime(&moment);
-    const std::uint32_t created = standardSeconds(fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday,
-        fields.tm_hour, fields.tm_min, fields.tm_sec);
     const HZIP archive = createMemory();
     EXPECT_EQ(addFile(archive, L"file.gz", directory.text("file")), 0U);
-    expectArchive(closeMemory(archive),
-        {{"file.gz", stored, "file", 0x81800020, 0, false, {modified, accessed, created, 0x2A434E43}}});
+    const std::int64_t created = testsupport::timesOfFile(directory.text("file")).created;
+    const ItemTimes times = {
+        standardSeconds(2001, 2, 3, 9, 50, 7), shiftedSeconds(accessed), shiftedSeconds(created), 0x2A434E43};
+    expectArchive(closeMemory(archive), {{"file.gz", stored, "file", 0x81800020, 0, false, times}});
     directory.remove("file");
 }
 
