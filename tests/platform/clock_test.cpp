@@ -91,6 +91,63 @@ TEST_F(PlatformClock, FollowsTheProcessToAnotherZoneWithinASecond)
     EXPECT_EQ(testsupport::runChild("goesToAnotherZone").exitCode, 3);
 }
 
+struct StandardRow
+{
+    const char * zone;
+    CivilTime time;
+    std::int64_t seconds;
+};
+
+// The seconds of the same date and time in UTC, less how far the zone's standard time is ahead.
+constexpr StandardRow standardRows[] = {
+    {"UTC0", {1970, 1, 1, 0, 0, 0, 0}, 0},
+    {"UTC0", {1970, 1, 1, 23, 59, 59, 0}, 86'399},
+    {"UTC0", {1970, 1, 2, 0, 0, 0, 0}, 86'400},
+    {"UTC0", {2004, 2, 29, 12, 0, 0, 999}, 1'078'056'000},
+    {"UTC0", {2037, 12, 31, 23, 59, 59, 0}, 2'145'916'799},
+    {"XYZ-5:45", {1970, 1, 1, 0, 0, 0, 0}, -20'700},
+    {"XYZ-5:45", {1970, 1, 1, 5, 45, 0, 0}, 0},
+    {"XYZ-14", {1970, 1, 1, 0, 0, 0, 0}, -50'400},
+    {"XYZ12", {2037, 12, 31, 23, 59, 59, 0}, 2'145'959'999},
+    {"CET-1CEST,M3.5.0,M10.5.0/3", {2001, 2, 3, 4, 5, 6, 0}, 981'169'506},
+    {"CET-1CEST,M3.5.0,M10.5.0/3", {2001, 7, 8, 4, 5, 6, 0}, 994'561'506},
+};
+
+VONTALBASE_TEST_CHILD(countsStandardTime, arguments)
+{
+    int number = 0;
+    for (const StandardRow & row : standardRows)
+    {
+        ++number;
+        testsupport::takeZone(row.zone);
+        platform::refreshTimeZone();
+        if (platform::secondsOfStandardTime(row.time) != row.seconds)
+            return number;
+    }
+    return 0;
+}
+
+TEST_F(PlatformClock, CountsSecondsOfLocalTimeWithDaylightSavingOff)
+{
+    if (!testsupport::zoneCanBeTaken())
+        GTEST_SKIP() << "the zone is that of the system here";
+    EXPECT_EQ(testsupport::runChild("countsStandardTime").exitCode, 0) << "the number of the row";
+}
+
+TEST_F(PlatformClock, CountsSecondsOfLocalTimeInTheZoneOfTheSystem)
+{
+    platform::refreshTimeZone();
+    const CivilTime time{2001, 2, 3, 4, 5, 6, 0};
+    const std::int64_t seconds = platform::secondsOfStandardTime(time);
+    const CivilTime dayLater{2001, 2, 4, 4, 5, 6, 0};
+    EXPECT_EQ(platform::secondsOfStandardTime(dayLater) - seconds, 86'400);
+    constexpr std::int64_t inUtc = 981'173'106;
+    constexpr std::int64_t farthest = 14 * 3600;
+    EXPECT_LE(seconds, inUtc + farthest);
+    EXPECT_GE(seconds, inUtc - farthest);
+    EXPECT_EQ((seconds - inUtc) % 900, 0);
+}
+
 TEST_F(PlatformClock, CountsWholeSecondsFrom1970)
 {
     const std::int64_t before = standardNow();

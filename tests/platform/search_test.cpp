@@ -101,16 +101,34 @@ TEST_F(PlatformSearch, TellsDirectoriesFromFiles)
     Search search;
     ASSERT_TRUE(search.begin(inside(directory, L"below")));
     EXPECT_TRUE(search.isDirectory());
+    EXPECT_FALSE(search.isFile());
     EXPECT_FALSE(search.isLink());
     EXPECT_FALSE(search.next());
     EXPECT_FALSE(search.hasFailed());
     ASSERT_TRUE(search.begin(inside(directory, L"c")));
     EXPECT_FALSE(search.isDirectory());
+    EXPECT_TRUE(search.isFile());
     for (bool isAtEntry = search.begin(inside(directory, L"*")); isAtEntry; isAtEntry = search.next())
     {
         const std::wstring name = search.name();
         EXPECT_EQ(search.isDots(), name == L"." || name == L"..");
         EXPECT_EQ(search.isDirectory(), search.isDots() || name == L"below");
+        EXPECT_EQ(search.isFile(), !search.isDirectory());
+    }
+}
+
+TEST_F(PlatformSearch, TellsFilesFromPipes)
+{
+    if (!testsupport::makePipeFile(directory.text("pipe")))
+        GTEST_SKIP() << "files cannot be pipes here";
+    ASSERT_TRUE(testsupport::makeLink(directory.text("pipe"), directory.text("piped")));
+    for (const wchar_t * const name : {L"pipe", L"piped", L"pipe*", L"piped*"})
+    {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(name)));
+        Search search;
+        ASSERT_TRUE(search.begin(inside(directory, name)));
+        EXPECT_FALSE(search.isFile());
+        EXPECT_FALSE(search.isDirectory());
     }
 }
 
@@ -150,9 +168,11 @@ TEST_F(PlatformSearch, FollowsLinksOnlyToSayWhetherTheyLeadToADirectory)
         ASSERT_TRUE(search.begin(inside(directory, name)));
         EXPECT_TRUE(search.isLink());
         EXPECT_EQ(search.isDirectory(), std::wstring(name) == L"ldir");
+        EXPECT_EQ(search.isFile(), std::wstring(name) == L"lfile");
         ASSERT_TRUE(search.begin(inside(directory, std::wstring(name) + L'*')));
         EXPECT_TRUE(search.isLink());
         EXPECT_EQ(search.isDirectory(), std::wstring(name) == L"ldir");
+        EXPECT_EQ(search.isFile(), std::wstring(name) == L"lfile");
         EXPECT_TRUE(search.enterEntry().hasFailed()) << "a link is not entered";
     }
 }

@@ -1,0 +1,362 @@
+#include "VontalBase/platform/filehandles.h"
+#include "VontalBase/platform/files.h"
+#include "VontalBase/platform/gates.h"
+#include "VontalBase/text/pstring.h"
+#include "VontalBase/text/u8string.h"
+
+#include "support/NativeHandles.h"
+#include "support/NativePaths.h"
+#include "support/ResourceSnapshot.h"
+#include "support/SecondsNow.h"
+#include "support/TempDirectory.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace
+{
+
+using platform::GateAnswer;
+using platform::Handle;
+using testsupport::HandleAccess;
+using testsupport::OwnedHandle;
+using testsupport::TempDirectory;
+
+std::wstring inside(const TempDirectory & directory, const std::string & name)
+{
+    return Vontal::pstring(Vontal::u8string(directory.text() + '\\' + name));
+}
+
+constexpr std::uint64_t fileTime(std::int64_t seconds)
+{
+    return static_cast<std::uint64_t>((seconds + 11'644'473'600) * 10'000'000);
+}
+
+class PlatformFileHandles : public testing::Test
+{
+protected:
+    ~PlatformFileHandles() override
+    {
+        platform::disarmGates();
+        directory.clear();
+    }
+
+    [[nodiscard]] std::wstring path(const std::string & name) const
+    {
+        return inside(directory, name);
+    }
+
+    static std::string read(Handle handle, std::size_t size)
+    {
+        std::string bytes(size, '#');
+        std::size_t count = 0;
+        EXPECT_TRUE(platform::readBytes(handle, bytes.data(), size, count));
+        bytes.resize(count);
+        return bytes;
+    }
+
+    TempDirectory directory;
+};
+
+TEST_F(PlatformFileHandles, ReadAFileFromItsBeginning)
+{
+    directory.write("file", "0123456789");
+    const Handle handle = platform::openForReading(path("file"));
+    ASSERT_TRUE(platform::isHandle(handle));
+    EXPECT_TRUE(platform::isDiskFile(handle));
+    EXPECT_EQ(read(handle, 4), "0123");
+    EXPECT_EQ(read(handle, 100), "456789");
+    EXPECT_EQ(read(handle, 1), "") << "the end is no failure";
+    EXPECT_FALSE(platform::writeBytes(handle, "x", 1)) << "it is for reading";
+    platform::closeHandle(handle);
+    EXPECT_EQ(directory.read("file"), "0123456789");
+}
+
+TEST_F(PlatformFileHandles, WriteANewFileAndEmptyAnOldOne)
+{
+    directory.write("old", "0123456789");
+    for (const char * const name : {"new", "old"})
+    {
+        SCOPED_TRACE(name);
+        const Handle handle = platform::createForWriting(path(name), platform::attribute::normal);
+        ASSERT_TRUE(platform::isHandle(handle));
+        EXPECT_TRUE(platform::writeBytes(handle, "abc", 3));
+        EXPECT_TRUE(platform::writeBytes(handle, "", 0));
+        EXPECT_TRUE(platform::writeBytes(handle, "de", 2));
+        char byte = '#';
+        std::size_t count = 77;
+        EXPECT_FALSE(platform::readBytes(handle, &byte, 1, count)) << "it is for writing";
+        EXPECT_EQ(count, 77U) << "and leaves the count alone";
+        platform::closeHandle(handle);
+        EXPECT_EQ(directory.read(name), "abcde");
+        EXPECT_FALSE(testsupport::isReadOnly(directory.text(name)));
+    }
+}
+
+TEST_F(PlatformFileHandles, MakeReadOnlyFilesThatCanBeWrittenOnce)
+{
+    const Handle handle = platform::createForWriting(path("file"), platform::attribute::readOnly);
+    ASSERT_TRUE(platform::isHandle(handle));
+    EXPECT_TRUE(platform::writeBytes(handle, "abc", 3));
+    platform::FileInformation information;
+    ASSERT_TRUE(platform::readFileInformation(handle, information));
+    EXPECT_EQ(information.attributes & platform::attribute::readOnly, platform::attribute::readOnly);
+    platform::closeHandle(handle);
+    EXPECT_TRUE(testsupport::isReadOnly(directory.text("file")));
+    EXPECT_EQ(directory.read("file"), "abc");
+    testsupport::setReadOnly(directory.text("file"), false);
+}
+
+TEST_F(PlatformFileHandles, AreNoneForWhatDoesNotOpen)
+{
+    directory.write("file", "x");
+    const std::wstring here = Vontal::pstring(Vontal::u8string(directory.text()));
+    EXPECT_EQ(platform::openForReading(path("missing")), platform::invalidHandle());
+    EXPECT_EQ(platform::openForReading(here), platform::invalidHandle()) << "a directory";
+    EXPECT_EQ(platform::openForReading(L""), platform::invalidHandle());
+    EXPECT_EQ(platform::createForWriting(here, platform::attribute::normal), platform::invalidHandle());
+    EXPECT_EQ(platform::createForWriting(path("missing\\file"), 0), platform::invalidHandle());
+    EXPECT_EQ(platform::createForWriting(path("file\\file"), 0), platform::invalidHandle());
+    EXPECT_EQ(platform::createForWriting(L"", 0), platform::invalidHandle());
+    EXPECT_FALSE(platform::isHandle(nullptr));
+    EXPECT_FALSE(platform::isHandle(platform::invalidHandle()));
+}
+
+TEST_F(PlatformFileHandles, EndPathsAtTheirFirstNul)
+{
+    directory.write("file", "x");
+    const Handle handle = platform::openForReading(path("file") + L'\0' + L"more");
+    EXPECT_TRUE(platform::isHandle(handle));
+    platform::closeHandle(handle);
+}
+
+TEST_F(PlatformFileHandles, ShareReadingAndNothingElse)
+{
+    directory.write("file", "0123456789");
+    const Handle reader = platform::openForReading(path("file"));
+    const Handle other = platform::openForReading(path("file"));
+    EXPECT_TRUE(platform::isHandle(other));
+    platform::closeHandle(other);
+    EXPECT_FALSE(platform::isHandle(platform::createForWriting(path("file"), 0)));
+    EXPECT_EQ(platform::openStream(path("file"), "wb"), nullptr);
+    EXPECT_EQ(directory.read("file"), "0123456789") << "it has not been emptied";
+    platform::closeHandle(reader);
+    const Handle writer = platform::createForWriting(path("file"), 0);
+    ASSERT_TRUE(platform::isHandle(writer));
+    EXPECT_FALSE(platform::isHandle(platform::openForReading(path("file"))));
+    EXPECT_FALSE(platform::isHandle(platform::createForWriting(path("file"), 0)));
+    EXPECT_EQ(platform::openStream(path("file"), "rb"), nullptr);
+    platform::closeHandle(writer);
+    const Handle last = platform::openForReading(path("file"));
+    EXPECT_TRUE(platform::isHandle(last));
+    platform::closeHandle(last);
+}
+
+TEST_F(PlatformFileHandles, GoToPositionsAndTellThem)
+{
+    directory.write("file", "0123456789");
+    const OwnedHandle owned = testsupport::openHandle(directory.text("file"), HandleAccess::ReadWrite);
+    const Handle handle = owned.get();
+    std::uint64_t position = 77;
+    EXPECT_TRUE(platform::tellPosition(handle, position));
+    EXPECT_EQ(position, 0U);
+    EXPECT_TRUE(platform::seekTo(handle, 7));
+    EXPECT_EQ(read(handle, 2), "78");
+    EXPECT_TRUE(platform::tellPosition(handle, position));
+    EXPECT_EQ(position, 9U);
+    EXPECT_TRUE(platform::seekTo(handle, 0x123456789)) << "beyond the end and 32 bits";
+    EXPECT_TRUE(platform::tellPosition(handle, position));
+    EXPECT_EQ(position, 0x123456789U);
+    EXPECT_EQ(read(handle, 2), "");
+    EXPECT_TRUE(platform::seekTo(handle, 3));
+    EXPECT_TRUE(platform::writeBytes(handle, "abc", 3));
+    EXPECT_FALSE(platform::seekTo(handle, ~std::uint64_t{0}));
+    std::uint64_t size = 0;
+    EXPECT_TRUE(platform::readFileSize(handle, size));
+    EXPECT_EQ(size, 10U);
+    EXPECT_EQ(directory.read("file"), "012abc6789");
+}
+
+TEST_F(PlatformFileHandles, ReadAtPositions)
+{
+    directory.write("file", "0123456789");
+    const Handle handle = platform::openForReading(path("file"));
+    std::string bytes(4, '#');
+    std::size_t count = 0;
+    EXPECT_TRUE(platform::readBytesAt(handle, 5, bytes.data(), 3, count));
+    EXPECT_EQ(count, 3U);
+    EXPECT_EQ(bytes, "567#");
+    EXPECT_TRUE(platform::readBytesAt(handle, 8, bytes.data(), 4, count));
+    EXPECT_EQ(count, 2U);
+    EXPECT_EQ(bytes.substr(0, 2), "89");
+    EXPECT_TRUE(platform::readBytesAt(handle, 10, bytes.data(), 4, count));
+    EXPECT_EQ(count, 0U);
+    EXPECT_TRUE(platform::readBytesAt(handle, 0x123456789, bytes.data(), 4, count));
+    EXPECT_EQ(count, 0U);
+    EXPECT_TRUE(platform::seekTo(handle, 0));
+    EXPECT_EQ(read(handle, 3), "012");
+    platform::closeHandle(handle);
+}
+
+TEST_F(PlatformFileHandles, AreDuplicatedWithTheirPosition)
+{
+    directory.write("file", "0123456789");
+    const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+    const Handle handle = platform::openForReading(path("file"));
+    const Handle second = platform::duplicateHandle(handle);
+    ASSERT_TRUE(platform::isHandle(second));
+    EXPECT_NE(second, handle);
+    EXPECT_EQ(read(handle, 4), "0123");
+    EXPECT_EQ(read(second, 2), "45");
+    platform::closeHandle(handle);
+    EXPECT_EQ(read(second, 2), "67") << "each is closed by itself";
+    EXPECT_FALSE(platform::writeBytes(second, "x", 1)) << "with the same rights";
+    platform::closeHandle(second);
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    EXPECT_FALSE(platform::isHandle(platform::duplicateHandle(platform::invalidHandle())));
+}
+
+TEST_F(PlatformFileHandles, MayBeThoseOfPipes)
+{
+    testsupport::HandlePipe pipe;
+    EXPECT_FALSE(platform::isDiskFile(pipe.readEnd.get()));
+    EXPECT_FALSE(platform::isDiskFile(pipe.writeEnd.get()));
+    EXPECT_FALSE(platform::isDiskFile(platform::invalidHandle()));
+    EXPECT_TRUE(platform::writeBytes(pipe.writeEnd.get(), "012", 3));
+    EXPECT_TRUE(platform::writeBytes(pipe.writeEnd.get(), "345", 3));
+    EXPECT_EQ(read(pipe.readEnd.get(), 2), "01");
+    pipe.writeEnd.close();
+    EXPECT_EQ(read(pipe.readEnd.get(), 100), "2345");
+    EXPECT_EQ(read(pipe.readEnd.get(), 100), "") << "the end is no failure";
+}
+
+TEST_F(PlatformFileHandles, SayThatNobodyReadsAPipeAndRaiseNoSignal)
+{
+    testsupport::HandlePipe pipe;
+    pipe.readEnd.close();
+    EXPECT_FALSE(platform::writeBytes(pipe.writeEnd.get(), "x", 1));
+    EXPECT_FALSE(platform::writeBytes(pipe.writeEnd.get(), "x", 1)) << "again";
+}
+
+TEST_F(PlatformFileHandles, TellOfAFile)
+{
+    const std::int64_t before = testsupport::secondsNow();
+    directory.write("file", "0123456789");
+    testsupport::setTimesOfFile(directory.text("file"), {1'600'000'000, 981'173'107, 946'684'800});
+    const testsupport::TimesOfFile times = testsupport::timesOfFile(directory.text("file"));
+    const OwnedHandle handle = testsupport::openHandle(directory.text("file"), HandleAccess::Read);
+    platform::FileInformation information;
+    ASSERT_TRUE(platform::readFileInformation(handle.get(), information));
+    EXPECT_EQ(information.size, 10U);
+    EXPECT_EQ(information.attributes & ~platform::attribute::normal, platform::attribute::archive);
+    EXPECT_EQ(information.changed, fileTime(981'173'107));
+    EXPECT_EQ(information.accessed / 10'000'000, fileTime(times.accessed) / 10'000'000);
+    EXPECT_EQ(information.created / 10'000'000, fileTime(times.created) / 10'000'000);
+    EXPECT_TRUE(times.created == 946'684'800 || times.created == 981'173'107 || times.created >= before - 2)
+        << times.created;
+    testsupport::setReadOnly(directory.text("file"), true);
+    ASSERT_TRUE(platform::readFileInformation(handle.get(), information));
+    EXPECT_EQ(information.attributes & platform::attribute::readOnly, platform::attribute::readOnly);
+    EXPECT_EQ(information.attributes & platform::attribute::directory, 0U);
+    testsupport::setReadOnly(directory.text("file"), false);
+}
+
+TEST_F(PlatformFileHandles, SetTheTimesOfAFile)
+{
+    directory.write("file", "x");
+    for (const std::int64_t seconds :
+        {std::int64_t{981'173'107}, std::int64_t{-141'477'904}, std::int64_t{2'219'878'924}, std::int64_t{0}})
+    {
+        SCOPED_TRACE(seconds);
+        const OwnedHandle handle = testsupport::openHandle(directory.text("file"), HandleAccess::ReadWrite);
+        EXPECT_TRUE(platform::setFileTimes(
+            handle.get(), fileTime(seconds + 2), fileTime(seconds + 1), fileTime(seconds)));
+        platform::FileInformation information;
+        ASSERT_TRUE(platform::readFileInformation(handle.get(), information));
+        EXPECT_EQ(information.changed, fileTime(seconds));
+        EXPECT_EQ(information.accessed, fileTime(seconds + 1));
+        EXPECT_EQ(testsupport::timesOfFile(directory.text("file")).changed, seconds);
+    }
+}
+
+TEST_F(PlatformFileHandles, FailWhereTheSystemRefuses)
+{
+    directory.write("file", "0123456789");
+    const OwnedHandle owned = testsupport::openHandle(directory.text("file"), HandleAccess::ReadWrite);
+    const Handle handle = owned.get();
+    char byte = '#';
+    std::size_t count = 77;
+    std::uint64_t number = 77;
+    platform::FileInformation information;
+    information.size = 77;
+    const auto arm = []
+    {
+        platform::armGates({nullptr, 1, 1, GateAnswer::Fail});
+    };
+    arm();
+    EXPECT_FALSE(platform::isHandle(platform::openForReading(path("file"))));
+    arm();
+    EXPECT_FALSE(platform::isHandle(platform::createForWriting(path("file"), 0)));
+    arm();
+    EXPECT_FALSE(platform::isHandle(platform::duplicateHandle(handle)));
+    arm();
+    EXPECT_FALSE(platform::isDiskFile(handle));
+    arm();
+    EXPECT_FALSE(platform::readBytes(handle, &byte, 1, count));
+    arm();
+    EXPECT_FALSE(platform::readBytesAt(handle, 0, &byte, 1, count));
+    arm();
+    EXPECT_FALSE(platform::writeBytes(handle, "x", 1));
+    arm();
+    EXPECT_FALSE(platform::seekTo(handle, 1));
+    arm();
+    EXPECT_FALSE(platform::tellPosition(handle, number));
+    arm();
+    EXPECT_FALSE(platform::readFileSize(handle, number));
+    arm();
+    EXPECT_FALSE(platform::readFileInformation(handle, information));
+    arm();
+    EXPECT_FALSE(platform::setFileTimes(handle, 1, 1, 1));
+    platform::disarmGates();
+    EXPECT_EQ(byte, '#');
+    EXPECT_EQ(count, 77U) << "results stay as they were";
+    EXPECT_EQ(number, 77U);
+    EXPECT_EQ(information.size, 77U);
+    EXPECT_EQ(directory.read("file"), "0123456789");
+}
+
+TEST_F(PlatformFileHandles, GoOnWhereTheSystemInterruptsOrDoesAPart)
+{
+    for (const GateAnswer answer : {GateAnswer::Interrupt, GateAnswer::CutShort})
+    {
+        const Handle writer = platform::createForWriting(path("file"), 0);
+        platform::armGates({"write file", 1, 1, answer});
+        EXPECT_TRUE(platform::writeBytes(writer, "0123456789", 10));
+        EXPECT_NE(platform::faultedGate(), nullptr);
+        platform::closeHandle(writer);
+        EXPECT_EQ(directory.read("file"), "0123456789");
+        const Handle reader = platform::openForReading(path("file"));
+        platform::armGates({"read file", 1, 1, answer});
+        EXPECT_EQ(read(reader, 10), "0123456789");
+        std::string bytes(5, '#');
+        std::size_t count = 0;
+        platform::armGates({"read file", 1, 1, answer});
+        EXPECT_TRUE(platform::readBytesAt(reader, 5, bytes.data(), 5, count));
+        EXPECT_EQ(bytes, "56789");
+        platform::closeHandle(reader);
+    }
+}
+
+TEST_F(PlatformFileHandles, SayThatADeviceIsFull)
+{
+    const std::string device = testsupport::fullDevice();
+    if (device.empty())
+        GTEST_SKIP() << "no full device here";
+    const OwnedHandle handle = testsupport::openHandle(device, HandleAccess::Write);
+    EXPECT_FALSE(platform::writeBytes(handle.get(), "x", 1));
+    EXPECT_FALSE(platform::isDiskFile(handle.get()));
+}
+
+} // namespace
