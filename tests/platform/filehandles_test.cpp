@@ -215,7 +215,9 @@ TEST_F(PlatformFileHandles, AreDuplicatedWithTheirPosition)
     EXPECT_FALSE(platform::writeBytes(second, "x", 1)) << "with the same rights";
     platform::closeHandle(second);
     EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
-    EXPECT_FALSE(platform::isHandle(platform::duplicateHandle(platform::invalidHandle())));
+    EXPECT_FALSE(
+        platform::isHandle(platform::duplicateHandle(reinterpret_cast<Handle>(std::intptr_t{0x7FFF0000}))))
+        << "of none";
 }
 
 TEST_F(PlatformFileHandles, MayBeThoseOfPipes)
