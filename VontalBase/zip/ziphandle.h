@@ -6,7 +6,8 @@
 
 /// An archive that is open for reading, or one that is being written. Which of the two it is stands in it; a
 /// handle serves one thread at a time.
-struct HZIP__ // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+struct HZIP__
 {
     /// 1 for a reader, 2 for a writer.
     Vontal::ulong32 kind;
