@@ -99,6 +99,7 @@ Result ArchiveReader::findItem(const wchar_t * name, bool ignoreCase, int & inde
     index = noItem;
     if (name == nullptr || std::wcslen(name) >= tooLongName)
         return result::notFound;
+    // Kept: names are UTF-8 here, though the writer converts them by the system's code page.
     std::string key;
     Vontal::utf8FromWide(name, key);
     if (!m_directory.find(key, ignoreCase ? Case::AsciiIgnored : Case::Exact))
@@ -166,11 +167,13 @@ Result ArchiveReader::unzipToFile(int index, const wchar_t * path)
     {
         std::wstring directory;
         Vontal::wideFromUtf8(std::string_view(entry.name), directory);
+        // Kept: a stored name is not screened, and may lead anywhere.
         makeDirectories(m_rootDirectory, directory);
         return result::success;
     }
     if (path == nullptr)
         return result::noFile;
+    // Kept: the directories are made where the working directory was, and the file counts from where it is.
     makeDirectories(m_rootDirectory, safeDirectoryPart(path));
     Output output(path, entry.attr);
     return output.isOpen() ? extract(index, output, isTold ? &entry : nullptr) : result::noFile;
@@ -190,7 +193,7 @@ Result ArchiveReader::unzipToHandle(int index, platform::Handle handle)
 Result ArchiveReader::extract(int index, Output & output, const ZIPENTRY * entry)
 {
     const bool isPassed = openItem(index) && pass(output);
-    endItem();
+    endItem(); // Kept: whatever the CRC is
     if (!isPassed)
         return result::writeFailed;
     if (entry != nullptr)

@@ -64,6 +64,40 @@ Archive archiveOf(int count, std::size_t size)
     return archive;
 }
 
+/// The two results of an opening that have no text.
+TEST(ArchiveReader, TellsAnEndThatIsNotThereFromOneThatCannotBeRight)
+{
+    struct Row
+    {
+        const char * label;
+        void (*lie)(Archive &);
+        zip::Result expected;
+    };
+    const Row rows[] = {
+        {"the truth", [](Archive &) {}, 0},
+        {"no signature", [](Archive & a) { a.signature = 1; }, 0xFFFFFFFF},
+        {"a record that is cut off", [](Archive & a) { a.comment = "PK\5\6 and no more"; }, 0xFFFFFFFF},
+        {"a comment that is too long", [](Archive & a) { a.comment = std::string(65'514, 'c'); }, 0xFFFFFFFF},
+        {"a record in the comment", [](Archive & a) { a.comment = "PK\5\6 and eighteen bytes behind it"; },
+            0xFFFFFF99},
+        {"another disk", [](Archive & a) { a.thisDisk = 1; }, 0xFFFFFF99},
+        {"the directory on another disk", [](Archive & a) { a.directoryDisk = 1; }, 0xFFFFFF99},
+        {"two counts", [](Archive & a) { a.count = 2; }, 0xFFFFFF99},
+        {"a directory that is too large", [](Archive & a) { a.directorySize = 10'000; }, 0xFFFFFF99},
+        {"a directory too far behind", [](Archive & a) { a.directoryOffset = 10'000; }, 0xFFFFFF99},
+    };
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        Archive archive = archiveOf(1, 10);
+        row.lie(archive);
+        EXPECT_EQ(FileReader(archive.build()).opened, row.expected);
+    }
+    EXPECT_EQ(FileReader(Archive().build()).opened, 0xFFFFFFFFU) << "at the very beginning";
+    EXPECT_EQ(FileReader("").opened, 0xFFFFFFFFU);
+    EXPECT_EQ(FileReader("PK\5\6").opened, 0xFFFFFFFFU);
+}
+
 TEST(ArchiveReader, TellsTheFactsOfAnItem)
 {
     Places places;

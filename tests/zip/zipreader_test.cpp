@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 namespace
@@ -396,6 +397,25 @@ TEST(ZipHandles, AreToldApart)
     EXPECT_FALSE(IsZipHandleU(&writer));
     const OpenArchive archive(smallArchive());
     EXPECT_TRUE(IsZipHandleU(archive.get()));
+}
+
+TEST(ZipHandles, ServeAThreadEach)
+{
+    const OpenArchive one(smallArchive(), Source::File);
+    const OpenArchive two(smallArchive(), Source::Memory);
+    const auto use = [](const OpenArchive & archive)
+    {
+        for (int i = 0; i < 100; ++i)
+        {
+            EXPECT_EQ(archive.content(1), "second second");
+            EXPECT_EQ(archive.find("missing"), -1);
+        }
+    };
+    std::thread other([&] { use(one); });
+    use(two);
+    other.join();
+    const std::string last = lastMessage();
+    EXPECT_EQ(last, "File not found in the zipfile");
 }
 
 TEST(ZipHandles, HoldTheKindOfAReader)
