@@ -70,9 +70,8 @@ struct ZIPENTRYW
 
 /// Opens an archive. The process's working directory at this moment is the one under which directories are
 /// made when items are extracted.
-/// @param z what @p flags tells. With `ZipKindFile` the wide name of a file. With `ZipKindHandle` the handle
-/// of
-///     a disk file: the archive begins where it stands at the earliest, the reader makes a handle of its own,
+/// @param z what @p flags tells. With `ZipKindFile` the wide name of a file. With `ZipKindHandle` that of a
+///     disk file: the archive begins where it stands at the earliest, the reader makes a handle of its own,
 ///     and where the two have one position, as on Windows, reading moves it. With `ZipKindMemory` a block of
 ///     memory, which must live and stay as it is while the archive is open.
 /// @param len of a block of memory in bytes; of no meaning otherwise.
