@@ -57,10 +57,14 @@ public:
     bool createZipFile(const Vontal::u8string & path);
 
     /// Adds a file as an item.
+    /// @param itemName its name in the archive; a `\` in it becomes a `/`.
+    /// @param filePath the file, which nobody may have open for writing.
     /// @return false where nothing is held, or where `ZipAdd` gives a code.
     bool addItemFromFile(const Vontal::u8string & itemName, const Vontal::u8string & filePath);
 
     /// Adds bytes as an item.
+    /// @param itemName its name in the archive; a `\` in it becomes a `/`.
+    /// @param data the bytes, which are only read.
     /// @param length in bytes; 0 is refused.
     /// @return false where nothing is held, or where `ZipAdd` gives a code.
     bool addItemFromMemory(const Vontal::u8string & itemName, char * data, unsigned int length);
