@@ -6,11 +6,13 @@
 //
 // An archive may come from anybody: what it wants to write outside of the directory, damaged items and other
 // tricks are refused, and then nothing of the item concerned is written. With --raw it is taken at its word.
-// Links are left out of an archive, and counted; a file that changes meanwhile goes in as it is read.
+// Links, pipes and the like are left out of an archive, and counted; a file that changes meanwhile goes in as
+// it is read.
 //
 // While it works, a bar with the bytes, the rate and the time left is shown, if the standard error stream is
-// a terminal. Ctrl-C ends the work: an archive that is not complete is removed; what was unpacked stays. Exit
-// codes: 0; 1 with the story of the failure on the standard error stream; 2 for wrong arguments.
+// a terminal. Ctrl-C ends the work between two items, and in a checked unpacking at once. An archive comes to
+// its place when it is complete; what was unpacked stays. Exit codes: 0; 1 with the story of the failure on
+// the standard error stream; 2 for wrong arguments.
 
 #include "VontalBase/VontalBase.h"
 
@@ -18,13 +20,16 @@
 #include "console/console.h"
 #include "console/tree.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <iomanip>
 #include <iostream>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -169,20 +174,30 @@ struct Source
 class Sources
 {
 public:
-    bool collect(const u8string & directory, qvbase::InterruptAskable & interrupt, VontalException & error)
+    /// @param archive a file that is left out.
+    Sources(u8string directory, const u8string & archive)
+        : m_directory(std::move(directory)), m_archive(qvdisk::nativePath(archive))
     {
-        m_skipped = directory.size() - qvdisk::extractLastItem(directory).size();
-        std::vector<qvdisk::File> open{qvdisk::File(directory)};
+        const u8string last = qvdisk::extractLastItem(m_directory);
+        // The items bear the directory's name, if it has one.
+        m_skipped = m_directory.size() - (last == "." || last == ".." ? 0 : last.size());
+    }
+
+    bool collect(qvbase::InterruptAskable & interrupt, VontalException & error)
+    {
+        std::vector<qvdisk::File> open{qvdisk::File(m_directory)};
         while (!open.empty() && !interrupt.isInterrupted())
         {
             qvdisk::File next = open.back();
             open.pop_back();
-            if (console::isLink(next))
+            const u8string path = utf8(next.getPath());
+            const bool isTop = path == m_directory;
+            if (!isTop &&
+                (console::isLink(next) || !(next.isFile() || next.isDirectory()) || isArchive(path)))
             {
-                ++links;
+                ++leftOut;
                 continue;
             }
-            const u8string path = utf8(next.getPath());
             std::vector<qvdisk::File> entries;
             if (next.isDirectory() && !console::readEntries(next, entries))
                 return refuse(error, __LINE__, "cannot read the directory " + path);
@@ -195,12 +210,22 @@ public:
 
     std::vector<Source> all;
     std::uint64_t bytes = 0;
-    unsigned int links = 0;
+    unsigned int leftOut = 0;
 
 private:
+    [[nodiscard]] bool isArchive(const u8string & path) const
+    {
+        std::error_code error;
+        return std::filesystem::equivalent(console::nativePath(path), console::nativePath(m_archive), error);
+    }
+
     bool take(qvdisk::File & file, const u8string & path, VontalException & error)
     {
-        Source source{path, path.substr(m_skipped), 0, file.isDirectory()};
+        Source source{path, {}, 0, file.isDirectory()};
+        if (path.size() > m_skipped)
+            source.name = path.substr(path.find_first_not_of("/\\", m_skipped));
+        if (source.name.empty())
+            return true;
         for (const char c : source.name)
         {
             // Names are written in the system's code page, and read as UTF-8.
@@ -219,6 +244,8 @@ private:
         return true;
     }
 
+    u8string m_directory;
+    u8string m_archive;
     /// How much of each path stands in front of its name in the archive.
     std::size_t m_skipped = 0;
 };
@@ -237,20 +264,25 @@ protected:
 
     bool work(VontalException & error) override
     {
-        Sources sources;
-        if (!sources.collect(m_directory, *this, error))
+        Sources sources(m_directory, m_archive);
+        if (!sources.collect(*this, error))
             return refuse(error, __LINE__, "cannot pack " + m_directory);
-        if (!m_writer.createZipFile(m_archive))
-            return refuse(
-                error, __LINE__, "cannot create " + m_archive + ": " + lastMessage(FormatZipMessageZ));
-        // Not complete, and not wanted, until the end says otherwise.
-        qvdisk::AutoDeleteFile unfinished(m_archive);
+        // An archive that is there stays until the new one is complete.
+        const u8string part = m_archive + ".part";
+        if (!m_writer.createZipFile(part))
+            return refuse(error, __LINE__, "cannot create " + part + ": " + lastMessage(FormatZipMessageZ));
+        qvdisk::AutoDeleteFile unfinished(part);
         const bool isWritten = addAll(sources, error);
-        if (CloseZipZ(m_writer.release()) != 0 || !isWritten)
+        std::error_code renaming;
+        if (CloseZipZ(m_writer.release()) == 0 && isWritten)
+            std::filesystem::rename(console::nativePath(part), console::nativePath(m_archive), renaming);
+        else
+            renaming = std::make_error_code(std::errc::io_error);
+        if (renaming)
             return refuse(error, __LINE__, "cannot write " + m_archive);
         unfinished.release();
         std::cout << sources.all.size() << " items, " << sizeText(static_cast<std::int64_t>(sources.bytes))
-                  << ", " << sources.links << " links left out\n";
+                  << ", " << sources.leftOut << " left out\n";
         return true;
     }
 
@@ -300,12 +332,41 @@ protected:
         {
             tell(done, total);
         };
-        const bool isDone = m_isRaw ? qvzip::unzip(m_archive, m_directory, error)
+        const bool isDone = m_isRaw ? extractRaw(error)
                                     : qvzip::unzipChecked(m_archive, m_directory, error, {}, this, progress);
         return isDone || refuse(error, __LINE__, "cannot unpack " + m_archive);
     }
 
 private:
+    /// What `qvzip::unzip` does, with a look at the listener and at the user between the items.
+    bool extractRaw(VontalException & error)
+    {
+        qvzip::ZipPtr archive;
+        ZIPENTRYW entry{};
+        if (!archive.openZipFile(m_archive) || GetZipItemW(archive, -1, &entry) != 0)
+            return refuse(error, __LINE__, lastMessage(FormatZipMessageU));
+        const int count = entry.index;
+        for (int index = 0; index < count; ++index)
+        {
+            if (isInterrupted())
+                return refuse(error, __LINE__, "interrupted");
+            tell(static_cast<std::uint64_t>(index), static_cast<std::uint64_t>(count));
+            if (GetZipItemW(archive, index, &entry) != 0 || !extractItem(archive, index, entry))
+                return refuse(error, __LINE__, u8string(entry.name) + ": " + lastMessage(FormatZipMessageU));
+        }
+        return true;
+    }
+
+    bool extractItem(qvzip::ZipPtr & archive, int index, const ZIPENTRYW & entry) const
+    {
+        Vontal::astring path = u8string(m_directory + "\\" + u8string(entry.name)).toAstring();
+        const bool isDirectory = (entry.attr & directoryAttribute) != 0;
+        const std::size_t end = path.find_last_of(L"/\\", isDirectory ? path.size() : path.size() - 1);
+        const u8string parent(path.substr(0, end).c_str());
+        return qvdisk::createDirectories(parent) &&
+               (isDirectory || UnzipItem(archive, index, path.data(), 0, ZipKindFile) == 0);
+    }
+
     const u8string m_archive;
     const u8string m_directory;
     const bool m_isRaw;
@@ -344,8 +405,8 @@ bool list(const u8string & path, VontalException & error)
                   << textOf(entry.mtime) << "  " << u8string(entry.name) << '\n';
         bytes += size;
     }
-    std::cout << count << " items, " << bytes << " bytes\n";
-    return true;
+    std::cout << count << " items, " << bytes << " bytes" << std::endl;
+    return std::cout.good() || refuse(error, __LINE__, "cannot write the list");
 }
 //! [list]
 
@@ -381,7 +442,7 @@ int run(const Reference<ArchiveCommand> & command)
 u8string withoutLastSeparators(const u8string & path)
 {
     const std::size_t last = path.find_last_not_of("/\\");
-    return path.substr(0, last == u8string::npos ? 0 : last + 1);
+    return path.substr(0, last == u8string::npos ? 1 : last + 1);
 }
 
 int useOf(const std::vector<u8string> & words)
@@ -389,9 +450,9 @@ int useOf(const std::vector<u8string> & words)
     if (words.size() == 3 && words[0] == "create" && qvdisk::File(words[2]).isDirectory())
         return run(new ReferencedImplMT<CreateCommand>(words[1], withoutLastSeparators(words[2])));
     if (words.size() == 3 && words[0] == "extract")
-        return run(new ReferencedImplMT<ExtractCommand>(words[1], words[2], false));
+        return run(new ReferencedImplMT<ExtractCommand>(words[1], withoutLastSeparators(words[2]), false));
     if (words.size() == 4 && words[0] == "extract" && words[1] == "--raw")
-        return run(new ReferencedImplMT<ExtractCommand>(words[2], words[3], true));
+        return run(new ReferencedImplMT<ExtractCommand>(words[2], withoutLastSeparators(words[3]), true));
     if (words.size() == 2 && words[0] == "list")
     {
         VontalException error;
@@ -409,5 +470,5 @@ int main(int argc, char ** argv)
 {
     const std::vector<u8string> arguments = console::arguments(argc, argv);
     console::noteInterrupts();
-    return useOf({arguments.begin() + 1, arguments.end()});
+    return useOf({arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end()});
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 
@@ -55,27 +56,46 @@ public:
         return m_root / "a.zip";
     }
 
+    /// Makes the target, with a link out of it and a second name of a file outside.
+    void prepare() const
+    {
+        fs::create_directory(target());
+        fs::create_directory_symlink(above(), target() / "link");
+        fs::create_hard_link(m_root / "kept", target() / "a");
+    }
+
     /// Looks at everything, and empties the target.
     void check() const
     {
         std::uint64_t bytes = 0;
         std::size_t others = 0;
-        const std::string inside = target().string();
+        const std::string inside = target().string() + '/';
         for (const auto & entry : fs::recursive_directory_iterator(m_root))
         {
-            require(!entry.is_symlink(), "A link was made.");
             if (!entry.path().string().starts_with(inside))
                 ++others;
+            else if (entry.is_symlink())
+                require(entry.path() == target() / "link", "A link was made.");
             else if (entry.is_regular_file())
                 bytes += entry.file_size();
         }
-        require(others == 4, "Something was written outside of the target."); // 1, 1/2, kept, a.zip
-        require(fs::file_size(m_root / "kept") == 4, "A file outside of the target was changed.");
-        require(bytes <= byteLimit, "More was written than is allowed.");
+        // 1, 1/2, out, kept, a.zip
+        require(others == 5, "Something was written outside of the target.");
+        require(contentOf(m_root / "kept") == "kept", "A file outside of the target was changed.");
+        const fs::path old = target() / "a";
+        require(!fs::is_regular_file(old) || fs::hard_link_count(old) == 1 || contentOf(old) == "kept",
+            "A file was written in its place.");
+        require(bytes <= byteLimit + 4, "More was written than is allowed.");
         fs::remove_all(target());
     }
 
 private:
+    static std::string contentOf(const fs::path & path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
     fs::path m_root;
 };
 
@@ -86,6 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
     static const Place place;
     std::ofstream(place.archive(), std::ios::binary)
         .write(reinterpret_cast<const char *>(data), static_cast<std::streamsize>(size));
+    place.prepare();
     VontalException error;
     qvzip::UnzipOptions options;
     options.maxTotalBytes = byteLimit;

@@ -90,4 +90,18 @@ bool readFileInformation(Handle handle, FileInformation & information) noexcept;
 bool setFileTimes(
     Handle handle, std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept;
 
+/// Makes a file that was not there, for writing; whatever stands at the path, be it a link that leads
+/// nowhere, is left alone.
+/// @return the handle, which the caller closes and no child process gets; `invalidHandle()` where it fails.
+Handle createNewForWriting(const std::wstring & path);
+
+/// Closes the handle of a file that was written.
+/// @return false where the system tells only now that it could not write everything. The handle is closed
+/// then too.
+bool closeWritten(Handle handle) noexcept;
+
+/// Gives a file another path on the same disk, in the place of a file that may be there. A link that is there
+/// is replaced itself.
+bool replaceFile(const std::wstring & from, const std::wstring & to);
+
 } // namespace platform

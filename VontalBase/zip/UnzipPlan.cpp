@@ -3,12 +3,14 @@
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/places.h"
 #include "VontalBase/text/VontalException.h"
+#include "VontalBase/text/utf.h"
 #include "VontalBase/zip/unzip.h"
 #include "VontalBase/zip/zipentry.h"
 #include "VontalBase/zip/zipformat.h"
 #include "VontalBase/zip/zipnames.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -80,11 +82,19 @@ private:
                                                              platform::attribute::directory) != 0;
         if (name.path.empty() && !isDirectory)
             return refuse("names the target directory");
+        if (static_cast<std::size_t>(std::count(name.path.begin(), name.path.end(), L'\\')) >
+            m_options.maxDepth)
+            return refuse("lies too deep");
         if (!isAllowed(entry, isDirectory) || !takeExtent(index, entry))
             return false;
         m_plan.bytes += entry.uncompressedSize;
         m_plan.items.push_back({std::move(name.path), entry.uncompressedSize, isDirectory});
         return true;
+    }
+
+    static std::size_t headerAndName(const CentralEntry & entry) noexcept
+    {
+        return std::min(format::localHeaderSize + entry.nameLength, InputWindow::capacity);
     }
 
     bool isAllowed(const CentralEntry & entry, bool isDirectory)
@@ -108,14 +118,27 @@ private:
     {
         const EndRecord & end = m_archive.directory.endRecord();
         LocalHeader header;
-        if (!readLocalHeader(m_archive.window, entry, end.bytesBefore, format::localHeaderSize, header))
+        if (!readLocalHeader(m_archive.window, entry, end.bytesBefore, headerAndName(entry), header))
             return refuse("has a header that does not agree with the directory");
+        if (!hasSameName(entry, end.bytesBefore))
+            return refuse("has another name in its header");
         const Extent extent{
             entry.localHeaderOffset + end.bytesBefore, header.dataPosition + entry.compressedSize, index};
         if (extent.end > end.directoryOffset + end.bytesBefore)
             return refuse("reaches into the directory");
         m_extents.push_back(extent);
         return true;
+    }
+
+    /// Some tools go by the name in front of the data.
+    bool hasSameName(const CentralEntry & entry, std::uint64_t bytesBefore)
+    {
+        const std::uint64_t position = entry.localHeaderOffset + bytesBefore + format::localHeaderSize;
+        const std::span<const unsigned char> found =
+            m_archive.window.view(position, entry.nameLength, entry.nameLength);
+        return found.size() >= m_name.size() &&
+               std::equal(m_name.begin(), m_name.end(), found.begin(),
+                   [](char a, unsigned char b) { return static_cast<unsigned char>(a) == b; });
     }
 
     bool nothingOverlaps()
@@ -156,7 +179,20 @@ bool refuseItem(VontalException & error, const std::string & text, const std::so
 
 std::string quotedName(const std::string & name)
 {
-    return "'" + name + "'";
+    constexpr std::size_t longest = 255;
+    std::wstring text;
+    Vontal::wideFromUtf8(name, text);
+    if (text.size() > longest)
+        text.replace(longest, std::wstring::npos, L"...");
+    // What a terminal takes for an order is not to come from a stranger.
+    const auto isControl = [](wchar_t unit)
+    {
+        return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+    };
+    std::replace_if(text.begin(), text.end(), isControl, L'?');
+    std::string shown;
+    Vontal::utf8FromWide(text, shown);
+    return "'" + shown + "'";
 }
 
 } // namespace zip

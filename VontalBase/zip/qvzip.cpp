@@ -9,6 +9,7 @@
 #include "VontalBase/zip/unzip.h"
 #include "VontalBase/zip/zipreader.h"
 
+#include <new>
 #include <optional>
 #include <string>
 
@@ -29,11 +30,39 @@ constexpr int lineOfUnzipping = 57;
 
 constexpr int allItems = -1;
 
-/// Adds an entry to the record. Returns false, for the caller to return.
-bool refuse(VontalException & error, int line, const Vontal::u8string & text)
+/// What is being done: the position and the text of the failure that it would be.
+struct Step
 {
-    error.add("qvzip", line, text);
+    int line = lineOfOpening;
+    const char * text = "Failed to open zip";
+    Vontal::u8string path;
+
+    void set(int newLine, const char * newText, const Vontal::u8string & newPath = {})
+    {
+        line = newLine;
+        text = newText;
+        path = newPath;
+    }
+};
+
+/// Adds an entry to the record. Returns false, for the caller to return.
+bool refuse(VontalException & error, const Step & step)
+{
+    error.add("qvzip", step.line, step.text + step.path);
     return false;
+}
+
+/// The same, as far as there is memory for it.
+bool refuseForMemory(VontalException & error, const Step & step) noexcept
+{
+    try
+    {
+        return refuse(error, step);
+    }
+    catch (const std::bad_alloc &)
+    {
+        return false;
+    }
 }
 
 /// A file that is open for writing.
@@ -69,8 +98,8 @@ private:
 class Unpacking
 {
 public:
-    Unpacking(HZIP archive, const Vontal::u8string & targetDir, VontalException & error)
-        : m_archive(archive), m_target(targetDir.toAstring()), m_error(error)
+    Unpacking(HZIP archive, const Vontal::u8string & targetDir, Step & step)
+        : m_archive(archive), m_target(targetDir.toAstring()), m_step(step)
     {
         qvdisk::addLastSlash(m_target);
     }
@@ -78,8 +107,9 @@ public:
     bool unpack(int index)
     {
         ZIPENTRYW entry{};
+        m_step.set(lineOfItem, "Failed to get item info");
         if (GetZipItemW(m_archive, index, &entry) != 0)
-            return refuse(m_error, lineOfItem, "Failed to get item info");
+            return false;
         const std::wstring path = m_target + entry.name;
         return (entry.attr & platform::attribute::directory) != 0 ? makeDirectory(path)
                                                                   : unpackFile(index, path);
@@ -88,9 +118,8 @@ public:
 private:
     bool makeDirectory(const std::wstring & path)
     {
-        return qvdisk::createDirectories(path) ||
-               refuse(
-                   m_error, lineOfDirectory, "Failed to create directory: " + Vontal::u8string(path.c_str()));
+        m_step.set(lineOfDirectory, "Failed to create directory: ", path.c_str());
+        return qvdisk::createDirectories(path);
     }
 
     /// Items of one directory mostly follow each other, so that it is made, or looked for, once.
@@ -98,8 +127,9 @@ private:
     {
         if (parent == m_lastParent)
             return true;
+        m_step.set(lineOfParent, "Failed to create directory: ", parent);
         if (!qvdisk::createDirectories(parent))
-            return refuse(m_error, lineOfParent, "Failed to create directory: " + parent);
+            return false;
         m_lastParent = parent;
         return true;
     }
@@ -109,37 +139,52 @@ private:
         const Vontal::u8string name(path.c_str());
         if (!makeParent(qvdisk::extractParentDir(name)))
             return false;
+        m_step.set(lineOfFile, "Failed to create file: ", name);
         const OutputFile file(path);
         if (!file.isOpen())
-            return refuse(m_error, lineOfFile, "Failed to create file: " + name);
-        return UnzipItem(m_archive, index, file.get(), 0, ZipKindHandle) == 0 ||
-               refuse(m_error, lineOfUnzipping, "Failed to unzip file: " + name);
+            return false;
+        m_step.set(lineOfUnzipping, "Failed to unzip file: ", name);
+        return UnzipItem(m_archive, index, file.get(), 0, ZipKindHandle) == 0;
     }
 
     HZIP m_archive;
     std::wstring m_target;
     std::optional<Vontal::u8string> m_lastParent;
-    VontalException & m_error;
+    Step & m_step;
 };
 
-} // namespace
-
-bool unzip(const Vontal::u8string & zipPath, const Vontal::u8string & targetDir, VontalException & error)
+bool unzipAll(const Vontal::u8string & zipPath, const Vontal::u8string & targetDir, Step & step)
 {
     Vontal::astring name = zipPath.toAstring();
     ZipPtr archive(OpenZipU(name.data(), 0, ZipKindFile));
     if (archive.get() == nullptr)
-        return refuse(error, lineOfOpening, "Failed to open zip");
+        return false;
     ZIPENTRYW all{};
+    step.set(lineOfCount, "Failed to get zip info");
     if (GetZipItemW(archive, allItems, &all) != 0)
-        return refuse(error, lineOfCount, "Failed to get zip info");
-    Unpacking unpacking(archive, targetDir, error);
+        return false;
+    Unpacking unpacking(archive, targetDir, step);
     for (int index = 0; index < all.index; ++index)
     {
         if (!unpacking.unpack(index))
             return false;
     }
     return true;
+}
+
+} // namespace
+
+bool unzip(const Vontal::u8string & zipPath, const Vontal::u8string & targetDir, VontalException & error)
+{
+    Step step;
+    try
+    {
+        return unzipAll(zipPath, targetDir, step) || refuse(error, step);
+    }
+    catch (const std::bad_alloc &)
+    {
+        return refuseForMemory(error, step);
+    }
 }
 
 } // namespace qvzip

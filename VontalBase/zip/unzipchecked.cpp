@@ -1,9 +1,9 @@
 // Unpacking an archive from a stranger.
 
 #include "VontalBase/concurrency/InterruptAskable.h"
-#include "VontalBase/disk/directories.h"
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/files.h"
+#include "VontalBase/platform/places.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/astring.h"
 #include "VontalBase/zip/UnzipPlan.h"
@@ -13,9 +13,12 @@
 #include "VontalBase/zip/ziputfield.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <new>
 #include <source_location>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qvzip
@@ -29,13 +32,21 @@ constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 /// Items up to this size are held in memory from their check to their writing; larger ones are read twice.
 constexpr std::size_t heldSize = std::size_t{1024} * 1024;
 
-/// A file that is removed unless it is finished.
+/// A file under a name of its own, which takes its true name when it is finished, and is removed otherwise.
+/// What bears that name until then stays as it is.
 class NewFile
 {
 public:
-    explicit NewFile(const std::wstring & path)
-        : m_path(path), m_handle(platform::createForWriting(path, platform::attribute::normal))
+    explicit NewFile(const std::wstring & path) : m_path(path)
     {
+        const std::wstring directory = path.substr(0, path.rfind(L'\\') + 1);
+        // Names may be taken by what an earlier process left behind.
+        constexpr int attempts = 100;
+        for (int number = 0; number < attempts && !isOpen(); ++number)
+        {
+            m_ownPath = directory + L".unzip-" + std::to_wstring(number);
+            m_handle = platform::createNewForWriting(m_ownPath);
+        }
     }
     NewFile(const NewFile &) = delete;
     NewFile & operator=(const NewFile &) = delete;
@@ -44,8 +55,7 @@ public:
         if (!isOpen())
             return;
         platform::closeHandle(m_handle);
-        if (!m_isFinished)
-            platform::removeFile(m_path);
+        remove();
     }
 
     [[nodiscard]] bool isOpen() const noexcept
@@ -56,25 +66,78 @@ public:
     {
         return m_handle;
     }
-    void finish() noexcept
+    /// @return false where the disk refuses; then it is removed.
+    bool finish()
     {
-        m_isFinished = true;
+        const bool isFinished = platform::closeWritten(std::exchange(m_handle, platform::invalidHandle())) &&
+                                platform::replaceFile(m_ownPath, m_path);
+        if (!isFinished)
+            remove();
+        return isFinished;
     }
 
 private:
+    void remove() noexcept
+    {
+        try
+        {
+            platform::removeFile(m_ownPath);
+        }
+        catch (const std::bad_alloc &)
+        {
+            // It stays.
+        }
+    }
+
     std::wstring m_path;
-    platform::Handle m_handle;
-    bool m_isFinished = false;
+    std::wstring m_ownPath;
+    platform::Handle m_handle = platform::invalidHandle();
 };
+
+constexpr wchar_t separators[] = L"\\/";
 
 /// The directory without separators at its end, where it is not a root. Nothing stands for the working one.
 std::wstring directoryOf(const Vontal::u8string & target)
 {
     const Vontal::astring path = target.toAstring();
-    const std::size_t last = path.find_last_not_of(L"\\/");
+    const std::size_t last = path.find_last_not_of(separators);
     if (last == std::wstring::npos)
         return path.empty() ? L"." : path.substr(0, 1);
-    return path.substr(0, path[last] == L':' ? last + 2 : last + 1);
+    const bool isDrive = path[last] == L':' && !platform::mayNamesHoldColons();
+    return path.substr(0, isDrive ? last + 2 : last + 1);
+}
+
+bool isDirectory(const std::wstring & path)
+{
+    platform::FileStatus status;
+    return platform::readFileStatus(path, status) && status.kind == platform::FileStatus::Kind::Directory;
+}
+
+/// Makes a directory and those above it, as far as that is needed.
+/// @return whether it is there.
+bool makeTarget(const std::wstring & path)
+{
+    if (isDirectory(path))
+        return true;
+    for (std::size_t end = path.find_first_of(separators, 1); end != std::wstring::npos;
+         end = path.find_first_of(separators, end + 1))
+    {
+        platform::makeDirectory(path.substr(0, end));
+    }
+    platform::makeDirectory(path);
+    return isDirectory(path);
+}
+
+/// Whether a file can be put at a path: nothing is there, or a file that nobody has open.
+bool isFree(const std::wstring & path)
+{
+    platform::FileStatus status;
+    if (!platform::readFileStatus(path, status))
+        return true;
+    if (status.kind != platform::FileStatus::Kind::Regular)
+        return false;
+    std::FILE * const stream = platform::openStream(path, "r+b");
+    return stream != nullptr && std::fclose(stream) == 0;
 }
 
 /// Unpacks what a plan tells.
@@ -95,9 +158,11 @@ public:
         if (!zip::makePlan(m_archive, m_options, plan, m_error))
             return false;
         m_total = plan.bytes;
-        if (!qvdisk::createDirectories(Vontal::u8string(m_target.c_str())))
-            return zip::refuseItem(
-                m_error, "Cannot make the directory " + zip::quotedName(Vontal::u8string(m_target.c_str())));
+        if (!makeTarget(m_target))
+        {
+            const Vontal::u8string name(m_target.c_str());
+            return zip::refuseItem(m_error, "Cannot make the directory " + zip::quotedName(name));
+        }
         for (std::size_t index = 0; index < plan.items.size(); ++index)
         {
             if (!unpackItem(index, plan.items[index]))
@@ -144,25 +209,38 @@ private:
     }
 
     /// Makes directories below the target, none of which may be a link. Items of one directory mostly follow
-    /// each other.
+    /// each other, and of two directories the first levels are mostly the same.
     bool makeDirectories(const std::wstring & path)
     {
-        if (path.empty() || path == m_lastDirectory)
-            return true;
-        for (std::size_t end = 0; end != std::wstring::npos;)
+        std::size_t end = lengthInCommon(path);
+        m_lastDirectory.resize(end);
+        while (end < path.size())
         {
-            end = path.find(L'\\', end + 1);
+            if (!mayGoOn())
+                return false;
+            end = std::min(path.find(L'\\', end + 1), path.size());
             const std::wstring directory = below(path.substr(0, end));
             if (platform::isLink(directory))
                 return refuse("has a link in its way");
-            platform::FileStatus status;
-            const bool isThere = platform::readFileStatus(directory, status) &&
-                                 status.kind == platform::FileStatus::Kind::Directory;
-            if (!isThere && !platform::makeDirectory(directory))
+            if (!isDirectory(directory) && !platform::makeDirectory(directory))
                 return refuse("has a directory that cannot be made");
         }
         m_lastDirectory = path;
         return true;
+    }
+
+    /// How many units of a path are directories that were made, or looked at, last.
+    [[nodiscard]] std::size_t lengthInCommon(const std::wstring & path) const
+    {
+        const auto [own, other] =
+            std::mismatch(path.begin(), path.end(), m_lastDirectory.begin(), m_lastDirectory.end());
+        const bool ownEnds = own == path.end() || *own == L'\\';
+        const bool otherEnds = other == m_lastDirectory.end() || *other == L'\\';
+        const auto same = static_cast<std::size_t>(own - path.begin());
+        if (ownEnds && otherEnds)
+            return same;
+        const std::size_t separator = same == 0 ? std::wstring::npos : path.rfind(L'\\', same - 1);
+        return separator == std::wstring::npos ? 0 : separator;
     }
 
     // Reading
@@ -196,7 +274,7 @@ private:
             done += piece.count;
         }
         if (!m_archive.reader.isWhole())
-            return refuse("is longer than told");
+            return refuse("is not as long as told");
         return m_archive.reader.end() == zip::ItemEnd::Matched || refuse("has a wrong checksum");
     }
 
@@ -207,6 +285,8 @@ private:
         const std::wstring path = below(m_item->path);
         if (platform::isLink(path))
             return refuse("has a link in its way");
+        if (!isFree(path))
+            return refuse("cannot be put where something else is");
         NewFile file(path);
         if (!file.isOpen())
             return refuse("cannot be created");
@@ -214,8 +294,7 @@ private:
             return false;
         if (m_options.applyTimes)
             setTimes(file.get());
-        file.finish();
-        return true;
+        return file.finish() || refuse("cannot be written to its end");
     }
 
     bool writePiece(platform::Handle file, const char * data, std::size_t size)

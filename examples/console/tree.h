@@ -26,12 +26,26 @@ inline Vontal::u8string utf8(const Vontal::pstring & wide)
     return text;
 }
 
+/// A path of the library for the standard library.
+inline std::filesystem::path nativePath(const Vontal::u8string & path)
+{
+    const Vontal::u8string native = qvdisk::nativePath(path);
+    return {std::u8string(native.begin(), native.end())};
+}
+
 inline bool isLink(const qvdisk::File & file)
 {
-    const Vontal::u8string native = qvdisk::nativePath(utf8(file.getPath()));
     std::error_code error;
-    return std::filesystem::is_symlink(
-        std::filesystem::path(std::u8string(native.begin(), native.end())), error);
+    return std::filesystem::is_symlink(nativePath(utf8(file.getPath())), error);
+}
+
+/// A name without what a terminal takes for an order.
+inline Vontal::u8string printable(Vontal::u8string name)
+{
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; },
+        '?');
+    return name;
 }
 
 //! [entries]

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,13 @@ std::string textOf(const VontalException & error)
     const std::size_t start = all.find(": ");
     EXPECT_NE(start, std::string::npos) << all;
     return start == std::string::npos ? all : all.substr(start + 2);
+}
+
+/// A name as failures show it.
+std::string shown(std::string name)
+{
+    std::replace(name.begin(), name.end(), '\0', '?');
+    return name;
 }
 
 class UnzipChecked : public ziptest::Unzipping
@@ -83,8 +91,8 @@ TEST_F(UnzipChecked, TakesADirectoryThatOnlyItsNameTells)
 TEST_F(UnzipChecked, TakesTargetsInTheirForms)
 {
     directory.write("a.zip", Archive{{stored("a", "1")}}.build());
-    for (const std::string & form :
-        {target, target + "/", target + "\\", target + "\\/\\", target + "/in/ner"})
+    for (const std::string & form : {target, target + "/", target + "\\", target + "\\/\\",
+             target + "/in/ner", target + "//in\\\\ner/", target})
     {
         SCOPED_TRACE(form);
         EXPECT_TRUE(qvzip::unzipChecked(zipPath, form, error)) << error.format();
@@ -178,7 +186,7 @@ TEST_F(UnzipChecked, RefusesNamesBeforeAnythingIsWritten)
     {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(
-            refusal({{stored("good", "1"), stored(row.name, "2")}}), "Item '" + row.name + "' " + row.reason);
+            refusal({{stored("good", "1"), stored(row.name, "2")}}), "Item '" + shown(row.name) + "' " + row.reason);
         EXPECT_FALSE(directory.contains("out")) << "not even what stands in front of it";
         EXPECT_EQ(ziptest::treeOf(directory.path()), Names{"a.zip"});
     }
@@ -217,8 +225,13 @@ TEST_F(UnzipChecked, RefusesWhatDirectoryAndHeadersLieAbout)
             "has a header that does not agree with the directory"},
         {"a header elsewhere", with([](Item & item) { item.central.headerOffset = 3; }),
             "has a header that does not agree with the directory"},
-        {"data that reach into the directory",
-            with([](Item & item) { item.local.compressedSize = item.central.compressedSize = 1000; }),
+        {"data that reach into the directory by a byte",
+            with(
+                [](Item & item)
+                {
+                    const auto size = static_cast<std::uint32_t>(ziptest::deflated(item.content).size());
+                    item.local.compressedSize = item.central.compressedSize = size + 1;
+                }),
             "reaches into the directory"},
     };
     for (const auto & row : rows)
@@ -227,6 +240,41 @@ TEST_F(UnzipChecked, RefusesWhatDirectoryAndHeadersLieAbout)
         EXPECT_EQ(refusal({{stored("good", "1"), row.item}}), "Item 'bad' " + row.reason);
         EXPECT_FALSE(directory.contains("out"));
     }
+}
+
+TEST_F(UnzipChecked, RefusesAnotherNameInTheHeader)
+{
+    ziptest::Places places;
+    std::string bytes = Archive{{stored("good", "1"), stored("a.txt", "2")}}.build(&places);
+    constexpr std::size_t headerSize = 30;
+    bytes.replace(places.headers[1] + headerSize, 5, "b.exe");
+    directory.write("a.zip", bytes);
+    EXPECT_FALSE(qvzip::unzipChecked(zipPath, target, error));
+    EXPECT_EQ(textOf(error), "Item 'a.txt' has another name in its header");
+    EXPECT_FALSE(directory.contains("out"));
+}
+
+TEST_F(UnzipChecked, ShowsNamesWithoutOrdersToATerminal)
+{
+    EXPECT_EQ(refusal({{stored("../\x1b[2J\n\x7f\xC2\x9B\xFF", "1")}}),
+        "Item '../?[2J???\xEF\xBF\xBD' leaves the target directory");
+    EXPECT_EQ(refusal({{stored("../" + std::string(300, 'x'), "1")}}),
+        "Item '../" + std::string(252, 'x') + "...' leaves the target directory");
+}
+
+TEST_F(UnzipChecked, RefusesWhatLiesTooDeep)
+{
+    std::string name;
+    for (int i = 0; i < 255; ++i)
+        name += "d/";
+    EXPECT_EQ(refusal({{stored("d/" + name + "f", "1")}}).substr(0, 8), "Item 'd/");
+    EXPECT_TRUE(error.format().ends_with("lies too deep"));
+    EXPECT_FALSE(directory.contains("out"));
+    EXPECT_EQ(refusal({{stored("a/b/c", "1")}}, {.maxDepth = 1}), "Item 'a/b/c' lies too deep");
+    EXPECT_TRUE(unzip({{stored("a/b/c", "1")}}, {.maxDepth = 2})) << error.format();
+    EXPECT_EQ(
+        refusal({{stored(std::string(32'000, 'd') + "/f", "1"), stored(std::string(400, '/') + "f", "1")}}),
+        "Item '" + std::string(255, '/') + "...' is absolute");
 }
 
 TEST_F(UnzipChecked, RefusesDamagedItemsBeforeTheyAreWritten)
@@ -255,7 +303,7 @@ TEST_F(UnzipChecked, RefusesDamagedItemsBeforeTheyAreWritten)
         } rows[] = {
             {"a wrong checksum", with([](Item & item) { item.local.crc = item.central.crc = 1; }),
                 "has a wrong checksum"},
-            {"one byte more than told", told(static_cast<std::uint32_t>(size - 1)), "is longer than told"},
+            {"one byte more than told", told(static_cast<std::uint32_t>(size - 1)), "is not as long as told"},
             {"one byte less than told", told(static_cast<std::uint32_t>(size + 1)),
                 "is damaged or shorter than told"},
             {"much less than told", told(0xFFFFFFFF), "is damaged or shorter than told"},
@@ -266,7 +314,7 @@ TEST_F(UnzipChecked, RefusesDamagedItemsBeforeTheyAreWritten)
                         item.data = ziptest::deflated(text) + "x";
                         item.local.compressedSize = item.central.compressedSize = packedSize + 1;
                     }),
-                "is longer than told"},
+                "is not as long as told"},
             {"no compressed stream", with([&](Item & item) { item.data = std::string(packedSize, '\xFF'); }),
                 "is damaged or shorter than told"},
         };
@@ -373,6 +421,79 @@ TEST_F(UnzipChecked, WritesNothingThroughALink)
     }
 }
 
+TEST_F(UnzipChecked, ReplacesAFileOfManyNamesWithoutTouchingTheOthers)
+{
+    std::filesystem::create_directory(directory.path() / "out");
+    directory.write("victim", "kept");
+    std::filesystem::create_hard_link(directory.path() / "victim", directory.path() / "out" / "a");
+    EXPECT_TRUE(unzip({{stored("a", "new")}})) << error.format();
+    EXPECT_EQ(directory.read("out/a"), "new");
+    EXPECT_EQ(directory.read("victim"), "kept");
+}
+
+TEST_F(UnzipChecked, LeavesWhatIsNoFileInItsPlace)
+{
+    std::filesystem::create_directory(directory.path() / "out");
+    if (!testsupport::makePipeFile(directory.text("out/a")))
+        GTEST_SKIP() << "files cannot be pipes here";
+    EXPECT_EQ(refusal({{stored("a", "1")}}), "Item 'a' cannot be put where something else is");
+    EXPECT_TRUE(std::filesystem::is_fifo(directory.path() / "out" / "a"));
+}
+
+TEST_F(UnzipChecked, LeavesAFileThatSomebodyHasOpen)
+{
+    std::filesystem::create_directory(directory.path() / "out");
+    // The archive itself, which is open while it is unpacked.
+    directory.write("out/a.zip", Archive{{stored("a.zip", "1")}}.build());
+    const std::string before = directory.read("out/a.zip");
+    EXPECT_FALSE(qvzip::unzipChecked(directory.text("out/a.zip"), target, error));
+    EXPECT_EQ(textOf(error), "Item 'a.zip' cannot be put where something else is");
+    EXPECT_EQ(directory.read("out/a.zip"), before);
+}
+
+TEST_F(UnzipChecked, KeepsAFileThatItCouldNotReplace)
+{
+    for (const std::size_t size : {std::size_t{200'000}, std::size_t{3} << 20})
+    {
+        SCOPED_TRACE(size);
+        std::filesystem::create_directories(directory.path() / "out");
+        directory.write("out/a", "what was there before");
+        directory.write("a.zip", Archive{{packed("a", ziptest::prose(size))}}.build());
+        EXPECT_THROW(qvzip::unzipChecked(zipPath, target, error, {}, nullptr,
+                         [](std::uint64_t, std::uint64_t) { throw std::runtime_error("enough"); }),
+            std::runtime_error);
+        EXPECT_EQ(tree(), Names{"a"});
+        EXPECT_EQ(directory.read("out/a"), "what was there before");
+    }
+}
+
+TEST_F(UnzipChecked, NoticesAnArchiveThatChangesBetweenCheckingAndWriting)
+{
+    ziptest::Places places;
+    const std::string bytes = Archive{{stored("a", ziptest::prose(std::size_t{3} << 20))}}.build(&places);
+    directory.write("a.zip", bytes);
+    const auto change = [&](std::uint64_t, std::uint64_t)
+    {
+        std::fstream file(directory.path() / "a.zip", std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(static_cast<std::streamoff>(places.data[0] + (std::size_t{2} << 20)));
+        file.put('#');
+    };
+    if (!testsupport::canMakeLinks())
+        GTEST_SKIP() << "nobody can change an open archive here";
+    EXPECT_FALSE(qvzip::unzipChecked(zipPath, target, error, {}, nullptr, change));
+    EXPECT_EQ(textOf(error), "Item 'a' has a wrong checksum");
+    EXPECT_EQ(tree(), Names{});
+}
+
+TEST_F(UnzipChecked, GivesNoTimeToAFileWhoseDateIsNone)
+{
+    Item item = stored("a", "1");
+    item.date = 0;
+    const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    EXPECT_TRUE(unzip({{item}})) << error.format();
+    EXPECT_GT(std::filesystem::last_write_time(directory.path() / "out" / "a"), before);
+}
+
 TEST_F(UnzipChecked, TakesATargetThatIsALink)
 {
     if (!testsupport::canMakeLinks())
@@ -397,7 +518,8 @@ TEST_F(UnzipChecked, TellsWhatCannotBeMade)
     EXPECT_EQ(
         refusal({{stored("a", "1"), stored("a/b", "2")}}), "Item 'a\\b' has a directory that cannot be made");
     EXPECT_EQ(tree(), Names{"a"});
-    EXPECT_EQ(refusal({{ziptest::directory("d/"), stored("d", "2")}}), "Item 'd' cannot be created");
+    EXPECT_EQ(refusal({{ziptest::directory("d/"), stored("d", "2")}}),
+        "Item 'd' cannot be put where something else is");
     EXPECT_EQ(tree(), (Names{"a", "d/"}));
     directory.write("file", "1");
     directory.write("a.zip", Archive{{stored("a", "1")}}.build());

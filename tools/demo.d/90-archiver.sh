@@ -53,7 +53,13 @@ echo "exit code $code"
 [[ $code -eq 1 && ! -e strange ]]
 
 say "Ctrl-C ends the work and leaves no half an archive"
-code=0
-timeout --signal INT 0.3 archiver create half.zip tree || code=$?
-echo "exit code $code"
-[[ $code -ne 0 && ! -e half.zip ]]
+for what in "create half.zip tree" "extract tree.zip half" "extract --raw tree.zip half"; do
+    code=0
+    # shellcheck disable=SC2086
+    timeout --preserve-status --signal INT 0.5 archiver $what || code=$?
+    echo "exit code $code"
+    [[ $code -eq 1 && ! -e half.zip && ! -e half.zip.part ]]
+done
+
+say "on a terminal it shows how far it is"
+script -qec "archiver create bar.zip tree" /dev/null | tr '\r' '\n' | grep -F 's left' | tail -n 2

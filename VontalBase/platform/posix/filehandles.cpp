@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <limits>
 #include <pthread.h>
@@ -21,13 +22,18 @@ namespace
 
 constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
 
-/// Opens a file and makes it ready.
+/// Opens a file and makes it ready. One that was made for nothing is removed.
 Handle open(const char * service, const std::wstring & path, const OpenMode & mode, mode_t fileMode)
 {
-    Descriptor descriptor(aboveStandardStreams(openFile(service, KernelPath(path), flagsOf(mode), fileMode)));
-    if (!descriptor.isOpen() || !settle(descriptor.get(), mode))
+    const KernelPath kernelPath(path);
+    Descriptor descriptor(aboveStandardStreams(openFile(service, kernelPath, flagsOf(mode), fileMode)));
+    if (!descriptor.isOpen())
         return invalidHandle();
-    return handleOf(descriptor.release());
+    if (settle(descriptor.get(), mode))
+        return handleOf(descriptor.release());
+    if (mode.isExclusive)
+        unlinkat(kernelPath.directory(), kernelPath.name(), 0);
+    return invalidHandle();
 }
 
 /// Takes from a file what nobody may do any more; what cannot be taken stays.
@@ -271,6 +277,30 @@ bool setFileTimes(Handle handle, std::uint64_t, std::uint64_t accessed, std::uin
 {
     const timespec times[2] = {timeOf(accessed), timeOf(changed)};
     return !gateFails("set file times") && futimens(descriptorOf(handle), times) == 0;
+}
+
+Handle createNewForWriting(const std::wstring & path)
+{
+    OpenMode mode;
+    mode.writes = true;
+    mode.creates = true;
+    mode.isExclusive = true;
+    return open("create new file", path, mode, usualFileMode);
+}
+
+bool closeWritten(Handle handle) noexcept
+{
+    const bool isClosed = ::close(descriptorOf(handle)) == 0 || errno == EINTR;
+    return !gateFails("close file") && isClosed;
+}
+
+bool replaceFile(const std::wstring & from, const std::wstring & to)
+{
+    if (gateFails("replace file"))
+        return false;
+    const KernelPath source(from);
+    const KernelPath target(to);
+    return renameat(source.directory(), source.name(), target.directory(), target.name()) == 0;
 }
 
 } // namespace platform

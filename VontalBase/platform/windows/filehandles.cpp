@@ -201,4 +201,24 @@ bool setFileTimes(
     return !gateFails("set file times") && SetFileTime(handle, &creation, &access, &change) != FALSE;
 }
 
+Handle createNewForWriting(const std::wstring & path)
+{
+    if (gateFails("create new file"))
+        return invalidHandle();
+    return CreateFileW(
+        kernelPath(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+bool closeWritten(Handle handle) noexcept
+{
+    const bool isClosed = CloseHandle(handle) != FALSE;
+    return !gateFails("close file") && isClosed;
+}
+
+bool replaceFile(const std::wstring & from, const std::wstring & to)
+{
+    return !gateFails("replace file") &&
+           MoveFileExW(kernelPath(from).c_str(), kernelPath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
+}
+
 } // namespace platform
