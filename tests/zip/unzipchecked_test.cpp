@@ -1,4 +1,6 @@
 #include "VontalBase/concurrency/InterruptAskable.h"
+#include "VontalBase/disk/directories.h"
+#include "VontalBase/disk/files.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/zip/unzip.h"
 
@@ -113,7 +115,11 @@ TEST_F(UnzipChecked, TakesNamesLongerThanThoseThatAreListed)
     std::string name(200, 'a');
     name += '/' + std::string(200, 'b');
     EXPECT_TRUE(unzip({{stored(name, "1")}})) << error.format();
-    EXPECT_EQ(directory.read("out/" + name), "1");
+    // The path is longer than some parts of some systems take.
+    std::string bytes;
+    EXPECT_TRUE(qvdisk::readRawFile(target + "/" + name, bytes));
+    EXPECT_EQ(bytes, "1");
+    EXPECT_TRUE(qvdisk::deleteDirectory(target));
 }
 
 TEST_F(UnzipChecked, TakesSizesThatFollowTheData)
