@@ -1,5 +1,6 @@
 /// @file
-/// What reading and writing zip archives share: the handle, the kinds of source and target, the result codes.
+/// What reading and writing zip archives share: the handle, and the kinds of source and target. Both have one
+/// set of result codes, whose texts `FormatZipMessageZ` and `FormatZipMessageU` give.
 #pragma once
 
 #include "VontalBase/text/integers.h"
