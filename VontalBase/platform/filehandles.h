@@ -2,9 +2,9 @@
 /// @file
 /// Files by their handles, in whole bytes and without buffers.
 ///
-/// Wide paths are as for the functions of files.h. A call that fails leaves its results as they were. None
-/// throws but `std::bad_alloc`, and that only where it takes a path. Each handle belongs to one thread at a
-/// time.
+/// Wide paths are as for the functions of files.h. A call that fails leaves its results as they were unless
+/// told otherwise. None throws but `std::bad_alloc`, and that only where it takes a path. Each handle belongs
+/// to one thread at a time.
 #pragma once
 
 #include "VontalBase/platform/handles.h"
@@ -55,8 +55,11 @@ Handle createForWriting(const std::wstring & path, std::uint32_t attributes);
 /// @return the handle, which the caller closes; `invalidHandle()` where the system refuses.
 Handle duplicateHandle(Handle handle) noexcept;
 
-/// Whether a handle is that of a file that can be repositioned, and not of a pipe, a terminal or the like.
+/// Whether a handle is that of a file or directory, and not of a pipe, a terminal or the like.
 bool isDiskFile(Handle handle) noexcept;
+
+/// Whether each write goes to the end of the file, wherever the handle of a disk file stands.
+bool alwaysAppends(Handle handle) noexcept;
 
 /// Reads the bytes at the handle's position, and moves it.
 /// @param count receives how many came: fewer than @p size only where the file or pipe is at its end, or
@@ -71,13 +74,24 @@ bool readBytesAt(
 
 /// Writes all of the bytes at the handle's position, and moves it. Some may have been written where it fails;
 /// a pipe that nobody reads is a failure and raises no signal.
-bool writeBytes(Handle handle, const void * data, std::size_t size) noexcept;
+/// @param count receives how many the system took, also where it fails.
+bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept;
+
+/// The same where it does not matter how many they were.
+inline bool writeBytes(Handle handle, const void * data, std::size_t size) noexcept
+{
+    std::size_t count = 0;
+    return writeBytes(handle, data, size, count);
+}
 
 /// Puts the handle of a disk file at a position in bytes.
 bool seekTo(Handle handle, std::uint64_t position) noexcept;
 
 /// Where the handle of a disk file stands, in bytes.
 bool tellPosition(Handle handle, std::uint64_t & position) noexcept;
+
+/// Ends a disk file that is open for writing at a position in bytes.
+bool cutFile(Handle handle, std::uint64_t size) noexcept;
 
 /// How long a disk file is, in bytes.
 bool readFileSize(Handle handle, std::uint64_t & size) noexcept;

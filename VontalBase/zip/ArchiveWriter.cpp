@@ -22,6 +22,8 @@ constexpr std::uint16_t versionNeeded = 20;
 
 constexpr std::size_t localExtraSize = 17;
 constexpr std::size_t centralExtraSize = 9;
+/// Of a name's length within an entry.
+constexpr std::size_t nameLengthPlace = 28;
 constexpr std::uint8_t allTimes =
     format::hasModificationTime | format::hasAccessTime | format::hasCreationTime;
 
@@ -102,7 +104,7 @@ Result ArchiveWriter::write(Item & item) noexcept
     item.compressedSize = isTold ? item.uncompressedSize : 0;
     if (!writeLocalHeader(item))
     {
-        m_target.recover(m_written);
+        recover();
         return result::writeFailed;
     }
     m_written += static_cast<std::uint32_t>(format::localHeaderSize + item.name.size() + localExtraSize);
@@ -116,13 +118,20 @@ Result ArchiveWriter::write(Item & item) noexcept
     if (result == result::success)
         keepEntry(item);
     else
-        m_target.recover(m_written);
+        recover();
     return result;
+}
+
+/// The next item follows what there is of one that failed.
+void ArchiveWriter::recover() noexcept
+{
+    m_written = static_cast<std::uint32_t>(m_target.recover(m_written));
 }
 
 bool ArchiveWriter::writeLocalHeader(const Item & item) noexcept
 {
-    // Each field goes to the target by itself: that decides how far memory grows.
+    // Each field goes to the target by itself: that decides how far memory grows. A field that is refused
+    // ends the item as a name does, since the header would lack it.
     static constexpr std::array<std::size_t, 10> fieldSizes = {4, 2, 2, 2, 4, 4, 4, 4, 2, 2};
     std::array<char, format::localHeaderSize> header = {};
     const Properties & properties = m_source.properties();
@@ -265,20 +274,42 @@ Result ArchiveWriter::seal() noexcept
     return m_sealing;
 }
 
+Result ArchiveWriter::close() noexcept
+{
+    const Result sealing = seal();
+    const bool isClosed = m_target.close();
+    return sealing == result::success && !isClosed ? result::writeFailed : sealing;
+}
+
 Result ArchiveWriter::writeDirectory() noexcept
 {
     m_target.keepFree(0);
     const std::uint32_t start = m_written;
     bool isWritten = true;
     for (const std::string & block : m_directory)
-        isWritten = isWritten && m_target.write(block.data(), block.size());
+        isWritten = isWritten && writeEntries(block);
     m_directory.clear();
+    // Kept: what was not written counts, so that the length of memory may be more than there is.
     m_written += static_cast<std::uint32_t>(m_directorySize);
     if (!isWritten)
         return result::writeFailed;
     isWritten = writeEndRecord(start);
     m_written += static_cast<std::uint32_t>(format::endRecordSize);
-    return isWritten && m_target.flush() ? result::success : result::writeFailed;
+    return isWritten && m_target.finish() ? result::success : result::writeFailed;
+}
+
+/// Each entry goes to the target by itself, so that memory that cannot grow holds all that fit.
+bool ArchiveWriter::writeEntries(std::string_view block) noexcept
+{
+    while (!block.empty())
+    {
+        const std::size_t nameLength = format::FieldReader(block.data() + nameLengthPlace).take16();
+        const std::size_t size = format::centralRecordSize + nameLength + centralExtraSize;
+        if (!m_target.write(block.data(), size))
+            return false;
+        block.remove_prefix(size);
+    }
+    return true;
 }
 
 bool ArchiveWriter::writeEndRecord(std::uint32_t start) noexcept

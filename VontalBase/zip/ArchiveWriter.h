@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zip
@@ -37,6 +38,10 @@ public:
     /// Writes the directory, where that has not been done or tried.
     /// @return the result of that, be it of now or of then.
     Result seal() noexcept;
+
+    /// The same, and closes a file. Called once, behind everything else.
+    /// @return `writeFailed` also where the file refuses at its closing.
+    Result close() noexcept;
 
     /// Where the archive is in memory; null for one that is not.
     [[nodiscard]] char * memory() const noexcept
@@ -65,6 +70,7 @@ private:
     };
 
     Result write(Item & item) noexcept;
+    void recover() noexcept;
     bool writeLocalHeader(const Item & item) noexcept;
     bool writeData(const Item & item, std::uint32_t & size) noexcept;
     bool store(std::uint32_t & size) noexcept;
@@ -73,6 +79,7 @@ private:
     Result writeDescriptor(const Item & item) noexcept;
     void keepEntry(const Item & item) noexcept;
     Result writeDirectory() noexcept;
+    bool writeEntries(std::string_view block) noexcept;
     bool writeEndRecord(std::uint32_t start) noexcept;
 
     Target m_target;

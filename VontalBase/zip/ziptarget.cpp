@@ -21,8 +21,16 @@ constexpr std::uint64_t largestPosition = 0xFFFFFFFF;
 
 Target::~Target()
 {
-    if (platform::isHandle(m_handle))
-        platform::closeHandle(m_handle);
+    close();
+}
+
+bool Target::close() noexcept
+{
+    if (!platform::isHandle(m_handle))
+        return true;
+    const bool isClosed = platform::closeWritten(m_handle);
+    m_handle = platform::invalidHandle();
+    return isClosed;
 }
 
 Result Target::open(void * target, unsigned int size, Vontal::ulong32 kind)
@@ -60,8 +68,8 @@ Result Target::duplicate(platform::Handle handle)
         return result::noDuplicate;
     std::uint64_t position = 0;
     // No position beyond this one can be told in an archive.
-    m_canSeek = platform::isDiskFile(m_handle) && platform::tellPosition(m_handle, position) &&
-                position <= largestPosition;
+    m_canSeek = platform::isDiskFile(m_handle) && !platform::alwaysAppends(m_handle) &&
+                platform::tellPosition(m_handle, position) && position <= largestPosition;
     if (m_canSeek)
     {
         m_base = static_cast<std::uint32_t>(position);
@@ -143,12 +151,25 @@ bool Target::flush() noexcept
         return true;
     if (m_isDisplaced && !moveHandle(m_bufferStart))
         return false;
-    const std::uint64_t end = m_bufferStart + m_bufferUsed;
-    const bool isWritten = platform::writeBytes(m_handle, m_buffer.get(), m_bufferUsed);
-    m_bufferStart = end;
+    std::size_t count = 0;
+    const bool isWritten = platform::writeBytes(m_handle, m_buffer.get(), m_bufferUsed, count);
+    m_reached = std::max(m_reached, m_bufferStart + count);
+    m_bufferStart += m_bufferUsed;
     m_bufferUsed = 0;
     m_isDisplaced = !isWritten;
     return isWritten;
+}
+
+bool Target::finish() noexcept
+{
+    if (!flush())
+        return false;
+    if (!m_canSeek || m_reached <= m_position)
+        return true;
+    std::uint64_t size = 0;
+    if (!platform::readFileSize(m_handle, size))
+        return false;
+    return size > m_base + m_reached || platform::cutFile(m_handle, m_base + m_position);
 }
 
 bool Target::moveHandle(std::uint64_t position) noexcept
@@ -191,8 +212,10 @@ Result Target::seekInMemory(std::uint64_t position) noexcept
     return result::success;
 }
 
-void Target::recover(std::uint64_t position) noexcept
+std::uint64_t Target::recover(std::uint64_t position) noexcept
 {
+    if (!m_canSeek)
+        position = m_reached;
     m_position = position;
     if (m_memory == nullptr)
     {
@@ -200,6 +223,7 @@ void Target::recover(std::uint64_t position) noexcept
         m_bufferUsed = 0;
         m_isDisplaced = true;
     }
+    return position;
 }
 
 } // namespace zip

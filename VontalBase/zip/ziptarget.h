@@ -28,6 +28,10 @@ public:
     /// Closes the file and gives the memory back. What waits in the buffer is lost.
     ~Target();
 
+    /// Closes the file, and nothing can be written any more. Memory stays.
+    /// @return false where the system says only now that it did not take all.
+    bool close() noexcept;
+
     /// Opens what the caller names. Called once.
     /// @param target a wide file name, a handle, or a block of memory or null.
     /// @param size of the memory.
@@ -47,8 +51,14 @@ public:
     ///     `error` tells more of the former.
     Result seek(std::uint64_t position) noexcept;
 
-    /// Makes ready for writing at a position after a failure, where the target can be repositioned.
-    void recover(std::uint64_t position) noexcept;
+    /// Hands the rest to the system, and cuts off what of a write that failed is there behind the end. A file
+    /// that had more bytes before keeps them.
+    bool finish() noexcept;
+
+    /// Makes ready for writing after a failure: at a position, or right behind what the system took where the
+    /// target cannot be repositioned.
+    /// @return where that is.
+    std::uint64_t recover(std::uint64_t position) noexcept;
 
     /// Keeps so many bytes of what an archive may have, whose positions have 32 bits, for what comes later.
     void keepFree(std::uint64_t size) noexcept
@@ -108,6 +118,8 @@ private:
     /// The position of the first byte in the buffer.
     std::uint64_t m_bufferStart = 0;
     std::size_t m_bufferUsed = 0;
+    /// Behind the last byte that the system took.
+    std::uint64_t m_reached = 0;
     /// The handle does not stand at the beginning of the buffer, since a write has failed.
     bool m_isDisplaced = false;
 };

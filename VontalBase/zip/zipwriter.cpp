@@ -136,7 +136,7 @@ Vontal::ulong32 CloseZipZ(HZIP hz)
         return record(checked);
     const std::unique_ptr<HZIP__> handle(hz);
     const std::unique_ptr<ArchiveWriter> writer(&writerOf(hz));
-    return record(writer->seal());
+    return record(writer->close());
 }
 
 int AddFolderContent(HZIP hz, wchar_t * absolutePath, wchar_t * dirToAdd)

@@ -183,7 +183,14 @@ bool isDiskFile(Handle handle) noexcept
     struct stat status
     {
     };
-    return !gateFails("kind of file") && fstat(descriptorOf(handle), &status) == 0 && S_ISREG(status.st_mode);
+    return !gateFails("kind of file") && fstat(descriptorOf(handle), &status) == 0 &&
+           (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+}
+
+bool alwaysAppends(Handle handle) noexcept
+{
+    const int flags = fcntl(descriptorOf(handle), F_GETFL);
+    return flags >= 0 && (flags & O_APPEND) != 0;
 }
 
 bool readBytes(Handle handle, void * buffer, std::size_t size, std::size_t & count) noexcept
@@ -210,20 +217,20 @@ bool readBytesAt(
     return settleReading(done, hasFailed, count);
 }
 
-bool writeBytes(Handle handle, const void * data, std::size_t size) noexcept
+bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
 {
     PipeSignalBlock block;
     bool hasFailed = false;
-    const std::size_t done = transferAll("write file", size, hasFailed,
+    count = transferAll("write file", size, hasFailed,
         [&](std::size_t offset, std::size_t length)
         {
-            const ssize_t count =
+            const ssize_t written =
                 ::write(descriptorOf(handle), static_cast<const char *>(data) + offset, length);
-            if (count < 0 && errno == EPIPE)
+            if (written < 0 && errno == EPIPE)
                 block.breakPipe();
-            return count;
+            return written;
         });
-    return !hasFailed && done == size;
+    return !hasFailed && count == size;
 }
 
 bool seekTo(Handle handle, std::uint64_t position) noexcept
@@ -239,6 +246,12 @@ bool tellPosition(Handle handle, std::uint64_t & position) noexcept
         return false;
     position = static_cast<std::uint64_t>(place);
     return true;
+}
+
+bool cutFile(Handle handle, std::uint64_t size) noexcept
+{
+    return !gateFails("cut file") && isOffset(size) &&
+           ftruncate(descriptorOf(handle), static_cast<off_t>(size)) == 0;
 }
 
 bool readFileSize(Handle handle, std::uint64_t & size) noexcept
@@ -265,7 +278,7 @@ bool readFileInformation(Handle handle, FileInformation & information) noexcept
     const bool isDirectory = S_ISDIR(status.stx_mode);
     information.attributes = (status.stx_mode & writeBits) == 0 ? attribute::readOnly : 0;
     information.attributes |= isDirectory ? attribute::directory : attribute::archive;
-    information.size = status.stx_size;
+    information.size = isDirectory ? 0 : status.stx_size;
     information.accessed = unitsOf(status.stx_atime);
     information.changed = unitsOf(status.stx_mtime);
     const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;

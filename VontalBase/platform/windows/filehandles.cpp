@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <winternl.h>
 
 namespace platform
 {
@@ -125,6 +126,20 @@ bool isDiskFile(Handle handle) noexcept
     return !gateFails("kind of file") && GetFileType(handle) == FILE_TYPE_DISK;
 }
 
+bool alwaysAppends(Handle handle) noexcept
+{
+    using Query = NTSTATUS(NTAPI *)(HANDLE, OBJECT_INFORMATION_CLASS, PVOID, ULONG, PULONG);
+    const auto query = reinterpret_cast<Query>(
+        reinterpret_cast<void *>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryObject")));
+    PUBLIC_OBJECT_BASIC_INFORMATION information = {};
+    if (query == nullptr ||
+        query(handle, ObjectBasicInformation, &information, sizeof(information), nullptr) != 0)
+    {
+        return false;
+    }
+    return (information.GrantedAccess & (FILE_WRITE_DATA | FILE_APPEND_DATA)) == FILE_APPEND_DATA;
+}
+
 bool readBytes(Handle handle, void * buffer, std::size_t size, std::size_t & count) noexcept
 {
     return readAll(handle, nullptr, static_cast<char *>(buffer), size, count);
@@ -136,23 +151,21 @@ bool readBytesAt(
     return readAll(handle, &position, static_cast<char *>(buffer), size, count);
 }
 
-bool writeBytes(Handle handle, const void * data, std::size_t size) noexcept
+bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
 {
+    count = 0;
     GateAnswer answer = passGate("write file");
     if (answer == GateAnswer::Fail)
         return false;
-    std::size_t done = 0;
-    while (done < size)
+    while (count < size)
     {
         DWORD written = 0;
-        if (!WriteFile(handle, static_cast<const char *>(data) + done, pieceOf(size - done, answer), &written,
-                nullptr) ||
-            written == 0)
-        {
-            return false;
-        }
+        const bool isWritten = WriteFile(handle, static_cast<const char *>(data) + count,
+                                   pieceOf(size - count, answer), &written, nullptr) != FALSE;
         answer = GateAnswer::Pass;
-        done += written;
+        count += written;
+        if (!isWritten || written == 0)
+            return false;
     }
     return true;
 }
@@ -168,6 +181,15 @@ bool seekTo(Handle handle, std::uint64_t position) noexcept
 bool tellPosition(Handle handle, std::uint64_t & position) noexcept
 {
     return !gateFails("tell position") && moveTo(handle, 0, FILE_CURRENT, position);
+}
+
+bool cutFile(Handle handle, std::uint64_t size) noexcept
+{
+    FILE_END_OF_FILE_INFO end = {};
+    end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+    return !gateFails("cut file") &&
+           size <= static_cast<std::uint64_t>(std::numeric_limits<LONGLONG>::max()) &&
+           SetFileInformationByHandle(handle, FileEndOfFileInfo, &end, sizeof(end)) != FALSE;
 }
 
 bool readFileSize(Handle handle, std::uint64_t & size) noexcept
