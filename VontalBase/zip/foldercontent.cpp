@@ -151,8 +151,7 @@ private:
         m_name += entry.name;
         if (entry.isDirectory)
             return links <= mostLinks && enter(links);
-        // A pipe in whose other end nobody writes would be waited for without an end.
-        return entry.isFile && addFile();
+        return entry.isFile ? addFile() : refuse();
     }
 
     /// Goes into the directory of the present name.
@@ -172,7 +171,18 @@ private:
 
     bool addFile()
     {
-        std::wstring path = m_prefix + m_name;
+        return addFrom(m_prefix + m_name);
+    }
+
+    /// Fails as for a file that does not open. A pipe in whose other end nobody writes would be waited for
+    /// without an end; what is below something that is no directory never opens.
+    bool refuse()
+    {
+        return addFrom(m_prefix + m_name + L"\\*");
+    }
+
+    bool addFrom(std::wstring path)
+    {
         return ZipAdd(m_archive, m_name.c_str(), path.data(), 0, ZipKindFile) == result::success;
     }
 
