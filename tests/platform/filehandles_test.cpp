@@ -361,4 +361,78 @@ TEST_F(PlatformFileHandles, SayThatADeviceIsFull)
     EXPECT_FALSE(platform::isDiskFile(handle.get()));
 }
 
+TEST_F(PlatformFileHandles, OfDirectoriesAreThoseOfFilesWithoutBytes)
+{
+    const OwnedHandle handle = testsupport::openDirectory(directory.text());
+    EXPECT_TRUE(platform::isDiskFile(handle.get()));
+    platform::FileInformation information;
+    ASSERT_TRUE(platform::readFileInformation(handle.get(), information));
+    EXPECT_EQ(information.attributes & platform::attribute::directory, platform::attribute::directory);
+    EXPECT_EQ(information.size, 0U);
+    char byte = '#';
+    std::size_t count = 77;
+    EXPECT_FALSE(platform::readBytes(handle.get(), &byte, 1, count));
+    EXPECT_TRUE(platform::seekTo(handle.get(), 0));
+}
+
+TEST_F(PlatformFileHandles, TellWhetherTheyAlwaysAppend)
+{
+    directory.write("file", "0123");
+    for (const HandleAccess access : {HandleAccess::Read, HandleAccess::Write, HandleAccess::ReadWrite})
+    {
+        const OwnedHandle handle = testsupport::openHandle(directory.text("file"), access);
+        EXPECT_FALSE(platform::alwaysAppends(handle.get()));
+    }
+    const OwnedHandle handle = testsupport::openHandle(directory.text("file"), HandleAccess::Append);
+    EXPECT_TRUE(platform::alwaysAppends(handle.get()));
+    EXPECT_TRUE(platform::writeBytes(handle.get(), "45", 2));
+    EXPECT_TRUE(platform::seekTo(handle.get(), 1));
+    EXPECT_TRUE(platform::writeBytes(handle.get(), "67", 2));
+    EXPECT_EQ(directory.read("file"), "01234567");
+    EXPECT_FALSE(platform::alwaysAppends(platform::invalidHandle()));
+}
+
+TEST_F(PlatformFileHandles, CutFiles)
+{
+    directory.write("file", "0123456789");
+    const OwnedHandle handle = testsupport::openHandle(directory.text("file"), HandleAccess::ReadWrite);
+    platform::armGates({"cut file", 1, 1, GateAnswer::Fail});
+    EXPECT_FALSE(platform::cutFile(handle.get(), 4));
+    platform::disarmGates();
+    EXPECT_FALSE(platform::cutFile(handle.get(), ~std::uint64_t{0}));
+    EXPECT_EQ(directory.read("file"), "0123456789");
+    EXPECT_TRUE(platform::cutFile(handle.get(), 4));
+    EXPECT_EQ(directory.read("file"), "0123");
+    const OwnedHandle reader = testsupport::openHandle(directory.text("file"), HandleAccess::Read);
+    EXPECT_FALSE(platform::cutFile(reader.get(), 1));
+    EXPECT_EQ(directory.read("file"), "0123");
+}
+
+TEST_F(PlatformFileHandles, CountWhatWasWritten)
+{
+    const Handle handle = platform::createForWriting(path("file"), platform::attribute::normal);
+    std::size_t count = 77;
+    EXPECT_TRUE(platform::writeBytes(handle, "abc", 3, count));
+    EXPECT_EQ(count, 3U);
+    platform::armGates({"write file", 1, 1, GateAnswer::Fail});
+    EXPECT_FALSE(platform::writeBytes(handle, "abc", 3, count));
+    EXPECT_EQ(count, 0U);
+    platform::armGates({"write file", 1, 1, GateAnswer::CutShort});
+    EXPECT_TRUE(platform::writeBytes(handle, "defg", 4, count));
+    EXPECT_EQ(count, 4U);
+    platform::disarmGates();
+    EXPECT_TRUE(platform::closeWritten(handle));
+    EXPECT_EQ(directory.read("file"), "abcdefg");
+}
+
+TEST_F(PlatformFileHandles, AreClosedAlsoWhereThatFails)
+{
+    const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+    const Handle handle = platform::createForWriting(path("file"), platform::attribute::normal);
+    platform::armGates({"close file", 1, 1, GateAnswer::Fail});
+    EXPECT_FALSE(platform::closeWritten(handle));
+    platform::disarmGates();
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+}
+
 } // namespace

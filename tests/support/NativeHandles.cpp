@@ -57,11 +57,22 @@ FILETIME timeOf(std::int64_t seconds)
 
 OwnedHandle openHandle(const std::string & path, HandleAccess access)
 {
-    const DWORD rights = (access != HandleAccess::Write ? GENERIC_READ : 0) |
-                         (access != HandleAccess::Read ? GENERIC_WRITE : 0);
+    DWORD rights = (access != HandleAccess::Write ? GENERIC_READ : 0) |
+                   (access != HandleAccess::Read ? GENERIC_WRITE : 0);
+    if (access == HandleAccess::Append)
+        rights = FILE_APPEND_DATA;
     const HANDLE handle = CreateFileW(wide(path).c_str(), rights,
         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         access == HandleAccess::Read ? OPEN_EXISTING : OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_NE(handle, INVALID_HANDLE_VALUE) << path;
+    return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
+}
+
+OwnedHandle openDirectory(const std::string & path)
+{
+    const HANDLE handle =
+        CreateFileW(wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     EXPECT_NE(handle, INVALID_HANDLE_VALUE) << path;
     return OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
@@ -147,8 +158,17 @@ OwnedHandle openHandle(const std::string & path, HandleAccess access)
 {
     int flags = O_RDONLY;
     if (access != HandleAccess::Read)
-        flags = (access == HandleAccess::Write ? O_WRONLY : O_RDWR) | O_CREAT;
+        flags = (access == HandleAccess::ReadWrite ? O_RDWR : O_WRONLY) | O_CREAT;
+    if (access == HandleAccess::Append)
+        flags |= O_APPEND;
     const int descriptor = open(path.c_str(), flags | O_CLOEXEC, 0666);
+    EXPECT_GE(descriptor, 0) << path;
+    return owned(descriptor);
+}
+
+OwnedHandle openDirectory(const std::string & path)
+{
+    const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     EXPECT_GE(descriptor, 0) << path;
     return owned(descriptor);
 }

@@ -53,13 +53,18 @@ enum class HandleAccess
 {
     Read,
     Write,
-    ReadWrite
+    ReadWrite,
+    /// Each write goes to the end of the file.
+    Append
 };
 
 /// Opens a file, others being let to it as well; one to be written to is made where it is missing, and never
 /// emptied. The test fails where that fails.
 /// @param path in UTF-8.
 OwnedHandle openHandle(const std::string & path, HandleAccess access);
+
+/// Opens a directory like a file for reading. The test fails where that fails.
+OwnedHandle openDirectory(const std::string & path);
 
 /// The two ends of a new pipe.
 struct HandlePipe

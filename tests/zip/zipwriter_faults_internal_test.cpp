@@ -3,8 +3,11 @@
 #include "VontalBase/zip/zipwriter.h"
 
 #include "ArchiveBytes.h"
+#include "support/ChildProcess.h"
 #include "support/FailingAllocator.h"
 #include "support/NativeHandles.h"
+#include "support/NativePaths.h"
+#include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
 #include "support/WriteCount.h"
 #include "writing.h"
@@ -262,6 +265,162 @@ TEST_F(ZipWriterFaults, KeptInSealingMemoryAreToldInTheEndAlone)
     EXPECT_EQ(memory, block.data());
     EXPECT_EQ(length, 49U + 57) << "the entry counts, although it is not there";
     EXPECT_EQ(CloseZipZ(archive), 0x400U);
+}
+
+/// Adds folders to a block that does not grow, and gives what the archive's length is said to be.
+Vontal::ulong32 sealFolders(std::string & block, const std::vector<const wchar_t *> & names)
+{
+    const HZIP archive = CreateZipZ(block.data(), static_cast<unsigned int>(block.size()), ZipKindMemory);
+    for (const wchar_t * const name : names)
+        EXPECT_EQ(addFolder(archive, name), 0U);
+    platform::armGates({"memory mapping", 1, 100, GateAnswer::Fail});
+    Vontal::ulong32 length = 0;
+    EXPECT_EQ(ZipGetMemory(archive, nullptr, &length), 0U);
+    EXPECT_EQ(CloseZipZ(archive), 0x400U);
+    platform::disarmGates();
+    return length;
+}
+
+// A folder of one letter has 49 bytes, and its entry 57.
+
+TEST_F(ZipWriterFaults, InTheEndRecordAreToldAndItCountsAllTheSame)
+{
+    std::string block(107, '#');
+    EXPECT_EQ(sealFolders(block, {L"d"}), 49U + 57 + 22);
+    EXPECT_EQ(block.substr(49, 4), "PK\x01\x02") << "the entry is there";
+    EXPECT_EQ(block.back(), '#');
+}
+
+TEST_F(ZipWriterFaults, InAnEntryEndTheDirectoryThereAndAllEntriesCount)
+{
+    std::string none(2 * 49 + 10, '#');
+    EXPECT_EQ(sealFolders(none, {L"d", L"e"}), 2U * 49 + 2 * 57);
+    EXPECT_EQ(none.substr(2 * 49), std::string(10, '#'));
+    std::string one(2 * 49 + 57 + 10, '#');
+    EXPECT_EQ(sealFolders(one, {L"d", L"e"}), 2U * 49 + 2 * 57);
+    EXPECT_EQ(one.substr(2 * 49, 4), "PK\x01\x02");
+    EXPECT_EQ(one.substr(2 * 49 + 46, 2), "d/");
+    EXPECT_EQ(one.substr(2 * 49 + 57), std::string(10, '#'));
+}
+
+TEST_F(ZipWriterFaults, InAFieldOfAHeaderLeaveTheArchiveWithoutTheItem)
+{
+    std::string block(10, '#');
+    const HZIP archive = CreateZipZ(block.data(), 10, ZipKindMemory);
+    EXPECT_EQ(addArmed(archive, L"bad", "bad", "memory mapping"), 0x400U);
+    EXPECT_EQ(addMemory(archive, L"last", "last"), 0U);
+    expectArchive(closeMemory(archive), {{"last", deflated, "last"}});
+}
+
+TEST_F(ZipWriterFaults, InWritingToAPipeLeaveTheOffsetsOfWhatFollowsRight)
+{
+    struct Row
+    {
+        const char * label;
+        const wchar_t * name;
+        std::string content;
+        std::uint64_t passage;
+        std::size_t sent;
+    };
+    // What goes out at once has 131072 bytes.
+    const Row rows[] = {{"a small item", L"bad", "bad", 1, 0},
+        {"the first piece", L"bad.gz", noise(large), 1, 0},
+        {"the second piece", L"bad.gz", noise(large), 2, 131'072},
+        {"the last piece", L"bad", noise(large), 3, 262'144}};
+    for (const Row & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        CollectingPipe pipe;
+        const HZIP archive = createHandle(pipe.get());
+        EXPECT_EQ(addArmed(archive, row.name, row.content, "write file", row.passage), 0x400U);
+        EXPECT_EQ(addMemory(archive, L"last", "last"), 0U);
+        EXPECT_EQ(CloseZipZ(archive), 0U);
+        const auto base = static_cast<std::uint32_t>(row.sent);
+        expectArchive(
+            pipe.bytes().substr(row.sent), {{"last", deflated, "last", 0x80000000, 4}}, {false, base});
+    }
+}
+
+TEST_F(ZipWriterFaults, InClosingAFileAreToldAndItIsClosed)
+{
+    for (const bool isSealed : {false, true})
+    {
+        const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+        const HZIP archive = createFile(directory.text("a.zip"));
+        EXPECT_EQ(addMemory(archive, L"a", "a"), 0U);
+        if (isSealed)
+        {
+            EXPECT_EQ(ZipGetMemory(archive, nullptr, nullptr), 0x20000U);
+        }
+        arm("close file");
+        EXPECT_EQ(CloseZipZ(archive), 0x400U);
+        EXPECT_EQ(lastMessage(), "Error writing to file");
+        platform::disarmGates();
+        EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    }
+}
+
+/// Files of the process end here, in the middle of what goes out at once of a large item.
+constexpr unsigned int sizeLimit = 125'000;
+
+/// Writes an archive, or goes on in a file that is there, with a large item in the middle that does not fit.
+/// @return the result of the closing; 1 where something else went wrong.
+Vontal::ulong32 writeWithinLimit(const std::string & path, bool isHandle, const char * fault)
+{
+    if (!testsupport::limitFileSize(sizeLimit))
+        return 1;
+    OwnedHandle handle;
+    if (isHandle)
+        handle = testsupport::openHandle(path, HandleAccess::ReadWrite);
+    const HZIP archive = isHandle ? createHandle(handle.get()) : createFile(path);
+    const bool isRight = addMemory(archive, L"first", "first") == 0 &&
+                         addMemory(archive, L"bad.gz", noise(large)) == 0x400 &&
+                         addMemory(archive, L"last", "last") == 0;
+    if (fault != nullptr)
+        platform::armGates({fault, 1, 1, GateAnswer::Fail});
+    const Vontal::ulong32 result = CloseZipZ(archive);
+    platform::disarmGates();
+    return isRight ? result : 1;
+}
+
+VONTALBASE_TEST_CHILD(writesArchiveWithinLimit, arguments)
+{
+    const std::string & path = arguments.at(0);
+    if (arguments.at(1) == "handle")
+        return writeWithinLimit(path, true, nullptr) == 0 ? 3 : 4;
+    for (const char * const fault : {"cut file", "size of file"})
+    {
+        if (writeWithinLimit(path, false, fault) != 0x400)
+            return 5;
+    }
+    return writeWithinLimit(path, false, nullptr) == 0 ? 3 : 4;
+}
+
+TEST_F(ZipWriterFaults, LeaveNothingOfAnItemBehindTheEnd)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "the system knows no limit for the size of files";
+    EXPECT_EQ(
+        testsupport::runChild("writesArchiveWithinLimit", {directory.text("a.zip"), "file"}).exitCode, 3);
+    const std::string bytes = directory.read("a.zip");
+    EXPECT_LT(bytes.size(), sizeLimit);
+    const std::vector<FoundItem> items = itemsOf(bytes);
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0].content, "first");
+    EXPECT_EQ(items[1].content, "last");
+}
+
+TEST_F(ZipWriterFaults, LeaveWhatALongerFileHadBehindAnItem)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "the system knows no limit for the size of files";
+    const std::string old = noise(130'000, 5);
+    directory.write("a.zip", old);
+    EXPECT_EQ(
+        testsupport::runChild("writesArchiveWithinLimit", {directory.text("a.zip"), "handle"}).exitCode, 3);
+    const std::string bytes = directory.read("a.zip");
+    ASSERT_EQ(bytes.size(), old.size());
+    EXPECT_TRUE(bytes.substr(sizeLimit) == old.substr(sizeLimit));
 }
 
 /// Runs something without memory.

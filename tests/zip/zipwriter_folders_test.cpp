@@ -239,6 +239,7 @@ TEST_F(Folders, WithALinkThatLeadsNowhereFail)
     ASSERT_TRUE(testsupport::makeLink(directory.text("missing"), directory.text("tree/link")));
     const HZIP archive = createMemory();
     EXPECT_EQ(add(archive, "tree"), 0);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
     expectArchive(closeMemory(archive), {{"tree/", stored, "", 0x41C00010}});
 }
 
@@ -265,6 +266,7 @@ TEST_F(Folders, WithAPipeThatNobodyWritesToFailAndDoNotWait)
         GTEST_SKIP() << "files cannot be pipes here";
     const HZIP archive = createMemory();
     EXPECT_EQ(add(archive, "tree"), 0);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
     expectArchive(closeMemory(archive), {{"tree/", stored, "", 0x41C00010}});
 }
 
@@ -312,6 +314,43 @@ TEST_F(Folders, OfAnyDepthNeedNoStack)
     EXPECT_EQ(names.size(), 259U);
     EXPECT_EQ(names.back().size(), 518U);
     EXPECT_TRUE(qvdisk::deleteDirectory(directory.text("a")));
+}
+
+TEST_F(Folders, WithANameThatIsNoTextFail)
+{
+    for (const char * const name : {"\xFF", "a\\b"})
+    {
+        directory.clear();
+        makeDirectories("tree");
+        if (!testsupport::makeFileOfBytes(directory.text("tree"), name))
+            GTEST_SKIP() << "names are no bytes here";
+        const HZIP archive = createMemory();
+        EXPECT_EQ(add(archive, "tree"), 0);
+        EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+        expectArchive(closeMemory(archive), {{"tree/", stored, "", 0x41C00010}});
+    }
+}
+
+TEST_F(Folders, MayHaveNamesLikePatterns)
+{
+    if (testsupport::hasDrives())
+        GTEST_SKIP() << "no name has a star here";
+    makeDirectories("tree/a*b");
+    directory.write("tree/a*b/file", "x");
+    const HZIP archive = createMemory();
+    EXPECT_EQ(add(archive, "tree"), 1);
+    EXPECT_THAT(namesOf(itemsOf(closeMemory(archive))), ElementsAre("tree/", "tree/a*b/", "tree/a*b/file"));
+}
+
+TEST_F(Folders, GoIntoNoReader)
+{
+    HZIP__ reader = {1, nullptr};
+    makeDirectories("empty");
+    makeDirectories("full");
+    directory.write("full/file", "x");
+    EXPECT_EQ(add(&reader, "empty"), 1) << "nobody asks about directories";
+    EXPECT_EQ(add(&reader, "full"), 0);
+    EXPECT_EQ(lastMessage(), "Caller: mixing creation and opening of zip");
 }
 
 } // namespace

@@ -167,4 +167,29 @@ TEST(ZipMemory, GivesItsBlockAsOftenAsItIsAsked)
     EXPECT_EQ(CloseZipZ(archive), 0U);
 }
 
+/// As above, with 52 bytes of header and name, and 505 bytes of what is deflated.
+TEST(ZipMemory, KeptIsFilledByWhatIsDeflatedToo)
+{
+    HZIP archive = createMemory(1);
+    EXPECT_EQ(addMemory(archive, L"a.txt", noise(500)), 0x2000000U);
+    EXPECT_EQ(addMemory(archive, L"b", "b"), 0x40000U);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+    // The first piece, of 16384 bytes, fills the memory, the second one makes it twice as large.
+    archive = createMemory(1);
+    EXPECT_EQ(addMemory(archive, L"a.txt", noise(20'000)), 0U);
+    expectArchive(closeMemory(archive), {{"a.txt", deflated, noise(20'000)}});
+}
+
+/// 50 bytes of header and name are in the block; the new memory has 128, or what is needed.
+TEST(ZipMemory, KeptTheCallersBlockGrowsLikeTheWritersOwn)
+{
+    Block block(64);
+    HZIP archive = CreateZipZ(block.bytes.data(), 64, ZipKindMemory);
+    EXPECT_EQ(addMemory(archive, L"a.Z", noise(77)), 0U);
+    expectArchive(closeMemory(archive), {{"a.Z", stored, noise(77)}});
+    archive = CreateZipZ(block.bytes.data(), 64, ZipKindMemory);
+    EXPECT_EQ(addMemory(archive, L"a.Z", noise(78)), 0x2000000U);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+}
+
 } // namespace

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace
@@ -320,6 +321,129 @@ TEST_F(Sources, GoIntoTwoArchivesAtATime)
     EXPECT_EQ(CloseZipZ(first), 0U);
     expectArchive(directory.read("1.zip"), std::vector<ExpectedItem>(3, {"f", deflated, "first"}));
     expectArchive(directory.read("2.zip"), std::vector<ExpectedItem>(3, {"s", deflated, "second"}));
+}
+
+TEST_F(Sources, ThatAreDirectoriesByTheirHandlesHaveAttributesAndNoBytes)
+{
+    std::filesystem::create_directory(directory.path() / "folder");
+    const OwnedHandle handle = testsupport::openDirectory(directory.text("folder"));
+    const std::vector<ExpectedItem> items = {
+        {"d", deflated, "", 0x41800010}, {"d.gz", stored, "", 0x41800010}};
+    const HZIP archive = createMemory();
+    CollectingPipe pipe;
+    const HZIP stream = createHandle(pipe.get());
+    for (const ExpectedItem & item : items)
+    {
+        EXPECT_EQ(addHandle(archive, wide(item.name), handle.get(), 3), 0U);
+        EXPECT_EQ(addHandle(stream, wide(item.name), handle.get(), 3), 0U);
+    }
+    expectArchive(closeMemory(archive), items);
+    EXPECT_EQ(CloseZipZ(stream), 0U);
+    expectArchive(pipe.bytes(), items, {false, 0});
+}
+
+TEST_F(Sources, ThatArePipesWithANameAreReadLikeOthers)
+{
+    if (!testsupport::makePipeFile(directory.text("pipe")))
+        GTEST_SKIP() << "files cannot be pipes here";
+    const std::string content = noise(1000);
+    const auto addTo = [&](HZIP archive, unsigned int announced)
+    {
+        std::thread writer(
+            [&]
+            {
+                const OwnedHandle handle =
+                    testsupport::openHandle(directory.text("pipe"), HandleAccess::Write);
+                testsupport::writeToHandle(handle.get(), content);
+            });
+        std::wstring path = wide(directory.text("pipe"));
+        const Vontal::ulong32 result = ZipAdd(archive, L"a.gz", path.data(), announced, ZipKindFile);
+        writer.join();
+        return result;
+    };
+    CollectingPipe target;
+    HZIP archive = createHandle(target.get());
+    EXPECT_EQ(addTo(archive, 1000), 0U);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+    expectArchive(target.bytes(), {{"a.gz", stored, content, 0x80000000, 1000}}, {false, 0});
+    CollectingPipe other;
+    archive = createHandle(other.get());
+    EXPECT_EQ(addTo(archive, 0), 0x4000000U) << "how much comes is unknown";
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+}
+
+TEST_F(Sources, ThatAreFilesTellTheirLengthThemselves)
+{
+    directory.write("source", noise(1000));
+    CollectingPipe target;
+    const HZIP archive = createHandle(target.get());
+    std::wstring path = wide(directory.text("source"));
+    EXPECT_EQ(ZipAdd(archive, L"a.gz", path.data(), 3, ZipKindFile), 0U);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+    expectArchive(target.bytes(), {{"a.gz", stored, noise(1000), fileAttributes, 1000}}, {false, 0});
+}
+
+TEST_F(Sources, MayBeReadByOthersMeanwhile)
+{
+    directory.write("source", "x");
+    const OwnedHandle handle = testsupport::openHandle(directory.text("source"), HandleAccess::Read);
+    const HZIP first = createMemory();
+    const HZIP second = createMemory();
+    EXPECT_EQ(addFile(first, L"a", directory.text("source")), 0U);
+    EXPECT_EQ(addFile(second, L"a", directory.text("source")), 0U);
+    expectArchive(closeMemory(first), {{"a", deflated, "x", fileAttributes}});
+    expectArchive(closeMemory(second), {{"a", deflated, "x", fileAttributes}});
+}
+
+TEST_F(Sources, DoNotGoIntoADeviceThatIsFull)
+{
+    const std::string device = testsupport::fullDevice();
+    if (device.empty())
+        GTEST_SKIP() << "no full device here";
+    const OwnedHandle handle = testsupport::openHandle(device, HandleAccess::Write);
+    const HZIP archive = createHandle(handle.get());
+    EXPECT_EQ(addMemory(archive, L"a", "a"), 0x400U);
+    EXPECT_EQ(CloseZipZ(archive), 0x400U);
+}
+
+TEST_F(Sources, GoThroughADeviceAsThroughAPipe)
+{
+    const std::string device = testsupport::deviceThatIsNoFile();
+    if (device.empty())
+        GTEST_SKIP() << "no device here";
+    const OwnedHandle handle = testsupport::openHandle(device, HandleAccess::Write);
+    const HZIP archive = createHandle(handle.get());
+    EXPECT_EQ(addMemory(archive, L"a", "a"), 0U);
+    Vontal::ulong32 length = 0;
+    EXPECT_EQ(ZipGetMemory(archive, nullptr, &length), 0x20000U);
+    // "a" has 3 bytes when deflated; a descriptor of 16 follows them.
+    EXPECT_EQ(length, 48U + 3 + 16 + 56 + 22);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+}
+
+TEST_F(Sources, GoToTheEndOfAFileForAppendingAsThroughAPipe)
+{
+    directory.write("a.zip", "in front");
+    const OwnedHandle handle = testsupport::openHandle(directory.text("a.zip"), HandleAccess::Append);
+    const HZIP archive = createHandle(handle.get());
+    EXPECT_EQ(addMemory(archive, L"a.gz", noise(300'000)), 0U);
+    EXPECT_EQ(addMemory(archive, L"b", "b"), 0U);
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+    const std::string bytes = directory.read("a.zip");
+    EXPECT_EQ(bytes.substr(0, 8), "in front");
+    expectArchive(bytes.substr(8),
+        {{"a.gz", stored, noise(300'000), 0x80000000, 300'000}, {"b", deflated, "b", 0x80000000, 1}},
+        {false, 0});
+}
+
+TEST_F(Sources, ForAPipeThatNobodyReadsAreRefusedWithoutASignal)
+{
+    testsupport::HandlePipe pipe;
+    pipe.readEnd.close();
+    const HZIP archive = createHandle(pipe.writeEnd.get());
+    EXPECT_EQ(addMemory(archive, L"a", "a"), 0x400U);
+    EXPECT_EQ(lastMessage(), "Error writing to file");
+    EXPECT_EQ(CloseZipZ(archive), 0x400U);
 }
 
 } // namespace

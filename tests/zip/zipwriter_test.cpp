@@ -1,4 +1,5 @@
 // Names, methods, results and messages of the writer.
+#include "VontalBase/zip/zipreader.h"
 #include "VontalBase/zip/zipwriter.h"
 
 #include "ArchiveBytes.h"
@@ -10,6 +11,7 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+#include <zlib.h>
 
 namespace
 {
@@ -392,6 +394,87 @@ TEST(ZipWriter, WritesTheLowBitsOfACountOfMoreItemsThanItCanTell)
     EXPECT_EQ(number16(bytes, end + 10), 2U);
     EXPECT_EQ(number32(bytes, end + 12), 65538U * (46 + 2 + 9));
     EXPECT_EQ(number32(bytes, end + 16), 65538U * (30 + 2 + 17));
+}
+
+/// A raw stream of the whole content.
+std::string deflatedBy(const std::string & content, int level, int windowBits)
+{
+    z_stream stream = {};
+    EXPECT_EQ(deflateInit2(&stream, level, Z_DEFLATED, -windowBits, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    std::string bytes(deflateBound(&stream, static_cast<uLong>(content.size())), '\0');
+    std::string input = content;
+    stream.next_in = reinterpret_cast<Bytef *>(input.data());
+    stream.avail_in = static_cast<uInt>(input.size());
+    stream.next_out = reinterpret_cast<Bytef *>(bytes.data());
+    stream.avail_out = static_cast<uInt>(bytes.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    bytes.resize(bytes.size() - stream.avail_out);
+    deflateEnd(&stream);
+    return bytes;
+}
+
+/// Bytes on which patience pays, two letters at random, and bytes that come again behind 20000 others.
+std::string mixture()
+{
+    std::string text = noise(150'000);
+    for (char & letter : text)
+        letter = static_cast<char>('a' + static_cast<unsigned char>(letter) % 2);
+    return text + noise(20'000, 2) + noise(20'000, 2);
+}
+
+TEST(ZipWriter, DeflatesAtLevel8WithTheLargestWindow)
+{
+    const std::string content = mixture();
+    const std::string expected = deflatedBy(content, 8, 15);
+    for (int level = 1; level <= 9; ++level)
+        EXPECT_EQ(deflatedBy(content, level, 15) == expected, level == 8) << "the content tells " << level;
+    EXPECT_FALSE(deflatedBy(content, 8, 14) == expected) << "and the window";
+    const HZIP archive = createMemory();
+    EXPECT_EQ(addMemory(archive, L"a", content), 0U);
+    const std::string bytes = closeMemory(archive);
+    EXPECT_TRUE(bytes.substr(localSize + 1 + localExtraSize, expected.size()) == expected);
+}
+
+std::string lastReaderMessage()
+{
+    char buffer[128] = {};
+    FormatZipMessageU(1, buffer, sizeof(buffer));
+    return buffer;
+}
+
+TEST(ZipWriter, AndTheReaderEachHaveALastResultOfTheirOwn)
+{
+    HZIP archive = createMemory();
+    EXPECT_EQ(addMemory(archive, L"a", "x"), 0U);
+    std::string bytes = closeMemory(archive);
+    archive = OpenZipU(bytes.data(), static_cast<unsigned int>(bytes.size()), ZipKindMemory);
+    ASSERT_NE(archive, nullptr);
+    EXPECT_EQ(CloseZipZ(nullptr), 0x10000U);
+    EXPECT_EQ(CloseZipU(archive), 0U);
+    EXPECT_EQ(lastMessage(), "Caller: faulty arguments");
+    EXPECT_EQ(lastReaderMessage(), "Success");
+    EXPECT_EQ(CloseZipU(nullptr), 0x10000U);
+    closeMemory(createMemory());
+    EXPECT_EQ(lastMessage(), "Success");
+    EXPECT_EQ(lastReaderMessage(), "Caller: faulty arguments");
+}
+
+TEST(ZipWriter, LetsNobodyElseWriteToItsFile)
+{
+    const TempDirectory directory;
+    const HZIP archive = createFile(directory.text("a.zip"));
+    EXPECT_EQ(addMemory(archive, L"a", "x"), 0U);
+    EXPECT_EQ(createFile(directory.text("a.zip")), nullptr);
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+    EXPECT_EQ(CloseZipZ(archive), 0U);
+    expectArchive(directory.read("a.zip"), {{"a", deflated, "x"}});
+    directory.remove("a.zip");
+}
+
+TEST(ZipWriter, RefusesAHandleThatIsNotOpen)
+{
+    EXPECT_EQ(createHandle(reinterpret_cast<void *>(std::intptr_t{0x7FFF0000})), nullptr);
+    EXPECT_EQ(lastMessage(), "Culdn't duplicate handle");
 }
 
 } // namespace
