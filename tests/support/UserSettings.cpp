@@ -30,6 +30,10 @@ void takeZone(const char *)
 {
 }
 
+void takeZoneVariable(const char *)
+{
+}
+
 bool languagesCanBeTaken()
 {
     return false;
@@ -68,8 +72,13 @@ bool zoneCanBeTaken()
 
 void takeZone(const char * zone)
 {
-    setenv("TZ", zone, 1);
+    takeZoneVariable(zone);
     tzset();
+}
+
+void takeZoneVariable(const char * zone)
+{
+    setenv("TZ", zone, 1);
 }
 
 bool languagesCanBeTaken()

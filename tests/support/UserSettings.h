@@ -20,6 +20,9 @@ bool zoneCanBeTaken();
 /// @param zone in the form of POSIX, such as "XYZ-5:45", which is 5:45 ahead of UTC.
 void takeZone(const char * zone);
 
+/// Sets what the environment says of the time zone, and nothing else about it. For children.
+void takeZoneVariable(const char * zone);
+
 /// Whether a running process can be told other languages of its user.
 bool languagesCanBeTaken();
 
