@@ -416,7 +416,7 @@ std::string deflatedBy(const std::string & content, int level, int windowBits)
 /// Bytes on which patience pays, two letters at random, and bytes that come again behind 20000 others.
 std::string mixture()
 {
-    std::string text = noise(150'000);
+    std::string text = noise(50'000);
     for (char & letter : text)
         letter = static_cast<char>('a' + static_cast<unsigned char>(letter) % 2);
     return text + noise(20'000, 2) + noise(20'000, 2);
