@@ -42,6 +42,12 @@ public:
     /// @return false where there is none.
     bool find(std::string_view name, std::size_t & number) const;
 
+    /// Makes it one that was not finished.
+    void forget() noexcept
+    {
+        m_count = 0;
+    }
+
     /// How many names there were when it was finished, as `start` was told.
     [[nodiscard]] std::size_t count() const noexcept
     {

@@ -44,6 +44,12 @@ bool findEndRecord(InputWindow & window, std::uint64_t begin, std::uint64_t end,
     return false;
 }
 
+/// How much of an entry's name is to be kept.
+std::size_t keptName(const CentralEntry & entry) noexcept
+{
+    return std::min<std::size_t>(entry.nameLength, Directory::longestName);
+}
+
 /// @return false where there is no record of an item.
 bool readRecord(const unsigned char * bytes, CentralEntry & entry) noexcept
 {
@@ -122,12 +128,31 @@ std::uint64_t Directory::nextPosition() const noexcept
 
 void Directory::takeName(CentralEntry & entry)
 {
-    const std::size_t count = std::min<std::size_t>(entry.nameLength, longestName);
+    const std::size_t wanted = keptName(entry);
     const std::span<const unsigned char> name =
-        m_window.view(entry.position + format::centralRecordSize, count, InputWindow::capacity);
-    entry.nameStart = m_names.size();
-    entry.heldName = static_cast<std::uint16_t>(std::min(count, name.size()));
-    m_names.append(reinterpret_cast<const char *>(name.data()), entry.heldName);
+        m_window.view(entry.position + format::centralRecordSize, wanted, InputWindow::capacity);
+    const std::size_t count = std::min(wanted, name.size());
+    if (count <= entry.heldName)
+        return;
+    const std::size_t start = m_names.size();
+    m_names.append(reinterpret_cast<const char *>(name.data()), count);
+    entry.nameStart = start;
+    entry.heldName = static_cast<std::uint16_t>(count);
+    m_exactIndex.forget();
+    m_foldedIndex.forget();
+}
+
+void Directory::takeMissingNames()
+{
+    // What the system refused once may be readable now.
+    for (; m_namedEntries < m_entries.size(); ++m_namedEntries)
+    {
+        CentralEntry & entry = m_entries[m_namedEntries];
+        if (entry.heldName < keptName(entry))
+            takeName(entry);
+        if (entry.heldName < keptName(entry))
+            return;
+    }
 }
 
 bool Directory::loadNext()
@@ -173,10 +198,12 @@ bool Directory::goTo(std::size_t index)
     return m_isCurrentValid;
 }
 
-bool Directory::readName(std::string_view & name) const noexcept
+bool Directory::readName(std::string_view & name)
 {
-    const CentralEntry & entry = current();
-    if (entry.heldName < std::min<std::size_t>(entry.nameLength, longestName))
+    CentralEntry & entry = m_entries[m_current];
+    if (entry.heldName < keptName(entry))
+        takeName(entry);
+    if (entry.heldName < keptName(entry))
         return false;
     name = std::string_view(m_names).substr(entry.nameStart, entry.heldName);
     name = name.substr(0, name.find('\0'));
@@ -205,6 +232,7 @@ NameIndex & Directory::indexFor(Case compared)
     while (loadNext())
     {
     }
+    takeMissingNames();
     if (index.count() == m_entries.size())
         return index;
     index.start(m_entries.size(), m_names.size());

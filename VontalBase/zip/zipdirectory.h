@@ -86,12 +86,6 @@ public:
         return m_current;
     }
 
-    /// Whether the current entry is one.
-    [[nodiscard]] bool isCurrentValid() const noexcept
-    {
-        return m_isCurrentValid;
-    }
-
     /// The current entry. It stays until the next call of `goTo` or `find`.
     [[nodiscard]] const CentralEntry & current() const noexcept
     {
@@ -100,8 +94,8 @@ public:
 
     /// The current entry's name, up to its first NUL and at most `longestName` bytes of it. It stays as long
     /// as the entry.
-    /// @return false where the name cannot be read.
-    bool readName(std::string_view & name) const noexcept;
+    /// @return false where the name cannot be read; it is read again when it is next asked for.
+    bool readName(std::string_view & name);
 
     /// All bytes of the current entry's name.
     /// @return false where the name cannot be read.
@@ -116,6 +110,7 @@ private:
     bool loadTo(std::size_t index);
     bool loadNext();
     void takeName(CentralEntry & entry);
+    void takeMissingNames();
     [[nodiscard]] std::uint64_t nextPosition() const noexcept;
     NameIndex & indexFor(Case compared);
 
@@ -125,6 +120,8 @@ private:
     /// Those that have been read, in their order and without a gap.
     std::vector<CentralEntry> m_entries;
     std::string m_names;
+    /// How many entries at the front have all of the name that is kept.
+    std::size_t m_namedEntries = 0;
     std::size_t m_current = 0;
     bool m_isCurrentValid = false;
     NameIndex m_exactIndex;
