@@ -49,6 +49,11 @@ Result ArchiveReader::open(void * source, unsigned int length, Vontal::ulong32 k
     return opened == result::success ? m_directory.open() : opened;
 }
 
+int ArchiveReader::entryCount() const noexcept
+{
+    return m_directory.endRecord().entryCount;
+}
+
 bool ArchiveReader::hasIndex(int index) const noexcept
 {
     return index >= 0 && index < entryCount();
@@ -118,10 +123,10 @@ bool ArchiveReader::openItem(int index)
     return true;
 }
 
-ItemEnd ArchiveReader::endItem() noexcept
+void ArchiveReader::endItem() noexcept
 {
     m_openIndex = noItem;
-    return m_item.end();
+    m_item.end(); // Kept: whatever the CRC-32 is
 }
 
 Result ArchiveReader::unzipToMemory(int index, void * block, unsigned int size)
@@ -136,7 +141,7 @@ Result ArchiveReader::unzipToMemory(int index, void * block, unsigned int size)
         openItem(index);
         m_openIndex = index;
     }
-    const ItemPiece piece = readItem(block, size);
+    const ItemPiece piece = m_item.isOpen() ? m_item.read(block, size) : ItemPiece{0, true};
     // Kept: only the whole item in one call is success; the last one of several pieces asks for one more
     // call.
     if (!piece.hasFailed && piece.count > 0 && (piece.count < size || size != m_item.size()))
@@ -193,7 +198,7 @@ Result ArchiveReader::unzipToHandle(int index, platform::Handle handle)
 Result ArchiveReader::extract(int index, Output & output, const ZIPENTRY * entry)
 {
     const bool isPassed = openItem(index) && pass(output);
-    endItem(); // Kept: whatever the CRC is
+    endItem();
     if (!isPassed)
         return result::writeFailed;
     if (entry != nullptr)
@@ -214,40 +219,6 @@ bool ArchiveReader::pass(Output & output)
         if (piece.hasFailed || count == 0)
             return !piece.hasFailed;
     }
-}
-
-Result ArchiveReader::readFacts(int index, ItemFacts & facts)
-{
-    endItem();
-    LocalHeader header;
-    if (!goToItem(index, usualHeader, header) || !m_directory.readWholeName(facts.name))
-        return result::corrupt;
-    const CentralEntry & entry = m_directory.current();
-    facts.flags = entry.flags;
-    facts.method = entry.method;
-    facts.crc = entry.crc;
-    facts.compressedSize = entry.compressedSize;
-    facts.uncompressedSize = entry.uncompressedSize;
-    facts.externalAttributes = entry.externalAttributes;
-    facts.headerPosition = entry.localHeaderOffset + m_directory.endRecord().bytesBefore;
-    facts.dataPosition = header.dataPosition;
-    return result::success;
-}
-
-Result ArchiveReader::beginItem(int index)
-{
-    endItem();
-    if (!hasIndex(index))
-        return result::faultyArguments;
-    if (!openItem(index))
-        return result::corrupt;
-    m_openIndex = index;
-    return result::success;
-}
-
-ItemPiece ArchiveReader::readItem(void * buffer, std::size_t size)
-{
-    return m_item.isOpen() ? m_item.read(buffer, size) : ItemPiece{0, true};
 }
 
 bool ArchiveReader::canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept

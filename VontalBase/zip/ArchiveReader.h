@@ -19,23 +19,6 @@ namespace zip
 
 class Output;
 
-/// What the archive says of an item, as far as an entry does not show it.
-struct ItemFacts
-{
-    /// All bytes of the name as it is stored.
-    std::string name;
-    std::uint16_t flags = 0;
-    std::uint16_t method = 0;
-    std::uint32_t crc = 0;
-    std::uint32_t compressedSize = 0;
-    std::uint32_t uncompressedSize = 0;
-    std::uint32_t externalAttributes = 0;
-    /// Where the header in front of the data is, from the beginning of the input.
-    std::uint64_t headerPosition = 0;
-    /// Where the data are, likewise; behind them comes what `compressedSize` tells.
-    std::uint64_t dataPosition = 0;
-};
-
 /// The reader of an archive. The functions that bear the names of the interface's do what is told there; any
 /// of them may throw `std::bad_alloc`, and then no item is open for reading.
 class ArchiveReader
@@ -63,31 +46,11 @@ public:
     /// deflated one is never shorter than a thousandth of that.
     [[nodiscard]] bool canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept;
 
-    // For readers that trust nobody: the same items, with nothing smoothed over.
-
-    /// The count of items, as the record of the archive's end tells it.
-    [[nodiscard]] int entryCount() const noexcept
-    {
-        return m_directory.endRecord().entryCount;
-    }
-
-    /// Tells of an item, and ends one that is open.
-    /// @return `corrupt`, with @p facts in any state, where the item's entry or header cannot be read or do
-    /// not
-    ///     agree.
-    Result readFacts(int index, ItemFacts & facts);
-
-    /// Opens an item, and ends one that is open.
-    /// @return `faultyArguments` where there is no such index, `corrupt` where the item does not open.
-    Result beginItem(int index);
-
-    /// Reads the next bytes of the open item; with none open, this is a failure.
-    ItemPiece readItem(void * buffer, std::size_t size);
-
-    /// Ends the open item.
-    ItemEnd endItem() noexcept;
+    /// Ends the item that is being extracted in pieces, if there is one.
+    void endItem() noexcept;
 
 private:
+    [[nodiscard]] int entryCount() const noexcept;
     bool goToItem(int index, std::size_t wanted, LocalHeader & header);
     [[nodiscard]] bool hasIndex(int index) const noexcept;
     Result readEntry(int index, std::size_t wanted, ZIPENTRY & entry);

@@ -22,7 +22,8 @@ public:
         Done,
         /// The compressed stream is at its end.
         Ended,
-        /// The bytes are no compressed stream, more of them are needed, or memory ran out.
+        /// The bytes are no compressed stream, or more of them are needed, or memory ran out: zlib makes its
+        /// window when it first needs one.
         Failed
     };
 

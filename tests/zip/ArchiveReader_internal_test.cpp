@@ -1,8 +1,11 @@
+#include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/zip/ArchiveReader.h"
 #include "VontalBase/zip/ziphandle.h"
 
 #include "support/FailingAllocator.h"
+#include "support/NativeHandles.h"
+#include "support/NativePaths.h"
 #include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/OpenArchive.h"
@@ -17,9 +20,6 @@ namespace
 using namespace ziptest;
 using testsupport::TempDirectory;
 using zip::ArchiveReader;
-using zip::ItemEnd;
-using zip::ItemFacts;
-using zip::ItemPiece;
 
 /// An archive in a file, and its reader.
 class FileReader
@@ -83,6 +83,8 @@ TEST(ArchiveReader, TellsAnEndThatIsNotThereFromOneThatCannotBeRight)
         {"another disk", [](Archive & a) { a.thisDisk = 1; }, 0xFFFFFF99},
         {"the directory on another disk", [](Archive & a) { a.directoryDisk = 1; }, 0xFFFFFF99},
         {"two counts", [](Archive & a) { a.count = 2; }, 0xFFFFFF99},
+        {"one more on this disk", [](Archive & a) { a.countOnThisDisk = 2; }, 0xFFFFFF99},
+        {"a directory that is larger by one", [](Archive & a) { a.directorySize = 46 + 6 + 1; }, 0xFFFFFF99},
         {"a directory that is too large", [](Archive & a) { a.directorySize = 10'000; }, 0xFFFFFF99},
         {"a directory too far behind", [](Archive & a) { a.directoryOffset = 10'000; }, 0xFFFFFF99},
     };
@@ -98,102 +100,74 @@ TEST(ArchiveReader, TellsAnEndThatIsNotThereFromOneThatCannotBeRight)
     EXPECT_EQ(FileReader("PK\5\6").opened, 0xFFFFFFFFU);
 }
 
-TEST(ArchiveReader, TellsTheFactsOfAnItem)
+TEST(OpenZip, TellsWhatTheSystemRefused)
 {
-    Places places;
-    Archive archive;
-    archive.before = "in front";
-    archive.items = {stored("a", "content"), packed(std::string("b\0c", 3) + prose(400), prose(1000))};
-    archive.items[1].flags = 0x0801;
-    archive.items[1].attributes = 0x12345678;
-    const FileReader file(archive.build(&places));
-    ASSERT_EQ(file.opened, 0U);
-    EXPECT_EQ(file.reader->entryCount(), 2);
-    ItemFacts facts;
-    ASSERT_EQ(file.reader->readFacts(1, facts), 0U);
-    EXPECT_EQ(facts.name, archive.items[1].name);
-    EXPECT_EQ(facts.flags, 0x0801);
-    EXPECT_EQ(facts.method, 8);
-    EXPECT_EQ(facts.crc, crcOf(prose(1000)));
-    EXPECT_EQ(facts.compressedSize, deflated(prose(1000)).size());
-    EXPECT_EQ(facts.uncompressedSize, 1000U);
-    EXPECT_EQ(facts.externalAttributes, 0x12345678U);
-    EXPECT_EQ(facts.headerPosition, places.headers[1]);
-    EXPECT_EQ(facts.dataPosition, places.data[1]);
-    ASSERT_EQ(file.reader->readFacts(0, facts), 0U);
-    EXPECT_EQ(facts.name, "a");
-    EXPECT_EQ(facts.method, 0);
-    for (const int index : {-2, -1, 2, 65'535})
-        EXPECT_EQ(file.reader->readFacts(index, facts), 0x700U) << index;
+    const std::string notOne = "Zip-bug: trying to seek the unseekable";
+    struct Row
+    {
+        const char * service;
+        Vontal::ulong32 kind;
+        std::string message;
+    };
+    const Row rows[] = {
+        {"open file for reading", ZipKindFile, "Couldn't create/open file"},
+        {"duplicate handle", ZipKindHandle, "Culdn't duplicate handle"},
+        {"kind of file", ZipKindHandle, notOne},
+        {"tell position", ZipKindHandle, notOne},
+        {"size of file", ZipKindHandle, "unknown zip result code"},
+        {"read file", ZipKindHandle, "unknown zip result code"},
+    };
+    const TempDirectory directory;
+    std::wstring path = wide(directory.write("a.zip", archiveOf(1, 10).build()));
+    {
+        const testsupport::OwnedHandle handle =
+            testsupport::openHandle(directory.text("a.zip"), testsupport::HandleAccess::Read);
+        for (const Row & row : rows)
+        {
+            SCOPED_TRACE(row.service);
+            void * const source = row.kind == ZipKindFile ? path.data() : handle.get();
+            platform::armGates({.service = row.service});
+            EXPECT_EQ(OpenZipU(source, 0, row.kind), nullptr);
+            EXPECT_NE(platform::faultedGate(), nullptr);
+            platform::disarmGates();
+            EXPECT_EQ(lastMessage(), row.message);
+        }
+        {
+            const testsupport::FailingAllocator window({.allocation = 1});
+            EXPECT_EQ(OpenZipU(path.data(), 0, ZipKindFile), nullptr);
+        }
+        EXPECT_EQ(lastMessage(), "Failed to allocate memory");
+    }
+    directory.remove("a.zip");
 }
 
-TEST(ArchiveReader, TellsNoFactsOfAnItemWhoseHeaderIsWrong)
-{
-    Archive archive = archiveOf(1, 10);
-    archive.items[0].local.crc = 1;
-    const FileReader file(archive.build());
-    ItemFacts facts;
-    EXPECT_EQ(file.reader->readFacts(0, facts), 0x700U);
-    EXPECT_EQ(file.reader->beginItem(0), 0x700U);
-    EXPECT_EQ(file.reader->beginItem(1), 0x10000U);
-    EXPECT_EQ(file.reader->beginItem(-1), 0x10000U);
-    char byte = '?';
-    EXPECT_TRUE(file.reader->readItem(&byte, 1).hasFailed) << "none is open";
-    EXPECT_EQ(file.reader->endItem(), ItemEnd::Partial);
-}
-
-TEST(ArchiveReader, SaysWhetherTheCrcWasRight)
+TEST(UnzipToFile, GivesTheFileAllAttributesThatTheSystemKnows)
 {
     struct Row
     {
-        const char * label;
-        Item item;
-        std::uint32_t crcDifference;
-        std::size_t read;
-        ItemEnd expected;
+        std::uint32_t external;
+        std::uint32_t expected;
     };
-    const std::string ten = "0123456789";
-    const Row rows[] = {
-        {"all bytes, stored", stored("a", ten), 0, 10, ItemEnd::Matched},
-        {"all bytes, packed", packed("a", ten), 0, 10, ItemEnd::Matched},
-        {"more was asked for", packed("a", ten), 0, 11, ItemEnd::Matched},
-        {"another CRC, stored", stored("a", ten), 1, 10, ItemEnd::Mismatched},
-        {"another CRC, packed", packed("a", ten), 1, 10, ItemEnd::Mismatched},
-        {"not all bytes", packed("a", ten), 1, 9, ItemEnd::Partial},
-        {"none at all", packed("a", ten), 1, 0, ItemEnd::Partial},
-        {"of an empty item", stored("a", ""), 0, 1, ItemEnd::Matched},
-        {"of an empty item with a CRC", stored("a", ""), 1, 0, ItemEnd::Mismatched},
-    };
-    for (const Row & row : rows)
+    // Elsewhere than on Windows only the first bit means something.
+    const std::uint32_t known = testsupport::hasDrives() ? 0x27 : 0x01;
+    const TempDirectory directory;
+    for (const Row & row : {Row{0x81800000, 0}, Row{0x81800001, 0x01}, Row{0x81800002, 0x02},
+             Row{0x81800004, 0x04}, Row{0x81800020, 0x20}, Row{0x81800026, 0x26}, Row{0x81000007, 0x07}})
     {
-        SCOPED_TRACE(row.label);
-        Archive archive;
-        archive.items = {row.item};
-        const std::uint32_t crc = crcOf(row.item.content) + row.crcDifference;
-        archive.items[0].local.crc = archive.items[0].central.crc = crc;
-        const FileReader file(archive.build());
-        ASSERT_EQ(file.reader->beginItem(0), 0U);
-        std::string block(row.read, '?');
-        EXPECT_FALSE(file.reader->readItem(block.data(), row.read).hasFailed);
-        EXPECT_EQ(file.reader->endItem(), row.expected);
-        EXPECT_EQ(file.reader->endItem(), ItemEnd::Partial) << "none is open";
+        SCOPED_TRACE(row.external);
+        Archive archive = archiveOf(1, 10);
+        archive.items[0].attributes = row.external;
+        const OpenArchive opened(archive.build());
+        std::wstring path = wide(directory.text("out"));
+        EXPECT_EQ(UnzipItem(opened.get(), 0, path.data(), 0, ZipKindFile), 0U);
+        platform::FileInformation information;
+        const platform::Handle file = platform::openForReading(path);
+        EXPECT_TRUE(platform::readFileInformation(file, information));
+        platform::closeHandle(file);
+        EXPECT_EQ(information.attributes & known, row.expected & known);
+        testsupport::setReadOnly(directory.text("out"), false);
+        directory.remove("out");
     }
-}
-
-TEST(ArchiveReader, TellsOfAFailureAndOfWhatCameBeforeIt)
-{
-    Archive archive;
-    Item item = packed("a", noise(70'000));
-    item.data = deflatedStored(noise(70'000)).substr(0, 5 + 65'535) + std::string(5'000, '\x07');
-    archive.items = {item};
-    const FileReader file(archive.build());
-    ASSERT_EQ(file.reader->beginItem(0), 0U);
-    std::string block(70'000, '?');
-    const ItemPiece piece = file.reader->readItem(block.data(), block.size());
-    EXPECT_TRUE(piece.hasFailed);
-    EXPECT_EQ(piece.count, 65'535U);
-    EXPECT_EQ(block.substr(0, 65'535), noise(70'000).substr(0, 65'535));
-    EXPECT_EQ(file.reader->endItem(), ItemEnd::Partial);
 }
 
 TEST(ArchiveReader, OpensASmallArchiveWithOneRead)
@@ -287,6 +261,47 @@ TEST(ArchiveReader, TriesAgainWhatTheSystemRefusedOnce)
         EXPECT_EQ(index, 1);
     }
     directory.remove("a.zip");
+}
+
+/// An item whose name is refused once: its record is read with those in front of it, and its name is not.
+TEST(ArchiveReader, ReadsANameAgainThatTheSystemRefusedOnce)
+{
+    // The record ends, by so many bytes of its name, behind the first 65536 bytes of the directory.
+    for (const std::size_t bytesRead : {0U, 1U, 5U})
+    {
+        SCOPED_TRACE(bytesRead);
+        Archive archive;
+        archive.items = {stored("filler", ""), stored("item 1", "1"), stored("item 2", "2")};
+        archive.items[0].centralExtra = std::string(65'536 - 2 * 46 - 6 - bytesRead, 'x');
+        // The end is not to come into the reader's view with the directory.
+        archive.behindDirectory = std::string(70'000, 'c');
+        const std::size_t directory =
+            3 * 46 + 3 * 6 + archive.items[0].centralExtra.size() + archive.behindDirectory.size();
+        archive.directorySize = static_cast<std::uint32_t>(directory);
+        ZIPENTRY entry{};
+        int index = -7;
+        for (const bool searchesFirst : {false, true})
+        {
+            SCOPED_TRACE(searchesFirst);
+            const FileReader again(archive.build());
+            ArchiveReader & reader = *again.reader;
+            EXPECT_EQ(reader.getItem(0, entry), 0U);
+            // That is more than either call does, and none of them gets as far as a header.
+            platform::armGates({.service = "read file", .repeats = 3});
+            const zip::Result first =
+                searchesFirst ? reader.findItem(L"item 1", false, index) : reader.getItem(1, entry);
+            platform::disarmGates();
+            EXPECT_EQ(first, searchesFirst ? 0x500U : 0x700U);
+            EXPECT_EQ(reader.findItem(L"item 1", false, index), 0U);
+            EXPECT_EQ(index, 1);
+            EXPECT_EQ(reader.findItem(L"ITEM 1", true, index), 0U);
+            EXPECT_EQ(index, 1);
+            EXPECT_EQ(reader.getItem(1, entry), 0U);
+            EXPECT_STREQ(entry.name, "item 1");
+            EXPECT_EQ(reader.findItem(L"item 2", false, index), 0U);
+            EXPECT_EQ(index, 2);
+        }
+    }
 }
 
 TEST(ArchiveReader, TakesNoMemoryForWhatAnArchiveOnlyTellsOf)
