@@ -98,8 +98,8 @@ bool readFileSize(Handle handle, std::uint64_t & size) noexcept;
 
 bool readFileInformation(Handle handle, FileInformation & information) noexcept;
 
-/// Sets the three times of a file, in counts of 100 nanoseconds since 1601. The time of its making stays
-/// where the system does not let it be set.
+/// Sets the three times of a file, in counts of 100 nanoseconds since 1601. A count of 0 leaves that time as
+/// it is. The time of its making stays where the system does not let it be set.
 /// @return false where the system refuses.
 bool setFileTimes(
     Handle handle, std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept;

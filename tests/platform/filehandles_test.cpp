@@ -283,6 +283,38 @@ TEST_F(PlatformFileHandles, SetTheTimesOfAFile)
     }
 }
 
+TEST_F(PlatformFileHandles, LeaveTheTimesAloneForWhichACountOf0Stands)
+{
+    directory.write("file", "x");
+    const OwnedHandle handle = testsupport::openHandle(directory.text("file"), HandleAccess::ReadWrite);
+    constexpr std::int64_t before = 981'173'106;
+    constexpr std::int64_t after = 1'588'748'890;
+    struct Row
+    {
+        std::int64_t accessed;
+        std::int64_t changed;
+    };
+    for (const Row & row : {Row{0, 0}, Row{after, 0}, Row{0, after}, Row{after, after}})
+    {
+        SCOPED_TRACE(std::to_string(row.accessed) + ", " + std::to_string(row.changed));
+        const auto count = [](std::int64_t seconds)
+        {
+            return seconds != 0 ? fileTime(seconds) : 0;
+        };
+        ASSERT_TRUE(
+            platform::setFileTimes(handle.get(), fileTime(before), fileTime(before), fileTime(before)));
+        EXPECT_TRUE(platform::setFileTimes(handle.get(), 0, count(row.accessed), count(row.changed)));
+        platform::FileInformation information;
+        ASSERT_TRUE(platform::readFileInformation(handle.get(), information));
+        EXPECT_EQ(information.accessed, fileTime(row.accessed != 0 ? row.accessed : before));
+        EXPECT_EQ(information.changed, fileTime(row.changed != 0 ? row.changed : before));
+        if (testsupport::hasDrives()) // elsewhere nobody can set it
+        {
+            EXPECT_EQ(information.created, fileTime(before));
+        }
+    }
+}
+
 TEST_F(PlatformFileHandles, FailWhereTheSystemRefuses)
 {
     directory.write("file", "0123456789");

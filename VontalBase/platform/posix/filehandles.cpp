@@ -134,10 +134,16 @@ std::uint64_t unitsOf(const struct statx_timestamp & time) noexcept
     return unitsOf(time.tv_sec, time.tv_nsec);
 }
 
+/// The time for `futimens`, which leaves alone what a count of 0 stands for.
 timespec timeOf(std::uint64_t units) noexcept
 {
     constexpr auto second = static_cast<std::uint64_t>(fileTimeUnits);
     timespec time{};
+    if (units == 0)
+    {
+        time.tv_nsec = UTIME_OMIT;
+        return time;
+    }
     time.tv_sec = static_cast<std::time_t>(units / second) - secondsFrom1601To1970;
     time.tv_nsec = static_cast<long>(units % second) * 100;
     return time;
