@@ -75,30 +75,21 @@ Result getItem(ArchiveReader & reader, int index, Entry & told)
 template <class Entry>
 Result findItem(HZIP handle, const wchar_t * name, bool ignoreCase, int * index, Entry * told) noexcept
 {
-    bool isFound = false;
     const auto find = [&](ArchiveReader & reader)
     {
         int found = -1;
         const Result result = reader.findItem(name, ignoreCase, found);
-        isFound = result == zip::result::success;
-        if (!isFound)
-            return result;
         if (index != nullptr)
             *index = found;
-        return told != nullptr ? getItem(reader, found, *told) : result;
+        if (told == nullptr)
+            return result;
+        if (result == zip::result::success)
+            return getItem(reader, found, *told);
+        *told = Entry{};
+        told->index = -1;
+        return result;
     };
-    const Result result = performOn(handle, find);
-    if (!isFound)
-    {
-        if (index != nullptr)
-            *index = -1;
-        if (told != nullptr)
-        {
-            *told = Entry{};
-            told->index = -1;
-        }
-    }
-    return result;
+    return performOn(handle, find);
 }
 
 } // namespace

@@ -7,8 +7,9 @@
 ///
 /// Each function but `FormatZipMessageU` and `IsZipHandleU` gives a result code or a handle, and records the
 /// code as the reader's last result, which all handles and threads share. 0 is success. A null handle gives
-/// 0x10000, the handle of an archive that is being written 0x80000, and 0x300 is given where memory ran out.
-/// A call that fails leaves the handle usable. No function throws.
+/// 0x10000, the handle of an archive that is being written 0x80000, and 0x300 is given where memory ran out;
+/// only where it runs out in the middle of inflating does the item count as one that cannot be read. A call
+/// that fails leaves the handle usable. No function throws.
 ///
 /// A handle serves one thread at a time. What an archive holds beyond its format's rules, or lies about,
 /// gives one of the results told here, whatever it is.
@@ -83,10 +84,13 @@ struct ZIPENTRYW
 VONTALBASE_API HZIP OpenZipU(void * z, unsigned int len, Vontal::ulong32 flags);
 
 /// Closes an archive; the handle is then no longer one.
+/// @param hz the archive.
 /// @return 0.
 VONTALBASE_API Vontal::ulong32 CloseZipU(HZIP hz);
 
-/// Tells of an item, by its index. An item that is being extracted in pieces is ended.
+/// Tells of an item, by its index. An item that is being extracted in pieces is ended, but not where the
+/// result is 0x10000.
+/// @param hz the archive.
 /// @param index from 0 on, or -1 for the count of items.
 /// @param ze receives what is told. For index -1 that is the count in `index`, and nothing in the rest.
 /// @return 0; with @p ze left alone 0x10000 for any other index or a null @p ze, 0x700 where the item's
@@ -97,22 +101,33 @@ VONTALBASE_API Vontal::ulong32 CloseZipU(HZIP hz);
 /// bytes; only the times are at stake.
 VONTALBASE_API Vontal::ulong32 GetZipItemA(HZIP hz, int index, ZIPENTRY * ze);
 /// The same with a wide name.
+/// @param hz, index, ze as for `GetZipItemA`.
+/// @return as `GetZipItemA`.
 VONTALBASE_API Vontal::ulong32 GetZipItemW(HZIP hz, int index, ZIPENTRYW * ze);
 
 /// Looks for an item by its whole name, as it is stored: directories are part of it, and `/` is not `\`. The
-/// first in the order of the directory is taken. Once found, an item that is being extracted in pieces is
-/// ended.
-/// @param name of fewer than 256 units; an item with a longer one is not found.
+/// first in the order of the directory is taken. Once one is found, an item that is being extracted in
+/// pieces is ended.
+///
+/// Where the item that was last asked for could not be reached, since the directory's record of it or of one
+/// in front of it cannot be read, no name is found until an item that can be reached is asked for.
+/// @param hz the archive.
+/// @param name of fewer than 256 units, and of no more than 255 bytes as UTF-8; an item with a longer one is
+///     not found. Null is not found either.
 /// @param ignoreCase takes the letters A to Z for those from a to z. Other letters keep their case.
 /// @param index receives the item's index, or -1 where it is not found; null is allowed.
 /// @param ze receives what `GetZipItemA` tells of the item. Where it is not found, all of it becomes 0 but
 ///     `index`, which becomes -1. Null is allowed; what the item's own header says is then not looked at.
 /// @return 0; 0x500 where it is not found; what `GetZipItemA` gives where that fails, with @p ze left alone.
+/// A
+///     handle that is none to be read from leaves @p index alone too.
 ///
 /// Kept: only the first 255 bytes of a stored name are compared, so that a longer one is found by them.
 VONTALBASE_API Vontal::ulong32 FindZipItemA(
     HZIP hz, const wchar_t * name, bool ignoreCase, int * index, ZIPENTRY * ze);
 /// The same with a wide name in what is told.
+/// @param hz, name, ignoreCase, index, ze as for `FindZipItemA`.
+/// @return as `FindZipItemA`.
 VONTALBASE_API Vontal::ulong32 FindZipItemW(
     HZIP hz, const wchar_t * name, bool ignoreCase, int * index, ZIPENTRYW * ze);
 
@@ -120,8 +135,11 @@ VONTALBASE_API Vontal::ulong32 FindZipItemW(
 ///
 /// Into memory: writes the item's bytes into the block. Where the block has exactly the size of the item, one
 /// call does it. Otherwise each call with the same index gives the next bytes with 0x600, the last ones too,
-/// and one more call gives none with 0; how many bytes came is to be worked out from the sizes. Any other
-/// call that takes an index or finds a name ends that.
+/// and one more call gives none with 0; how many bytes came is to be worked out from the sizes. A block of
+/// size 0 ends that with 0. Extracting another item, or any into a file or through a handle, and asking for
+/// an item or finding one end it too: the next call begins anew. A call that is refused for its kind, its
+/// block or its entry leaves it alone, as do a search that finds nothing and `GetZipItemA` with an index that
+/// is none; `UnzipItem` with such an index ends it.
 ///
 /// Into a file: makes it, or empties it, with the attributes of the item, and gives it the item's times. The
 /// directory part of its name is made under the directory that was the working one at opening, unless it
@@ -134,14 +152,16 @@ VONTALBASE_API Vontal::ulong32 FindZipItemW(
 ///
 /// What was made before a failure stays.
 ///
+/// @param hz the archive.
+/// @param index of the item, from 0 on.
 /// @param dst what @p flags tells: with `ZipKindMemory` the block, with `ZipKindFile` the wide name of the
 ///     file, with `ZipKindHandle` the handle.
 /// @param len of the block in bytes; of no meaning otherwise.
 /// @param flags one of the three kinds.
-/// @return 0, or 0x600; 0x10000 for other @p flags, an index not below the count of items, or a null block.
-/// Into
-///     memory 0x5000000 where the item cannot be read. Into a file 0x200 where that does not open, and 0x400
-///     where the item cannot be read or its bytes not written.
+/// @return 0, or 0x600; 0x10000 for other @p flags, an index not below the count of items, or a null block of
+///     a size other than 0. Into memory 0x5000000 where the item cannot be read. Into a file 0x200 where that
+///     does not open, and 0x400 where the item cannot be read or its bytes not written. A negative index is
+///     that of an item that cannot be read, so that a file is made and stays empty.
 ///
 /// Kept: the stored name of a directory is not screened, so that an archive may make directories anywhere.
 VONTALBASE_API Vontal::ulong32 UnzipItem(
@@ -155,6 +175,8 @@ VONTALBASE_API Vontal::ulong32 UnzipItem(
 VONTALBASE_API unsigned int FormatZipMessageU(Vontal::ulong32 code, char * buf, unsigned int len);
 
 /// Whether a handle is that of an archive that is open for reading.
+/// @param hz any handle that an archive was opened or begun with and that is not closed, or null.
+/// @return whether `OpenZipU` gave it.
 ///
 /// Kept: null is taken for one.
 VONTALBASE_API bool IsZipHandleU(HZIP hz);

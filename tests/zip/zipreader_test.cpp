@@ -1,4 +1,5 @@
 #include "VontalBase/zip/zipreader.h"
+#include "VontalBase/zip/zipwriter.h"
 
 #include "support/NativeHandles.h"
 #include "support/NativePaths.h"
@@ -174,6 +175,38 @@ TEST(OpenZip, LosesNoHandleWhereItFails)
         EXPECT_EQ(OpenZipU(handle.get(), 0, ZipKindHandle), nullptr);
     }
     EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    directory.remove("a.zip");
+}
+
+TEST(OpenZip, SharesTheFileWithOtherReadersAndWithNoWriter)
+{
+    const TempDirectory directory;
+    const std::string path = directory.write("a.zip", smallArchive());
+    std::wstring name = wide(path);
+    const HZIP one = OpenZipU(name.data(), 0, ZipKindFile);
+    const HZIP two = OpenZipU(name.data(), 0, ZipKindFile);
+    for (const HZIP zip : {one, two})
+    {
+        ASSERT_NE(zip, nullptr);
+        ZIPENTRY entry{};
+        EXPECT_EQ(GetZipItemA(zip, 1, &entry), 0U);
+        EXPECT_STREQ(entry.name, "two.txt");
+    }
+    EXPECT_EQ(CreateZipZ(name.data(), 0, ZipKindFile), nullptr) << "it is open for reading";
+    EXPECT_EQ(CloseZipU(one), 0U);
+    EXPECT_EQ(CreateZipZ(name.data(), 0, ZipKindFile), nullptr) << "by one still";
+    EXPECT_TRUE(directory.read("a.zip") == smallArchive());
+    EXPECT_EQ(CloseZipU(two), 0U);
+    const HZIP writer = CreateZipZ(name.data(), 0, ZipKindFile);
+    ASSERT_NE(writer, nullptr);
+    EXPECT_EQ(OpenZipU(name.data(), 0, ZipKindFile), nullptr) << "it is open for writing";
+    EXPECT_EQ(lastMessage(), "Couldn't create/open file");
+    std::string content = "content";
+    EXPECT_EQ(ZipAdd(writer, L"a", content.data(), 7, ZipKindMemory), 0U);
+    EXPECT_EQ(CloseZipZ(writer), 0U);
+    const HZIP written = OpenZipU(name.data(), 0, ZipKindFile);
+    EXPECT_NE(written, nullptr);
+    EXPECT_EQ(CloseZipU(written), 0U);
     directory.remove("a.zip");
 }
 
@@ -368,7 +401,9 @@ TEST(ZipHandles, AreToldApart)
     HZIP__ writer{2, nullptr};
     ZIPENTRY entry{};
     ZIPENTRYW wideEntry{};
-    char byte = 0;
+    entry.index = 7;
+    wideEntry.index = 9;
+    char byte = '?';
     int index = 5;
     struct Row
     {
@@ -392,6 +427,10 @@ TEST(ZipHandles, AreToldApart)
         check(FindZipItemA(row.zip, L"a", false, &index, &entry));
         check(FindZipItemW(row.zip, L"a", false, &index, &wideEntry));
         check(UnzipItem(row.zip, 0, &byte, 1, ZipKindMemory));
+        EXPECT_EQ(index, 5) << "it was no search that failed";
+        EXPECT_EQ(entry.index, 7);
+        EXPECT_EQ(wideEntry.index, 9);
+        EXPECT_EQ(byte, '?');
     }
     EXPECT_TRUE(IsZipHandleU(nullptr)) << "null is taken for one";
     EXPECT_FALSE(IsZipHandleU(&writer));
@@ -483,6 +522,53 @@ TEST(FormatZipMessage, TellsTheLastResultOfAnyHandleForCode1)
     EXPECT_EQ(lastMessage(), "Success");
     EXPECT_EQ(one.find("missing"), -1);
     EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+}
+
+TEST(FormatZipMessage, TellsTheLastResultOfAnyThreadForCode1)
+{
+    const OpenArchive archive(smallArchive());
+    EXPECT_EQ(archive.count(), 3);
+    EXPECT_EQ(lastMessage(), "Success");
+    std::thread other(
+        [&]
+        {
+            ZIPENTRY entry{};
+            EXPECT_EQ(GetZipItemA(archive.get(), 100, &entry), faultyArguments);
+        });
+    other.join();
+    EXPECT_EQ(lastMessage(), "Caller: faulty arguments");
+}
+
+TEST(FormatZipMessage, TellsTheReadersResultWhateverTheWriterGave)
+{
+    const auto writersMessage = []
+    {
+        std::array<char, 100> text{};
+        FormatZipMessageZ(1, text.data(), text.size());
+        return std::string(text.data());
+    };
+    const OpenArchive archive(smallArchive());
+    EXPECT_EQ(ZipAdd(nullptr, L"a", nullptr, 0, ZipKindFolder), faultyArguments);
+    EXPECT_EQ(archive.find("missing"), -1);
+    EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+    EXPECT_EQ(writersMessage(), "Caller: faulty arguments");
+    EXPECT_EQ(ZipAdd(archive.get(), L"a", nullptr, 0, ZipKindFolder), mixedHandles);
+    EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+    EXPECT_EQ(writersMessage(), "Caller: mixing creation and opening of zip");
+}
+
+TEST(FormatZipMessage, LeavesTheLastResultAsItIs)
+{
+    std::string bytes = smallArchive();
+    const HZIP zip = OpenZipU(bytes.data(), static_cast<unsigned int>(bytes.size()), ZipKindMemory);
+    EXPECT_EQ(FindZipItemA(zip, L"missing", false, nullptr, nullptr), 0x500U);
+    EXPECT_TRUE(IsZipHandleU(zip));
+    EXPECT_TRUE(IsZipHandleU(nullptr));
+    EXPECT_EQ(FormatZipMessageU(0x100, nullptr, 0), 24U);
+    EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+    EXPECT_EQ(lastMessage(), "File not found in the zipfile");
+    EXPECT_EQ(CloseZipU(zip), 0U);
+    EXPECT_EQ(lastMessage(), "Success") << "closing has a result of its own";
 }
 
 } // namespace
