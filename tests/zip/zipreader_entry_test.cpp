@@ -532,6 +532,50 @@ TEST(GetZipItem, FailsWhereANameIsLongerThanTheArchive)
     EXPECT_EQ(resultOf(archiveOf(item), 0, Source::File), corrupt);
 }
 
+TEST(GetZipItem, KeepsNoEntryThatItCouldNotWorkOut)
+{
+    Archive archive;
+    archive.items = {stored("a", "alpha"), stored("b", "beta")};
+    archive.items[0].local.extraLength = 60'000;
+    for (const Source source : allSources)
+    {
+        SCOPED_TRACE(nameOf(source));
+        const OpenArchive opened(archive.build(), source);
+        ZIPENTRY entry = usedEntry();
+        for (const int index : {0, 0, 1, 0, 0})
+        {
+            if (index == 1)
+            {
+                EXPECT_STREQ(opened.entry(1).name, "b");
+                continue;
+            }
+            EXPECT_EQ(GetZipItemA(opened.get(), 0, &entry), readFailed);
+            EXPECT_TRUE(isUsedEntry(entry));
+        }
+    }
+}
+
+TEST(GetZipItem, GoesOnFromWhereItWasAfterASearchInVain)
+{
+    Archive archive;
+    archive.items = {stored("a", "alpha"), stored("b", "beta"), stored("c", "gamma"), stored("d", "delta")};
+    archive.items[3].central.signature = 1;
+    for (const Source source : allSources)
+    {
+        SCOPED_TRACE(nameOf(source));
+        const OpenArchive opened(archive.build(), source);
+        for (const bool ignoreCase : {false, true})
+        {
+            EXPECT_STREQ(opened.entry(1).name, "b");
+            EXPECT_EQ(opened.find("missing", ignoreCase), -1);
+            EXPECT_STREQ(opened.entry(2).name, "c");
+            EXPECT_EQ(opened.find("d", ignoreCase), -1);
+            EXPECT_STREQ(opened.entry(1).name, "b");
+            EXPECT_EQ(opened.find("c", ignoreCase), 2);
+        }
+    }
+}
+
 TEST(GetZipItem, KeepsTheLastEntryThatItWorkedOut)
 {
     Archive archive;

@@ -1,8 +1,10 @@
 #include "VontalBase/zip/zipreader.h"
+#include "VontalBase/zip/zipwriter.h"
 
 #include "support/NativeHandles.h"
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
+#include "support/SecondsNow.h"
 #include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/OpenArchive.h"
@@ -143,6 +145,119 @@ TEST(UnzipToFile, GivesTheFileTheAttributesOfTheItem)
     }
 }
 
+TEST(UnzipToFile, LeavesTheTimesAloneThatTheArchiveDoesNotTell)
+{
+    const TempDirectory directory;
+    Archive archive;
+    archive.items = {stored("a", "content"), stored("b", "content")};
+    archive.items[0].date = 0;
+    archive.items[1].date = 0;
+    archive.items[1].localExtra = "UT" + number(5, 2) + "\2" + number(981'173'106, 4);
+    const OpenArchive opened(archive.build());
+    // A file system may keep times to the second or two.
+    const std::int64_t before = testsupport::secondsNow() - 2;
+    EXPECT_EQ(unzipTo(opened, 0, directory.text("file")), 0U);
+    EXPECT_EQ(unzipTo(opened, 1, directory.text("partly")), 0U);
+    {
+        const OwnedHandle handle = openHandle(directory.text("handle"), HandleAccess::Write);
+        EXPECT_EQ(unzipTo(opened, 0, handle), 0U);
+    }
+    const std::int64_t after = testsupport::secondsNow() + 2;
+    for (const char * const name : {"file", "partly", "handle"})
+    {
+        SCOPED_TRACE(name);
+        const testsupport::TimesOfFile times = testsupport::timesOfFile(directory.text(name));
+        EXPECT_GE(times.changed, before);
+        EXPECT_LE(times.changed, after);
+        EXPECT_GE(times.created, before);
+        EXPECT_LE(times.created, after);
+    }
+    EXPECT_EQ(testsupport::timesOfFile(directory.text("partly")).accessed, 981'173'106);
+    directory.clear();
+}
+
+TEST(UnzipToFile, SetsNoTimesAfterAnError)
+{
+    const TempDirectory directory;
+    Item item = packed("a", noise(70'000));
+    item.data = deflatedStored(noise(70'000)).substr(0, 5 + 65'535) + std::string(5'000, '\x07');
+    item.date = dosDate(2020, 5, 6, 7, 8, 10);
+    const OpenArchive opened(archiveOf(item).build());
+    EXPECT_EQ(opened.entry(0).mtime.dwHighDateTime, moment(2020, 5, 6, 7, 8, 10) >> 32);
+    EXPECT_EQ(unzipTo(opened, 0, directory.text("file")), writeFailed);
+    {
+        const OwnedHandle handle = openHandle(directory.text("handle"), HandleAccess::Write);
+        EXPECT_EQ(unzipTo(opened, 0, handle), writeFailed);
+    }
+    for (const char * const name : {"file", "handle"})
+    {
+        SCOPED_TRACE(name);
+        const testsupport::TimesOfFile times = testsupport::timesOfFile(directory.text(name));
+        EXPECT_GT(times.changed, secondsOf(2020, 6, 1, 0, 0, 0));
+        EXPECT_GT(times.accessed, secondsOf(2020, 6, 1, 0, 0, 0));
+    }
+    directory.clear();
+}
+
+TEST(UnzipItem, DoesNotCheckTheCrc)
+{
+    const TempDirectory directory;
+    Archive archive;
+    archive.items = {stored("a", prose(50'000)), packed("b", prose(50'000))};
+    for (Item & item : archive.items)
+    {
+        item.local.crc = item.central.crc = 1;
+        item.date = dosDate(2020, 5, 6, 7, 8, 10);
+    }
+    for (const Source source : allSources)
+    {
+        const OpenArchive opened(archive.build(), source);
+        for (const int index : {0, 1})
+        {
+            SCOPED_TRACE(nameOf(source) + ", " + std::to_string(index));
+            EXPECT_EQ(unzipTo(opened, index, directory.text("file")), 0U);
+            {
+                const OwnedHandle handle = openHandle(directory.text("handle"), HandleAccess::Write);
+                EXPECT_EQ(unzipTo(opened, index, handle), 0U);
+            }
+            for (const char * const name : {"file", "handle"})
+            {
+                EXPECT_TRUE(directory.read(name) == prose(50'000));
+                EXPECT_EQ(
+                    testsupport::timesOfFile(directory.text(name)).changed, secondsOf(2020, 5, 6, 7, 8, 10));
+                directory.remove(name);
+            }
+        }
+    }
+}
+
+TEST(UnzipToFile, WritesToNoFileThatIsOpen)
+{
+    const TempDirectory directory;
+    const std::string bytes = archiveOf(stored("a", "content")).build();
+    const std::string path = directory.write("a.zip", bytes);
+    const HZIP zip = OpenZipU(wide(path).data(), 0, ZipKindFile);
+    ASSERT_NE(zip, nullptr);
+    std::wstring itself = wide(path);
+    EXPECT_EQ(UnzipItem(zip, 0, itself.data(), 0, ZipKindFile), noFile) << "for reading, by the reader";
+    EXPECT_TRUE(directory.read("a.zip") == bytes);
+    std::string block(7, '?');
+    EXPECT_EQ(UnzipItem(zip, 0, block.data(), 7, ZipKindMemory), 0U);
+    EXPECT_EQ(block, "content");
+
+    std::wstring other = wide(directory.text("other"));
+    const HZIP writer = CreateZipZ(other.data(), 0, ZipKindFile);
+    ASSERT_NE(writer, nullptr);
+    EXPECT_EQ(UnzipItem(zip, 0, other.data(), 0, ZipKindFile), noFile) << "for writing, by a writer";
+    EXPECT_EQ(ZipAdd(writer, L"b", block.data(), 7, ZipKindMemory), 0U);
+    EXPECT_EQ(CloseZipZ(writer), 0U);
+    EXPECT_EQ(directory.read("other").substr(0, 4), "PK\3\4");
+    EXPECT_EQ(UnzipItem(zip, 0, other.data(), 0, ZipKindFile), 0U);
+    EXPECT_EQ(directory.read("other"), "content");
+    EXPECT_EQ(CloseZipU(zip), 0U);
+    directory.clear();
+}
+
 TEST(UnzipToFile, ClosesTheFileAndLosesNothing)
 {
     const TempDirectory directory;
@@ -267,11 +382,14 @@ TEST(UnzipToHandle, GivesADiskFileTheTimesOfTheItem)
     const TempDirectory directory;
     Item item = stored("a", "content");
     item.date = dosDate(2020, 5, 6, 7, 8, 10);
+    item.localExtra = "UT" + number(5, 2) + "\2" + number(981'173'106, 4);
     const OpenArchive opened(archiveOf(item).build());
     OwnedHandle handle = openHandle(directory.text("out"), HandleAccess::Write);
     EXPECT_EQ(unzipTo(opened, 0, handle), 0U);
     handle.close();
-    EXPECT_EQ(testsupport::timesOfFile(directory.text("out")).changed, secondsOf(2020, 5, 6, 7, 8, 10));
+    const testsupport::TimesOfFile times = testsupport::timesOfFile(directory.text("out"));
+    EXPECT_EQ(times.changed, secondsOf(2020, 5, 6, 7, 8, 10));
+    EXPECT_EQ(times.accessed, secondsOf(2001, 2, 3, 4, 5, 6));
     directory.remove("out");
 }
 
@@ -365,6 +483,44 @@ TEST(UnzipDirectory, MakesTheStoredNameUnderTheWorkingDirectoryOfTheOpening)
         for (const fs::path & path : fs::directory_iterator(made))
             fs::remove_all(path);
     }
+    directory.clear();
+}
+
+TEST(UnzipDirectory, StaysUnderThatDirectoryThoughItsNameBeginsWithASeparator)
+{
+    const TempDirectory directory;
+    fs::create_directory(directory.path() / "work");
+    {
+        const WorkingDirectory inside(directory.path() / "work");
+        Archive archive;
+        archive.items = {ziptest::directory("/vontal abs/x/"), ziptest::directory("\\vontal abs\\y")};
+        const OpenArchive opened(archive.build());
+        EXPECT_EQ(unzipTo(opened, 0, "x"), 0U);
+        EXPECT_EQ(unzipTo(opened, 1, "x"), 0U);
+    }
+    EXPECT_TRUE(fs::is_directory(directory.path() / "work" / "vontal abs" / "x"));
+    EXPECT_TRUE(fs::is_directory(directory.path() / "work" / "vontal abs" / "y"));
+    EXPECT_FALSE(fs::exists("/vontal abs"));
+    directory.clear();
+}
+
+TEST(UnzipDirectory, IsMadeByTheFirst259BytesOfItsName)
+{
+    const TempDirectory directory;
+    {
+        const WorkingDirectory inside(directory.path());
+        const OpenArchive opened(
+            archiveOf(ziptest::directory("one" + std::string(250, '/') + "abcdef/" + std::string(40, 'z')))
+                .build());
+        const OpenArchive cut(
+            archiveOf(ziptest::directory("two" + std::string(250, '/') + "abcdefghijkl/x/")).build());
+        EXPECT_EQ(unzipTo(opened, 0, "x"), 0U);
+        EXPECT_EQ(unzipTo(cut, 0, "x"), 0U);
+    }
+    EXPECT_TRUE(fs::is_directory(directory.path() / "one" / "abcdef"));
+    EXPECT_TRUE(fs::is_empty(directory.path() / "one" / "abcdef")) << "the name ends there";
+    EXPECT_TRUE(fs::is_directory(directory.path() / "two" / "abcdef"));
+    EXPECT_FALSE(fs::exists(directory.path() / "two" / "abcdefghijkl"));
     directory.clear();
 }
 

@@ -1,5 +1,7 @@
 #include "VontalBase/zip/zipreader.h"
 
+#include "support/NativeHandles.h"
+#include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/OpenArchive.h"
 
@@ -190,6 +192,33 @@ TEST(UnzipToMemory, IsEndedByOtherCalls)
                 EXPECT_EQ(UnzipItem(zip, 1, &byte, 1, 4), faultyArguments);
                 EXPECT_EQ(UnzipItem(zip, 1, &byte, 1, 0), faultyArguments);
             },
+            "4567"},
+        {"the same item through a handle",
+            [](HZIP zip)
+            {
+                testsupport::HandlePipe pipe;
+                EXPECT_EQ(UnzipItem(zip, 0, pipe.writeEnd.get(), 0, ZipKindHandle), 0U);
+            },
+            "0123"},
+        {"another item into a file",
+            [](HZIP zip)
+            {
+                const testsupport::TempDirectory directory;
+                EXPECT_EQ(UnzipItem(zip, 1, wide(directory.text("out")).data(), 0, ZipKindFile), 0U);
+                directory.remove("out");
+            },
+            "0123"},
+        {"an index that is none, into a file",
+            [](HZIP zip)
+            {
+                std::wstring name = L"never made";
+                EXPECT_EQ(UnzipItem(zip, 2, name.data(), 0, ZipKindFile), faultyArguments);
+            },
+            "0123"},
+        {"no entry to tell in", [](HZIP zip) { EXPECT_EQ(GetZipItemA(zip, 0, nullptr), faultyArguments); },
+            "4567"},
+        {"no block",
+            [](HZIP zip) { EXPECT_EQ(UnzipItem(zip, 0, nullptr, 1, ZipKindMemory), faultyArguments); },
             "4567"},
         {"a name that is found",
             [](HZIP zip) { EXPECT_EQ(FindZipItemA(zip, L"b", false, nullptr, nullptr), 0U); }, "0123"},
