@@ -8,8 +8,9 @@ namespace ziptest
 {
 
 /// Opens a block of memory as an archive, lists it, looks for each of its items, and reads them in memory,
-/// whole and in pieces. Ends the test program or fails the test where a result is not one of those that are
-/// told, or where something is written outside of a block.
+/// whole and in pieces; then the same bytes in a file. Ends the test program or fails the test where a result
+/// is not one of those that are told, where the two differ in anything, or where something is written outside
+/// of a block. For one thread at a time.
 /// @return how many items could be read.
 std::size_t exercise(const void * archive, std::size_t size);
 
