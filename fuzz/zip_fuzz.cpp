@@ -1,4 +1,4 @@
-/// Any bytes as a zip archive in memory: opened, listed, searched and read.
+/// Any bytes as a zip archive in memory and in a file: opened, listed, searched and read.
 
 #include "zip/exercise_oracle.h"
 
@@ -7,6 +7,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size)
 {
-    ziptest::exercise(data, size);
+    ziptest::exerciseInFileToo(data, size);
     return 0;
 }

@@ -39,15 +39,16 @@ Archive smallArchive()
 }
 
 /// Exercises a block of memory that has no byte behind it, so that a reader that goes too far is caught.
-std::size_t exerciseExactly(const std::string & bytes)
+/// @param inFileToo makes a file of the bytes as well, which takes its time.
+std::size_t exerciseExactly(const std::string & bytes, bool inFileToo = false)
 {
     const std::vector<char> block(bytes.begin(), bytes.end());
-    return exercise(block.data(), block.size());
+    return (inFileToo ? exerciseInFileToo : exercise)(block.data(), block.size());
 }
 
 TEST(DamagedArchive, IsReadWholeWhereItIsNotDamaged)
 {
-    EXPECT_EQ(exerciseExactly(smallArchive().build()), 3U);
+    EXPECT_EQ(exerciseExactly(smallArchive().build(), true), 3U);
 }
 
 TEST(DamagedArchive, GivesTheToldResultsWhereverItIsCutOff)
@@ -84,7 +85,7 @@ TEST(DamagedArchive, GivesTheToldResultsWhicheverByteIsAnotherOne)
         for (unsigned int difference = 1; difference < 256; difference += step)
         {
             changed[place] = static_cast<char>(static_cast<unsigned char>(bytes[place]) ^ difference);
-            EXPECT_NO_THROW(exerciseExactly(changed)) << place;
+            EXPECT_NO_THROW(exerciseExactly(changed, difference == 1)) << place;
         }
     }
 }
@@ -138,7 +139,7 @@ TEST(DamagedArchive, GivesTheToldResultsHoweverManyBytesAreOtherOnes)
         std::string changed = bytes;
         for (std::size_t changes = 1 + random(12); changes > 0; --changes)
             changed[random(changed.size())] = static_cast<char>(random(256));
-        EXPECT_NO_THROW(exerciseExactly(changed)) << run;
+        EXPECT_NO_THROW(exerciseExactly(changed, run % 10 == 0)) << run;
     }
 }
 
