@@ -116,7 +116,7 @@ Result Source::openFile(const wchar_t * path, unsigned int size)
 {
     if (path == nullptr)
         return result::faultyArguments;
-    const platform::Handle handle = platform::openForReading(path);
+    platform::Handle handle = platform::openForReading(path);
     if (!platform::isHandle(handle))
         return result::noFile;
     m_isOwned = true;

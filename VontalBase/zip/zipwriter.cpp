@@ -139,6 +139,7 @@ Vontal::ulong32 CloseZipZ(HZIP hz)
     return record(writer->close());
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the interface takes them so.
 int AddFolderContent(HZIP hz, wchar_t * absolutePath, wchar_t * dirToAdd)
 {
     try

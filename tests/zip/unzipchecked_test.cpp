@@ -191,8 +191,8 @@ TEST_F(UnzipChecked, RefusesNamesBeforeAnythingIsWritten)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(
-            refusal({{stored("good", "1"), stored(row.name, "2")}}), "Item '" + shown(row.name) + "' " + row.reason);
+        EXPECT_EQ(refusal({{stored("good", "1"), stored(row.name, "2")}}),
+            "Item '" + shown(row.name) + "' " + row.reason);
         EXPECT_FALSE(directory.contains("out")) << "not even what stands in front of it";
         EXPECT_EQ(ziptest::treeOf(directory.path()), Names{"a.zip"});
     }

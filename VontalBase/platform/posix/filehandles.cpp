@@ -171,7 +171,7 @@ Handle createForWriting(const std::wstring & path, std::uint32_t attributes)
     mode.empties = true;
     const bool isReadOnly = (attributes & attribute::readOnly) != 0;
     const mode_t fileMode = isReadOnly ? usualFileMode & ~writeBits : usualFileMode;
-    const Handle handle = open("create file for writing", path, mode, fileMode);
+    Handle handle = open("create file for writing", path, mode, fileMode);
     if (isReadOnly && isHandle(handle))
         makeReadOnly(descriptorOf(handle));
     return handle;

@@ -93,7 +93,7 @@ std::wstring workingDirectory()
             return {};
         path.resize(2 * path.size());
     }
-    return wideFrom(path.c_str());
+    return wideFrom(std::string_view(path.data()));
 }
 
 std::string nativePath(const std::string & path)
