@@ -81,7 +81,7 @@ HandlePipe::HandlePipe()
 {
     HANDLE from = nullptr;
     HANDLE to = nullptr;
-    EXPECT_TRUE(CreatePipe(&from, &to, nullptr, 0));
+    EXPECT_TRUE(CreatePipe(&from, &to, nullptr, 1U << 20U));
     readEnd = OwnedHandle(from);
     writeEnd = OwnedHandle(to);
 }
@@ -177,6 +177,8 @@ HandlePipe::HandlePipe()
 {
     std::array<int, 2> ends{};
     EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    // An ordinary pipe does as well where that is refused, if somebody reads it.
+    fcntl(ends[1], F_SETPIPE_SZ, 1 << 20);
     readEnd = owned(ends[0]);
     writeEnd = owned(ends[1]);
 }

@@ -66,7 +66,7 @@ OwnedHandle openHandle(const std::string & path, HandleAccess access);
 /// Opens a directory like a file for reading. The test fails where that fails.
 OwnedHandle openDirectory(const std::string & path);
 
-/// The two ends of a new pipe.
+/// The two ends of a new pipe, which holds a mebibyte where the system lets it.
 struct HandlePipe
 {
     HandlePipe();

@@ -13,7 +13,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 namespace
@@ -124,39 +123,6 @@ void checkArchive(std::string_view archive, const std::vector<const Item *> & ad
     EXPECT_EQ(at, end);
 }
 
-/// A pipe, and the thread that empties it.
-class Drain
-{
-public:
-    Drain() : m_thread([this] { m_bytes = testsupport::readToEnd(m_pipe.readEnd.get()); })
-    {
-    }
-    Drain(const Drain &) = delete;
-    Drain & operator=(const Drain &) = delete;
-    ~Drain()
-    {
-        bytes();
-    }
-
-    [[nodiscard]] testsupport::NativeHandle get() const
-    {
-        return m_pipe.writeEnd.get();
-    }
-
-    const std::string & bytes()
-    {
-        m_pipe.writeEnd.close();
-        if (m_thread.joinable())
-            m_thread.join();
-        return m_bytes;
-    }
-
-private:
-    testsupport::HandlePipe m_pipe;
-    std::string m_bytes;
-    std::thread m_thread;
-};
-
 class ZipWriterTorture : public testing::Test
 {
 protected:
@@ -209,14 +175,14 @@ private:
         if (target == Target::Handle)
             archiveFile = testsupport::openHandle(directory.text("archive"), HandleAccess::Write);
         if (target == Target::Pipe)
-            drain = std::make_unique<Drain>();
+            pipe = std::make_unique<testsupport::HandlePipe>();
         block.assign(target == Target::Block ? 1'000 : 0, '#');
     }
 
     void takeApart()
     {
         const UnseenAllocations unseen;
-        drain.reset();
+        pipe.reset();
         smallFile.close();
         archiveFile.close();
         directory.clear();
@@ -231,7 +197,7 @@ private:
         case Target::Handle:
             return CreateZipZ(archiveFile.get(), 0, ZipKindHandle);
         case Target::Pipe:
-            return CreateZipZ(drain->get(), 0, ZipKindHandle);
+            return CreateZipZ(pipe->writeEnd.get(), 0, ZipKindHandle);
         case Target::OwnMemory:
             return CreateZipZ(nullptr, 10'000, ZipKindMemory);
         default:
@@ -295,7 +261,10 @@ private:
             return;
         }
         if (target == Target::Pipe)
-            bytes = drain->bytes();
+        {
+            pipe->writeEnd.close();
+            bytes = testsupport::readToEnd(pipe->readEnd.get());
+        }
         else if (!isInMemory)
             bytes = directory.read("archive");
         // What a pipe has lost cannot be made up for.
@@ -309,7 +278,8 @@ private:
     std::wstring archivePath;
     testsupport::OwnedHandle smallFile;
     testsupport::OwnedHandle archiveFile;
-    std::unique_ptr<Drain> drain;
+    /// Holds all that goes through it, so that no other thread is needed.
+    std::unique_ptr<testsupport::HandlePipe> pipe;
     std::string block;
 };
 
