@@ -16,13 +16,12 @@
 
 #include "VontalBase/VontalBase.h"
 
-#include "console/LiveLine.h"
+#include "console/commands.h"
 #include "console/console.h"
 #include "console/tree.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -36,7 +35,6 @@
 namespace
 {
 
-using console::sizeText;
 using console::utf8;
 using qvbase::Reference;
 using qvbase::ReferencedImplMT;
@@ -64,6 +62,12 @@ u8string lastMessage(unsigned int (*format)(Vontal::ulong32, char *, unsigned in
 // ---------------------------------------------------------------------------------------------------
 // Progress
 
+u8string megabytes(std::uint64_t bytes)
+{
+    constexpr std::uint64_t megabyte = std::uint64_t{1024} * 1024;
+    return std::to_string((bytes + megabyte / 2) / megabyte) + " MB";
+}
+
 /// A bar with what is done, what there is, how fast it goes and how long it will take.
 class ProgressBar
 {
@@ -75,7 +79,8 @@ public:
         const double share = total == 0 ? 1.0 : static_cast<double>(done) / static_cast<double>(total);
         const auto filled = static_cast<std::size_t>(share * width);
         u8string text = "[" + std::string(filled, '#') + std::string(width - filled, ' ') + "] ";
-        text += size(done) + " of " + size(total) + ", " + size(static_cast<std::uint64_t>(rate)) + "/s";
+        text += megabytes(done) + " of " + megabytes(total) + ", " +
+                megabytes(static_cast<std::uint64_t>(rate)) + "/s";
         if (done != 0)
             text +=
                 ", " + std::to_string(static_cast<int>(static_cast<double>(total - done) / rate)) + " s left";
@@ -85,43 +90,7 @@ public:
 private:
     static constexpr std::size_t width = 24;
 
-    static u8string size(std::uint64_t bytes)
-    {
-        return sizeText(static_cast<std::int64_t>(bytes));
-    }
-
     const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-};
-
-//! [display]
-/// Shows the texts of a command on the terminal.
-class Display : public qvbase::LongRunCommandListener
-{
-public:
-    Display() = default;
-    Display(const Display &) = delete;
-    Display & operator=(const Display &) = delete;
-    virtual ~Display() = default;
-
-    void setText(qvbase::LongRunCommand *, const u8string & text) override
-    {
-        m_line.show(text);
-    }
-
-    void commandFinished(qvbase::LongRunCommand *, qvbase::TriState) override
-    {
-        m_line.clear();
-        m_isFinished = true;
-    }
-
-    [[nodiscard]] bool isFinished() const
-    {
-        return m_isFinished;
-    }
-
-private:
-    console::LiveLine m_line;
-    std::atomic<bool> m_isFinished{false};
 };
 
 /// Work that tells how far it is, and why it failed.
@@ -156,7 +125,6 @@ private:
     ProgressBar m_bar;
     VontalException m_error;
 };
-//! [display]
 
 // ---------------------------------------------------------------------------------------------------
 // Packing
@@ -281,8 +249,8 @@ protected:
         if (renaming)
             return refuse(error, __LINE__, "cannot write " + m_archive);
         unfinished.release();
-        std::cout << sources.all.size() << " items, " << sizeText(static_cast<std::int64_t>(sources.bytes))
-                  << ", " << sources.leftOut << " left out\n";
+        std::cout << sources.all.size() << " items, " << megabytes(sources.bytes) << ", " << sources.leftOut
+                  << " left out\n";
         return true;
     }
 
@@ -418,25 +386,9 @@ int failed(const u8string & story)
     return failure;
 }
 
-/// Runs a command and shows what goes on, until it has ended or the user interrupts.
 int run(const Reference<ArchiveCommand> & command)
 {
-    const Reference<Display> display(new ReferencedImplMT<Display>);
-    command->setListener(display);
-    Reference<qvbase::TaskExecutor> executor;
-    qvbase::createSimpleTaskExecutor(executor);
-    executor->addTask(command);
-    constexpr unsigned int pause = 20;
-    while (!display->isFinished())
-    {
-        if (console::wasInterrupted())
-            command->cancel();
-        // In vain while it runs, and not if the system had no thread to give before.
-        executor->start();
-        qvbase::sleep(pause);
-    }
-    executor->stop();
-    return command->getResult() == qvbase::TriStateYes ? 0 : failed(command->story());
+    return console::run(command) ? 0 : failed(command->story());
 }
 
 u8string withoutLastSeparators(const u8string & path)

@@ -10,10 +10,9 @@
 
 #include "VontalBase/VontalBase.h"
 
-#include "console/LiveLine.h"
+#include "console/commands.h"
 #include "console/console.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -199,38 +198,6 @@ private:
 };
 //! [command]
 
-/// Shows the texts of a command on the terminal.
-class Display : public qvbase::LongRunCommandListener
-{
-public:
-    Display() = default;
-    Display(const Display &) = delete;
-    Display & operator=(const Display &) = delete;
-    virtual ~Display() = default;
-
-    void setText(qvbase::LongRunCommand *, const u8string & text) override
-    {
-        m_line.show(text);
-    }
-
-    void commandFinished(qvbase::LongRunCommand *, qvbase::TriState result) override
-    {
-        m_line.clear();
-        if (result != qvbase::TriStateYes)
-            std::cerr << "no longer shown; the log goes on until the program ends\n";
-        m_isFinished = true;
-    }
-
-    [[nodiscard]] bool isFinished() const
-    {
-        return m_isFinished;
-    }
-
-private:
-    console::LiveLine m_line;
-    std::atomic<bool> m_isFinished{false};
-};
-
 /// An argument as the other side of a command line reads it: in quotes where it needs them, with a backslash
 /// in front of each quote, and with those that stand in front of one doubled.
 u8string quoted(const u8string & argument)
@@ -264,22 +231,9 @@ u8string joined(std::vector<u8string>::const_iterator begin, std::vector<u8strin
 /// Shows what goes on until the program has ended or the user interrupts.
 void watch(Monitor & monitor)
 {
-    const Reference<Display> display(new ReferencedImplMT<Display>);
     const Reference<WatchCommand> command(new ReferencedImplMT<WatchCommand>(monitor));
-    command->setListener(display);
-    Reference<qvbase::TaskExecutor> executor;
-    qvbase::createSimpleTaskExecutor(executor);
-    executor->addTask(command);
-    constexpr unsigned int pause = 20;
-    while (!display->isFinished())
-    {
-        if (console::wasInterrupted())
-            command->cancel();
-        // In vain while it runs, and not if the system had no thread to give before.
-        executor->start();
-        qvbase::sleep(pause);
-    }
-    executor->stop();
+    if (!console::run(command))
+        std::cerr << "no longer shown; the log goes on until the program ends\n";
 }
 
 int run(qvutils::LogFormaterInterface & log, const std::vector<u8string> & arguments)
