@@ -28,7 +28,7 @@ void ZipPtr::attach(HZIP__ * handle)
 bool ZipPtr::openZipFile(const Vontal::u8string & path)
 {
     Vontal::astring name = path.toAstring();
-    const HZIP opened = OpenZipU(name.data(), 0, ZipKindFile);
+    HZIP__ * const opened = OpenZipU(name.data(), 0, ZipKindFile);
     if (opened == nullptr)
         return false;
     attach(opened);

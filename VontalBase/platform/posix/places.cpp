@@ -93,7 +93,8 @@ std::wstring workingDirectory()
             return {};
         path.resize(2 * path.size());
     }
-    return wideFrom(std::string_view(path.data()));
+    path.resize(path.find('\0'));
+    return wideFrom(path);
 }
 
 std::string nativePath(const std::string & path)
