@@ -106,6 +106,9 @@ TEST(LogAtTheEndOfAProcess, ClosesCleanlyWhileThreadsLog)
         {
             ASSERT_TRUE(testsupport::hasDrives()) << lines.back();
         }
+        // What such a thread had begun to write comes again, or not at all.
+        if (testsupport::hasDrives())
+            --end;
         for (std::size_t i = 2; i < end; ++i)
             ASSERT_TRUE(hasForm(lines[i], "??:??:?? #*:thrId=*:file:7: still here")) << lines[i];
     }
