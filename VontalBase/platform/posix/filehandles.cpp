@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <limits>
+#include <optional>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -225,15 +226,19 @@ bool readBytesAt(
 
 bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
 {
-    PipeSignalBlock block;
+    // Asking costs less than keeping the signal away from what never raises it.
+    const bool isPipe = lseek(descriptorOf(handle), 0, SEEK_CUR) < 0;
+    std::optional<PipeSignalBlock> block;
+    if (isPipe)
+        block.emplace();
     bool hasFailed = false;
     count = transferAll("write file", size, hasFailed,
         [&](std::size_t offset, std::size_t length)
         {
             const ssize_t written =
                 ::write(descriptorOf(handle), static_cast<const char *>(data) + offset, length);
-            if (written < 0 && errno == EPIPE)
-                block.breakPipe();
+            if (written < 0 && errno == EPIPE && block)
+                block->breakPipe();
             return written;
         });
     return !hasFailed && count == size;
