@@ -4,6 +4,7 @@
 #include "VontalBase/disk/directories.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/platform/languages.h"
+#include "VontalBase/text/asciicase.h"
 #include "VontalBase/text/u8string.h"
 #include "VontalBase/utils/bundlefiles.h"
 
@@ -21,18 +22,10 @@ using Vontal::u8string;
 namespace
 {
 
-char lowerCase(char c) noexcept
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// Whether two names of languages are of one family.
 bool agree(std::string_view one, std::string_view other) noexcept
 {
-    const std::string_view family = familyOf(one);
-    const std::string_view otherFamily = familyOf(other);
-    return std::equal(family.begin(), family.end(), otherFamily.begin(), otherFamily.end(),
-        [](char a, char b) { return lowerCase(a) == lowerCase(b); });
+    return Vontal::isSameButForCase(familyOf(one), familyOf(other));
 }
 
 bool holdsBundle(const u8string & directory, const u8string & bundleName)

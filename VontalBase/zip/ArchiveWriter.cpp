@@ -1,5 +1,6 @@
 #include "VontalBase/zip/ArchiveWriter.h"
 
+#include "VontalBase/text/asciicase.h"
 #include "VontalBase/zip/zipformat.h"
 #include "VontalBase/zip/ziphandle.h"
 
@@ -36,7 +37,7 @@ constexpr std::size_t storedPiece = 16384;
 /// So much of the directory is one block.
 constexpr std::size_t directoryBlock = std::size_t{64} * 1024;
 
-/// Files with these extensions are compressed already; in lower case.
+/// Files with these extensions are compressed already.
 constexpr std::string_view storedExtensions[] = {".z", ".zip", ".zoo", ".arc", ".lzh", ".arj", ".gz", ".tgz"};
 
 bool isStored(std::string_view name)
@@ -45,13 +46,8 @@ bool isStored(std::string_view name)
     if (dot == std::string_view::npos)
         return false;
     const std::string_view extension = name.substr(dot);
-    const auto matches = [](char letter, char wanted)
-    {
-        return (letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter) == wanted;
-    };
     return std::any_of(std::begin(storedExtensions), std::end(storedExtensions),
-        [&](std::string_view stored)
-        { return std::equal(extension.begin(), extension.end(), stored.begin(), stored.end(), matches); });
+        [&](std::string_view stored) { return Vontal::isSameButForCase(extension, stored); });
 }
 
 std::size_t entrySize(std::string_view name)

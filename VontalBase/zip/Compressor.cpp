@@ -2,6 +2,7 @@
 
 #include "VontalBase/zip/zipsource.h"
 #include "VontalBase/zip/ziptarget.h"
+#include "VontalBase/zip/zlibstream.h"
 
 #include <new>
 #include <string_view>
@@ -13,19 +14,7 @@ namespace
 {
 
 constexpr int level = 8;
-/// The largest window; negative for a stream without a wrapper.
-constexpr int windowBits = -15;
 constexpr int memoryLevel = 8;
-
-void * takeMemory(void *, unsigned int count, unsigned int size)
-{
-    return ::operator new (std::size_t{count} * size, std::nothrow);
-}
-
-void giveMemory(void *, void * block)
-{
-    ::operator delete(block);
-}
 
 } // namespace
 
@@ -43,10 +32,9 @@ bool Compressor::begin() noexcept
         m_output.reset(new (std::nothrow) unsigned char[pieceSize]);
     if (m_output == nullptr)
         return false;
-    m_stream.zalloc = takeMemory;
-    m_stream.zfree = giveMemory;
+    useOwnMemory(m_stream);
     m_isReady =
-        deflateInit2(&m_stream, level, Z_DEFLATED, windowBits, memoryLevel, Z_DEFAULT_STRATEGY) == Z_OK;
+        deflateInit2(&m_stream, level, Z_DEFLATED, rawWindowBits, memoryLevel, Z_DEFAULT_STRATEGY) == Z_OK;
     return m_isReady;
 }
 

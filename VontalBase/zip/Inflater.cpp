@@ -1,28 +1,16 @@
 #include "VontalBase/zip/Inflater.h"
 
+#include "VontalBase/zip/zlibstream.h"
+
 #include <algorithm>
 #include <limits>
 #include <new>
-#include <zlib.h>
 
 namespace zip
 {
 
 namespace
 {
-
-/// The largest window, and no header round the stream.
-constexpr int rawWindowBits = -15;
-
-void * allocate(void *, unsigned int count, unsigned int size)
-{
-    return ::operator new (std::size_t{count} * size, std::nothrow);
-}
-
-void release(void *, void * block)
-{
-    ::operator delete(block);
-}
 
 uInt pieceOf(std::size_t size) noexcept
 {
@@ -46,8 +34,7 @@ void Inflater::start()
     if (m_stream != nullptr && inflateReset(m_stream.get()) == Z_OK)
         return;
     auto stream = std::make_unique<z_stream>();
-    stream->zalloc = allocate;
-    stream->zfree = release;
+    useOwnMemory(*stream);
     if (inflateInit2(stream.get(), rawWindowBits) != Z_OK)
         throw std::bad_alloc();
     m_stream.reset(stream.release());

@@ -1,20 +1,12 @@
 #include "VontalBase/zip/NameIndex.h"
 
+#include "VontalBase/text/asciicase.h"
+
 #include <algorithm>
 #include <tuple>
 
 namespace zip
 {
-
-namespace
-{
-
-char foldAscii(char letter) noexcept
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-} // namespace
 
 std::string_view NameIndex::text(const Key & key) const noexcept
 {
@@ -27,7 +19,7 @@ void NameIndex::append(std::string & text, std::string_view name) const
     text += name;
     if (m_case == Case::AsciiIgnored)
         std::transform(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(),
-            text.begin() + static_cast<std::ptrdiff_t>(start), foldAscii);
+            text.begin() + static_cast<std::ptrdiff_t>(start), Vontal::lowerAscii);
 }
 
 void NameIndex::start(std::size_t count, std::size_t bytes)

@@ -7,6 +7,7 @@
 #include "VontalBase/text/astring.h"
 #include "VontalBase/zip/ZipPtr.h"
 #include "VontalBase/zip/unzip.h"
+#include "VontalBase/zip/zipoutput.h"
 #include "VontalBase/zip/zipreader.h"
 
 #include <new>
@@ -65,35 +66,6 @@ bool refuseForMemory(VontalException & error, const Step & step) noexcept
     }
 }
 
-/// A file that is open for writing.
-class OutputFile
-{
-public:
-    explicit OutputFile(const std::wstring & path)
-        : m_handle(platform::createForWriting(path, platform::attribute::normal))
-    {
-    }
-    OutputFile(const OutputFile &) = delete;
-    OutputFile & operator=(const OutputFile &) = delete;
-    ~OutputFile()
-    {
-        if (isOpen())
-            platform::closeHandle(m_handle);
-    }
-
-    [[nodiscard]] bool isOpen() const noexcept
-    {
-        return platform::isHandle(m_handle);
-    }
-    [[nodiscard]] platform::Handle get() const noexcept
-    {
-        return m_handle;
-    }
-
-private:
-    platform::Handle m_handle;
-};
-
 /// Unpacks items one by one into a directory.
 class Unpacking
 {
@@ -140,11 +112,11 @@ private:
         if (!makeParent(qvdisk::extractParentDir(name)))
             return false;
         m_step.set(lineOfFile, "Failed to create file: ", name);
-        const OutputFile file(path);
+        const zip::Output file(path, platform::attribute::normal);
         if (!file.isOpen())
             return false;
         m_step.set(lineOfUnzipping, "Failed to unzip file: ", name);
-        return UnzipItem(m_archive, index, file.get(), 0, ZipKindHandle) == 0;
+        return UnzipItem(m_archive, index, file.handle(), 0, ZipKindHandle) == 0;
     }
 
     HZIP m_archive;

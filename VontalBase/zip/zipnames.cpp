@@ -1,5 +1,6 @@
 #include "VontalBase/zip/zipnames.h"
 
+#include "VontalBase/text/asciicase.h"
 #include "VontalBase/text/utf.h"
 
 #include <algorithm>
@@ -16,18 +17,7 @@ constexpr std::string_view separators = "/\\";
 
 bool isLetter(char c) noexcept
 {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-char raised(char c) noexcept
-{
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-bool isSameName(std::string_view one, std::string_view raisedOther) noexcept
-{
-    return std::equal(one.begin(), one.end(), raisedOther.begin(), raisedOther.end(),
-        [](char a, char b) { return raised(a) == b; });
+    return Vontal::lowerAscii(c) >= 'a' && Vontal::lowerAscii(c) <= 'z';
 }
 
 /// Whether this is what may follow COM and LPT: a digit, or one of the three that are raised.
@@ -45,13 +35,14 @@ bool isDevice(std::string_view component) noexcept
     std::string_view stem = component.substr(0, component.find_first_of(".:"));
     stem = stem.substr(0, stem.find_last_not_of(' ') + 1);
     if (std::any_of(devices.begin(), devices.end(),
-            [&](std::string_view device) { return isSameName(stem, device); }))
+            [&](std::string_view device) { return Vontal::isSameButForCase(stem, device); }))
     {
         return true;
     }
     constexpr std::size_t portLength = 3;
     const std::string_view port = stem.substr(0, portLength);
-    return (isSameName(port, "COM") || isSameName(port, "LPT")) && isDeviceNumber(stem.substr(portLength));
+    return (Vontal::isSameButForCase(port, "COM") || Vontal::isSameButForCase(port, "LPT")) &&
+           isDeviceNumber(stem.substr(portLength));
 }
 
 /// The parts of a name between its separators.

@@ -36,6 +36,12 @@ public:
 
     [[nodiscard]] bool isOpen() const noexcept;
 
+    /// What is written to; it stays this one's.
+    [[nodiscard]] platform::Handle handle() const noexcept
+    {
+        return m_handle;
+    }
+
     bool write(const void * data, std::size_t size) noexcept;
 
     /// Dates a file of the disk; what else there is stays as it is. No failure is told.

@@ -3,7 +3,6 @@
 #include "VontalBase/zip/ArchiveReader.h"
 #include "VontalBase/zip/zipentry.h"
 
-#include <atomic>
 #include <memory>
 #include <new>
 
@@ -13,14 +12,7 @@ using zip::Result;
 namespace
 {
 
-// Kept: one for all handles and threads.
-std::atomic<Result> lastResult{zip::result::success};
-
-Result record(Result result) noexcept
-{
-    lastResult.store(result, std::memory_order_relaxed);
-    return result;
-}
+constinit zip::LastResult lastResult;
 
 /// Does something and records its result.
 template <class Action>
@@ -28,11 +20,11 @@ Result perform(Action action) noexcept
 {
     try
     {
-        return record(action());
+        return lastResult.record(action());
     }
     catch (const std::bad_alloc &)
     {
-        return record(zip::result::noMemory);
+        return lastResult.record(zip::result::noMemory);
     }
 }
 
@@ -40,10 +32,9 @@ Result perform(Action action) noexcept
 template <class Action>
 Result performOn(HZIP handle, Action action) noexcept
 {
-    if (handle == nullptr)
-        return record(zip::result::faultyArguments);
-    if (handle->kind != zip::side::reader)
-        return record(zip::result::mixedHandles);
+    const Result checked = zip::checkHandle(handle, zip::side::reader);
+    if (checked != zip::result::success)
+        return lastResult.record(checked);
     auto & reader = *static_cast<ArchiveReader *>(handle->state);
     const Result result = perform([&] { return action(reader); });
     if (result == zip::result::noMemory)
@@ -165,7 +156,7 @@ Vontal::ulong32 UnzipItem(HZIP hz, int index, void * dst, unsigned int len, Vont
 
 unsigned int FormatZipMessageU(Vontal::ulong32 code, char * buf, unsigned int len)
 {
-    return zip::formatMessage(code, lastResult.load(std::memory_order_relaxed), buf, len);
+    return zip::formatMessage(code, lastResult.get(), buf, len);
 }
 
 bool IsZipHandleU(HZIP hz)

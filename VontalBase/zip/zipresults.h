@@ -4,6 +4,9 @@
 #pragma once
 
 #include "VontalBase/text/integers.h"
+#include "VontalBase/zip/ziphandle.h"
+
+#include <atomic>
 
 namespace zip
 {
@@ -49,6 +52,36 @@ namespace side
 constexpr Vontal::ulong32 reader = 1;
 constexpr Vontal::ulong32 writer = 2;
 } // namespace side
+
+/// Whether a handle is that of one side.
+/// @param wanted one of `side`.
+/// @return success, or what a call with such a handle gives.
+inline Result checkHandle(HZIP handle, Vontal::ulong32 wanted) noexcept
+{
+    if (handle == nullptr)
+        return result::faultyArguments;
+    return handle->kind == wanted ? result::success : result::mixedHandles;
+}
+
+/// The last result of one side. Kept: it is one for all handles and threads.
+class LastResult
+{
+public:
+    /// Takes a result down, and gives it on.
+    Result record(Result newResult) noexcept
+    {
+        m_result.store(newResult, std::memory_order_relaxed);
+        return newResult;
+    }
+
+    [[nodiscard]] Result get() const noexcept
+    {
+        return m_result.load(std::memory_order_relaxed);
+    }
+
+private:
+    std::atomic<Result> m_result{result::success};
+};
 
 /// Copies the text for a code, or as much of it as there is room for, with a NUL behind it.
 /// @param lastResult what stands for `result::last`.

@@ -6,7 +6,6 @@
 #include "VontalBase/zip/foldercontent.h"
 #include "VontalBase/zip/zipresults.h"
 
-#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -20,21 +19,16 @@ namespace
 using zip::ArchiveWriter;
 using zip::Result;
 
-/// Of all handles and threads.
-constinit std::atomic<Result> lastResult{zip::result::success};
+constinit zip::LastResult lastResult;
 
 Result record(Result result) noexcept
 {
-    lastResult.store(result, std::memory_order_relaxed);
-    return result;
+    return lastResult.record(result);
 }
 
-/// Whether a handle is that of a writer; the result tells what it is otherwise.
 Result checkHandle(HZIP hz) noexcept
 {
-    if (hz == nullptr)
-        return zip::result::faultyArguments;
-    return hz->kind == zip::side::writer ? zip::result::success : zip::result::mixedHandles;
+    return zip::checkHandle(hz, zip::side::writer);
 }
 
 ArchiveWriter & writerOf(HZIP hz) noexcept
@@ -154,7 +148,7 @@ int AddFolderContent(HZIP hz, wchar_t * absolutePath, wchar_t * dirToAdd)
 
 unsigned int FormatZipMessageZ(Vontal::ulong32 code, char * buf, unsigned int len)
 {
-    return zip::formatMessage(code, lastResult.load(std::memory_order_relaxed), buf, len);
+    return zip::formatMessage(code, lastResult.get(), buf, len);
 }
 
 bool IsZipHandleZ(HZIP hz)

@@ -21,8 +21,6 @@ namespace platform
 namespace
 {
 
-constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
-
 /// Opens a file and makes it ready. One that was made for nothing is removed.
 Handle open(const char * service, const std::wstring & path, const OpenMode & mode, mode_t fileMode)
 {

@@ -18,7 +18,6 @@ namespace platform
 namespace
 {
 
-constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
 constexpr mode_t usualDirectoryMode = S_IRWXU | S_IRWXG | S_IRWXO;
 
 enum class Links

@@ -6,10 +6,13 @@
 #include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
 namespace platform
 {
+
+/// Those who may write to a file; one without any of them is read-only.
+constexpr mode_t writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
 
 /// The mode of a file that is made for everybody, before the process's mask.
 constexpr mode_t usualFileMode = 0666;
