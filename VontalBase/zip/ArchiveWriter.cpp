@@ -1,7 +1,6 @@
 #include "VontalBase/zip/ArchiveWriter.h"
 
 #include "VontalBase/text/asciicase.h"
-#include "VontalBase/zip/zipformat.h"
 #include "VontalBase/zip/ziphandle.h"
 
 #include <algorithm>
@@ -124,6 +123,19 @@ void ArchiveWriter::recover() noexcept
     m_written = static_cast<std::uint32_t>(m_target.recover(m_written));
 }
 
+/// What an item's header and its entry have both, in one piece.
+void ArchiveWriter::putCommonFields(FieldWriter & fields, const Item & item) const noexcept
+{
+    fields.put16(versionNeeded);
+    fields.put16(item.flags);
+    fields.put16(item.method);
+    fields.put32(m_source.properties().dosTimestamp);
+    fields.put32(item.crc);
+    fields.put32(item.compressedSize);
+    fields.put32(item.uncompressedSize);
+    fields.put16(static_cast<std::uint16_t>(item.name.size()));
+}
+
 bool ArchiveWriter::writeLocalHeader(const Item & item) noexcept
 {
     // Each field goes to the target by itself: that decides how far memory grows. A field that is refused
@@ -133,14 +145,7 @@ bool ArchiveWriter::writeLocalHeader(const Item & item) noexcept
     const Properties & properties = m_source.properties();
     FieldWriter fields(header.data());
     fields.put32(format::localHeaderSignature);
-    fields.put16(versionNeeded);
-    fields.put16(item.flags);
-    fields.put16(item.method);
-    fields.put32(properties.dosTimestamp);
-    fields.put32(item.crc);
-    fields.put32(item.compressedSize);
-    fields.put32(item.uncompressedSize);
-    fields.put16(static_cast<std::uint16_t>(item.name.size()));
+    putCommonFields(fields, item);
     fields.put16(localExtraSize);
     const char * from = header.data();
     for (const std::size_t size : fieldSizes)
@@ -234,14 +239,7 @@ void ArchiveWriter::keepEntry(const Item & item) noexcept
     FieldWriter fields(record.data());
     fields.put32(format::centralRecordSignature);
     fields.put16(versionMadeBy);
-    fields.put16(versionNeeded);
-    fields.put16(item.flags);
-    fields.put16(item.method);
-    fields.put32(properties.dosTimestamp);
-    fields.put32(item.crc);
-    fields.put32(item.compressedSize);
-    fields.put32(item.uncompressedSize);
-    fields.put16(static_cast<std::uint16_t>(item.name.size()));
+    putCommonFields(fields, item);
     fields.put16(centralExtraSize);
     fields.put16(0); // length of the comment
     fields.put16(0); // disk

@@ -5,6 +5,7 @@
 
 #include "VontalBase/text/integers.h"
 #include "VontalBase/zip/Compressor.h"
+#include "VontalBase/zip/zipformat.h"
 #include "VontalBase/zip/zipresults.h"
 #include "VontalBase/zip/zipsource.h"
 #include "VontalBase/zip/ziptarget.h"
@@ -71,6 +72,7 @@ private:
 
     Result write(Item & item) noexcept;
     void recover() noexcept;
+    void putCommonFields(format::FieldWriter & fields, const Item & item) const noexcept;
     bool writeLocalHeader(const Item & item) noexcept;
     bool writeData(const Item & item, std::uint32_t & size) noexcept;
     bool store(std::uint32_t & size) noexcept;

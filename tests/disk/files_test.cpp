@@ -10,6 +10,7 @@
 #include "disk/disksupport.h"
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
+#include "support/WorkingDirectory.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -22,6 +23,7 @@ namespace
 {
 
 using testsupport::TempDirectory;
+using testsupport::WorkingDirectory;
 using Vontal::u8string;
 
 namespace fs = std::filesystem;
@@ -103,25 +105,6 @@ TEST(FileExists, KeepsTheFormsApartForADirectoryWithABackslash)
     EXPECT_FALSE(qvdisk::fileExists(path + "\\")) << "one backslash alone does not matter";
     directory.clear();
 }
-
-/// While the object lives, relative paths begin in a directory.
-class WorkingDirectory
-{
-public:
-    explicit WorkingDirectory(const fs::path & directory) : m_before(fs::current_path())
-    {
-        fs::current_path(directory);
-    }
-    WorkingDirectory(const WorkingDirectory &) = delete;
-    WorkingDirectory & operator=(const WorkingDirectory &) = delete;
-    ~WorkingDirectory()
-    {
-        fs::current_path(m_before);
-    }
-
-private:
-    fs::path m_before;
-};
 
 TEST(Paths, NameNothingByADriveOrAShareInAnyFormWhereThereAreNone)
 {

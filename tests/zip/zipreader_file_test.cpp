@@ -6,6 +6,7 @@
 #include "support/ResourceSnapshot.h"
 #include "support/SecondsNow.h"
 #include "support/TempDirectory.h"
+#include "support/WorkingDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/OpenArchive.h"
 
@@ -23,31 +24,13 @@ using testsupport::HandleAccess;
 using testsupport::openHandle;
 using testsupport::OwnedHandle;
 using testsupport::TempDirectory;
+using testsupport::WorkingDirectory;
 
 namespace fs = std::filesystem;
 
 constexpr unsigned long noFile = 0x200;
 constexpr unsigned long writeFailed = 0x400;
 constexpr unsigned long faultyArguments = 0x10000;
-
-/// While the object lives, a directory is the working one.
-class WorkingDirectory
-{
-public:
-    explicit WorkingDirectory(const fs::path & path) : m_before(fs::current_path())
-    {
-        fs::current_path(path);
-    }
-    WorkingDirectory(const WorkingDirectory &) = delete;
-    WorkingDirectory & operator=(const WorkingDirectory &) = delete;
-    ~WorkingDirectory()
-    {
-        fs::current_path(m_before);
-    }
-
-private:
-    fs::path m_before;
-};
 
 unsigned long unzipTo(const OpenArchive & archive, int index, const std::string & path)
 {

@@ -463,54 +463,6 @@ TEST(ZipHandles, HoldTheKindOfAReader)
     EXPECT_EQ(archive.get()->kind, 1U);
 }
 
-TEST(FormatZipMessage, GivesTheTextOfEachCode)
-{
-    struct Row
-    {
-        Vontal::ulong32 code;
-        const char * text;
-    };
-    const Row rows[] = {{0, "Success"}, {0x100, "Culdn't duplicate handle"},
-        {0x200, "Couldn't create/open file"}, {0x300, "Failed to allocate memory"},
-        {0x400, "Error writing to file"}, {0x500, "File not found in the zipfile"},
-        {0x600, "Still more data to unzip"}, {0x700, "Zipfile is corrupt or not a zipfile"},
-        {0x800, "Error reading file"}, {0x10000, "Caller: faulty arguments"},
-        {0x20000, "Caller: can only get memory of a memory zipfile"},
-        {0x30000, "Caller: not enough space allocated for memory zipfile"},
-        {0x40000, "Caller: there was a previous error"},
-        {0x50000, "Caller: additions to the zip have already been ended"},
-        {0x60000, "Zip-bug: the anticipated size turned out wrong"},
-        {0x70000, "Caller: the file had already been partially unzipped"},
-        {0x80000, "Caller: mixing creation and opening of zip"},
-        {0x1000000, "Zip-bug: internal initialisation not completed"},
-        {0x2000000, "Zip-bug: trying to seek the unseekable"},
-        {0x4000000, "Zip-bug: tried to change mind, but not allowed"},
-        {0x5000000, "Zip-bug: an internal error during flation"}, {2, "unknown zip result code"},
-        {0xFFFFFFFF, "unknown zip result code"}, {0xFFFFFF99, "unknown zip result code"}};
-    for (const Row & row : rows)
-    {
-        SCOPED_TRACE(row.text);
-        std::array<char, 100> text{};
-        const std::size_t length = std::string(row.text).size();
-        EXPECT_EQ(FormatZipMessageU(row.code, text.data(), text.size()), length);
-        EXPECT_STREQ(text.data(), row.text);
-        EXPECT_EQ(FormatZipMessageU(row.code, nullptr, 100), length);
-    }
-}
-
-TEST(FormatZipMessage, CopiesWhatThereIsRoomFor)
-{
-    std::string text = "??????????";
-    EXPECT_EQ(FormatZipMessageU(0, text.data(), 5), 7U);
-    EXPECT_EQ(text, std::string("Succ\0?????", 10));
-    EXPECT_EQ(FormatZipMessageU(0, text.data(), 1), 7U);
-    EXPECT_EQ(text, std::string("\0ucc\0?????", 10));
-    EXPECT_EQ(FormatZipMessageU(0x400, text.data(), 0), 21U);
-    EXPECT_EQ(text, std::string("\0ucc\0?????", 10));
-    EXPECT_EQ(FormatZipMessageU(0, text.data(), 8), 7U);
-    EXPECT_EQ(text, std::string("Success\0??", 10));
-}
-
 TEST(FormatZipMessage, TellsTheLastResultOfAnyHandleForCode1)
 {
     const OpenArchive one(smallArchive());

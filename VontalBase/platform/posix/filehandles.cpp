@@ -4,6 +4,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/descriptors.h"
 #include "VontalBase/platform/posix/openfile.h"
+#include "VontalBase/platform/posix/transfer.h"
 
 #include <cerrno>
 #include <csignal>
@@ -43,33 +44,6 @@ void makeReadOnly(int descriptor) noexcept
     };
     if (fstat(descriptor, &status) == 0 && (status.st_mode & writeBits) != 0)
         fchmod(descriptor, status.st_mode & ~writeBits & 07777U);
-}
-
-/// One call of the system for a piece, again and again until none of it is left.
-///
-/// @param transfer takes the place of the piece and its size, gives what `read` and `write` give.
-/// @return how much was done before the system refused, or gave nothing; `hasFailed` tells which.
-template <class Transfer>
-std::size_t transferAll(const char * service, std::size_t size, bool & hasFailed, Transfer transfer) noexcept
-{
-    GateAnswer answer = passGate(service);
-    hasFailed = answer == GateAnswer::Fail;
-    std::size_t done = 0;
-    while (done < size && !hasFailed)
-    {
-        const std::size_t left = size - done;
-        const bool isInterrupted = answer == GateAnswer::Interrupt;
-        const ssize_t count =
-            isInterrupted ? -1 : transfer(done, answer == GateAnswer::CutShort ? (left + 1) / 2 : left);
-        answer = GateAnswer::Pass;
-        if (count == 0)
-            break;
-        if (count > 0)
-            done += static_cast<std::size_t>(count);
-        else
-            hasFailed = !isInterrupted && errno != EINTR;
-    }
-    return done;
 }
 
 /// What a reading has come to: a failure is one only where no byte came before it.

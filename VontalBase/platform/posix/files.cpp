@@ -4,6 +4,7 @@
 #include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/platform/posix/openfile.h"
+#include "VontalBase/platform/posix/transfer.h"
 
 #include <array>
 #include <cerrno>
@@ -64,53 +65,19 @@ bool readFileStatus(const KernelPath & path, FileStatus & result)
     return true;
 }
 
-/// Reads a piece of a file for a copy. -1 on failure.
-ssize_t readPiece(int descriptor, char * buffer, std::size_t size)
-{
-    const GateAnswer answer = passGate("read for copy");
-    if (answer == GateAnswer::Fail)
-        return -1;
-    bool isInterrupted = answer == GateAnswer::Interrupt;
-    for (;;)
-    {
-        const ssize_t count = isInterrupted ? -1 : read(descriptor, buffer, size);
-        if (count >= 0 || (!isInterrupted && errno != EINTR))
-            return count;
-        isInterrupted = false;
-    }
-}
-
-/// Writes the whole piece, however often the system takes a part of it.
-bool writePiece(int descriptor, const char * data, std::size_t size)
-{
-    GateAnswer answer = passGate("write for copy");
-    if (answer == GateAnswer::Fail)
-        return false;
-    while (size > 0)
-    {
-        const std::size_t part = answer == GateAnswer::CutShort ? (size + 1) / 2 : size;
-        const ssize_t count = answer == GateAnswer::Interrupt ? -1 : write(descriptor, data, part);
-        if (count < 0 && answer != GateAnswer::Interrupt && errno != EINTR)
-            return false;
-        answer = GateAnswer::Pass;
-        if (count > 0)
-        {
-            data += count;
-            size -= static_cast<std::size_t>(count);
-        }
-    }
-    return true;
-}
-
 bool copyBytes(int from, int to)
 {
     std::array<char, 65536> buffer;
     for (;;)
     {
-        const ssize_t count = readPiece(from, buffer.data(), buffer.size());
-        if (count <= 0)
-            return count == 0;
-        if (!writePiece(to, buffer.data(), static_cast<std::size_t>(count)))
+        bool hasFailed = false;
+        const std::size_t count = transferAll("read for copy", buffer.size(), hasFailed,
+            [&](std::size_t offset, std::size_t length) { return read(from, &buffer[offset], length); });
+        if (hasFailed || count == 0)
+            return !hasFailed;
+        const std::size_t written = transferAll("write for copy", count, hasFailed,
+            [&](std::size_t offset, std::size_t length) { return write(to, &buffer[offset], length); });
+        if (written != count)
             return false;
     }
 }
