@@ -3,7 +3,7 @@
 #include "VontalBase/core/earthtimeparts.h"
 #include "VontalBase/platform/calendar.h"
 #include "VontalBase/platform/clock.h"
-#include "VontalBase/platform/filetime.h"
+#include "VontalBase/platform/filetimeunits.h"
 
 #include <algorithm>
 #include <compare>
@@ -27,8 +27,8 @@ std::int64_t timeOfDay(std::int64_t hour, std::int64_t minute, std::int64_t seco
 
 std::int64_t secondsOf(const _FILETIME & fileTime) noexcept
 {
-    const std::uint64_t units = (std::uint64_t{fileTime.dwHighDateTime} << 32) | fileTime.dwLowDateTime;
-    return static_cast<std::int64_t>(units / platform::fileTimeUnits) - platform::secondsFrom1601To1970;
+    return static_cast<std::int64_t>(platform::unitsOf(fileTime) / platform::fileTimeUnits) -
+           platform::secondsFrom1601To1970;
 }
 
 EarthTime fromCivil(const platform::CivilTime & civil) noexcept

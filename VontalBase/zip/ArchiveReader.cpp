@@ -1,6 +1,7 @@
 #include "VontalBase/zip/ArchiveReader.h"
 
 #include "VontalBase/platform/filehandles.h"
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/places.h"
 #include "VontalBase/text/utf.h"
 #include "VontalBase/zip/zipentry.h"
@@ -202,7 +203,8 @@ Result ArchiveReader::extract(int index, Output & output, const ZIPENTRY * entry
     if (!isPassed)
         return result::writeFailed;
     if (entry != nullptr)
-        output.setTimes(unitsOf(entry->ctime), unitsOf(entry->atime), unitsOf(entry->mtime));
+        output.setTimes(platform::unitsOf(entry->ctime), platform::unitsOf(entry->atime),
+            platform::unitsOf(entry->mtime));
     return result::success;
 }
 

@@ -3,6 +3,7 @@
 #include "VontalBase/concurrency/InterruptAskable.h"
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/files.h"
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/places.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/astring.h"
@@ -344,8 +345,8 @@ private:
         const zip::UtTimes times =
             zip::findUtTimes(extra.first(std::min<std::size_t>(extra.size(), m_header.extraLength)));
         const ZIPENTRY told = zip::entryOf(0, {}, entry, times);
-        platform::setFileTimes(
-            file, zip::unitsOf(told.ctime), zip::unitsOf(told.atime), zip::unitsOf(told.mtime));
+        platform::setFileTimes(file, platform::unitsOf(told.ctime), platform::unitsOf(told.atime),
+            platform::unitsOf(told.mtime));
     }
 
     zip::OpenArchive & m_archive;

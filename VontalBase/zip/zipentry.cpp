@@ -1,6 +1,7 @@
 #include "VontalBase/zip/zipentry.h"
 
 #include "VontalBase/platform/filehandles.h"
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/text/utf.h"
 #include "VontalBase/zip/ziptimes.h"
 
@@ -20,14 +21,6 @@ namespace external
 constexpr std::uint32_t directory = 0x40000010;
 constexpr std::uint32_t ownerMayWrite = 0x00800000;
 } // namespace external
-
-FILETIME fileTime(std::uint64_t units) noexcept
-{
-    FILETIME time{};
-    time.dwLowDateTime = static_cast<std::uint32_t>(units & 0xFFFFFFFFU);
-    time.dwHighDateTime = static_cast<std::uint32_t>(units >> 32);
-    return time;
-}
 
 } // namespace
 
@@ -58,10 +51,10 @@ ZIPENTRY entryOf(
     ZIPENTRY told = emptyEntry(index);
     std::copy(name.begin(), name.end(), std::begin(told.name));
     told.attr = attributesOf(entry.externalAttributes);
-    const FILETIME dosTime = fileTime(fileTimeOfDosDate(entry.dosTimestamp));
+    const FILETIME dosTime = platform::fileTimeOf(fileTimeOfDosDate(entry.dosTimestamp));
     const auto timeOf = [&](const std::optional<std::int32_t> & seconds)
     {
-        return seconds ? fileTime(fileTimeOfSeconds(*seconds)) : dosTime;
+        return seconds ? platform::fileTimeOf(fileTimeOfSeconds(*seconds)) : dosTime;
     };
     told.atime = timeOf(times.access);
     told.ctime = timeOf(times.creation);
@@ -86,11 +79,6 @@ ZIPENTRYW wideEntryOf(const ZIPENTRY & entry)
     wide.compressedSize = entry.compressedSize;
     wide.uncompressedSize = entry.uncompressedSize;
     return wide;
-}
-
-std::uint64_t unitsOf(const FILETIME & time) noexcept
-{
-    return (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
 }
 
 } // namespace zip

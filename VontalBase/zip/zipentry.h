@@ -27,7 +27,4 @@ ZIPENTRY entryOf(
 /// The same entry with its name wide. Throws `std::bad_alloc`.
 ZIPENTRYW wideEntryOf(const ZIPENTRY & entry);
 
-/// The count of a file time.
-std::uint64_t unitsOf(const FILETIME & time) noexcept;
-
 } // namespace zip

@@ -1,5 +1,6 @@
 #include "VontalBase/platform/clock.h"
 
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
 #include <ctime>
@@ -18,7 +19,7 @@ std::uint64_t systemFileTimeNow() noexcept
 {
     FILETIME now{};
     GetSystemTimeAsFileTime(&now);
-    return (std::uint64_t{now.dwHighDateTime} << 32) | now.dwLowDateTime;
+    return unitsOf(now);
 }
 
 void refreshTimeZone() noexcept

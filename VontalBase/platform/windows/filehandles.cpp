@@ -1,5 +1,6 @@
 #include "VontalBase/platform/filehandles.h"
 
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/kernelpath.h"
 #include "VontalBase/platform/windows/windows_headers.h"
@@ -68,16 +69,6 @@ bool readAll(Handle handle, const std::uint64_t * position, char * buffer, std::
 std::uint64_t joined(DWORD high, DWORD low) noexcept
 {
     return (std::uint64_t{high} << 32) | low;
-}
-
-std::uint64_t unitsOf(const FILETIME & time) noexcept
-{
-    return joined(time.dwHighDateTime, time.dwLowDateTime);
-}
-
-FILETIME timeOf(std::uint64_t units) noexcept
-{
-    return {static_cast<DWORD>(units & 0xFFFFFFFFU), static_cast<DWORD>(units >> 32)};
 }
 
 bool moveTo(Handle handle, LONGLONG distance, DWORD from, std::uint64_t & position) noexcept
@@ -217,9 +208,9 @@ bool readFileInformation(Handle handle, FileInformation & information) noexcept
 bool setFileTimes(
     Handle handle, std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept
 {
-    const FILETIME creation = timeOf(created);
-    const FILETIME access = timeOf(accessed);
-    const FILETIME change = timeOf(changed);
+    const FILETIME creation = fileTimeOf(created);
+    const FILETIME access = fileTimeOf(accessed);
+    const FILETIME change = fileTimeOf(changed);
     return !gateFails("set file times") && SetFileTime(handle, &creation, &access, &change) != FALSE;
 }
 

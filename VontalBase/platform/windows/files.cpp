@@ -1,5 +1,7 @@
 #include "VontalBase/platform/files.h"
 
+#include "VontalBase/platform/clock.h"
+#include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/windows/kernelpath.h"
@@ -23,10 +25,6 @@ namespace
 constexpr unsigned int regularBit = 0x8000;
 constexpr unsigned int directoryBit = 0x4000;
 
-/// Seconds from the beginning of 1601 to that of 1970.
-constexpr std::int64_t secondsTo1970 = 11644473600;
-constexpr std::int64_t ticksOfSecond = 10000000;
-
 void translate(const struct _stat64 & from, FileStatus & to)
 {
     to.kind = FileStatus::Kind::Other;
@@ -38,11 +36,6 @@ void translate(const struct _stat64 & from, FileStatus & to)
     to.modificationTime = from.st_mtime;
 }
 
-std::int64_t joined(DWORD high, DWORD low)
-{
-    return static_cast<std::int64_t>((static_cast<std::uint64_t>(high) << 32) | low);
-}
-
 /// The runtime takes the question mark of an extended path for a wildcard, so the system is asked itself.
 bool readExtendedStatus(const std::wstring & path, FileStatus & status)
 {
@@ -51,10 +44,9 @@ bool readExtendedStatus(const std::wstring & path, FileStatus & status)
         return false;
     status.kind = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileStatus::Kind::Directory
                                                                           : FileStatus::Kind::Regular;
-    status.size = joined(data.nFileSizeHigh, data.nFileSizeLow);
+    status.size = static_cast<std::int64_t>((std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow);
     status.modificationTime =
-        joined(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime) / ticksOfSecond -
-        secondsTo1970;
+        static_cast<std::int64_t>(unitsOf(data.ftLastWriteTime) / fileTimeUnits) - secondsFrom1601To1970;
     return true;
 }
 
