@@ -3,6 +3,9 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include <cstdio>
+#include <string>
+
 namespace
 {
 
@@ -43,15 +46,19 @@ public:
     {
         output.append(data, size);
     }
-    void onError(const char *, unsigned int) override
+    void onError(const char * data, unsigned int size) override
     {
+        errors.append(data, size);
     }
-    void onFinished(unsigned int) override
+    void onFinished(unsigned int code) override
     {
+        exitCode = code;
         m_done.release();
     }
 
     std::string output;
+    std::string errors;
+    unsigned int exitCode = 0;
 
 private:
     qvbase::Semaphore & m_done;
@@ -75,9 +82,16 @@ bool runsAChild(const char * program, const char * arguments, const char * outpu
     const Reference<Monitor> monitor(new ReferencedImplMT<Monitor>(done));
     qvbase::ProcessRunner runner;
     if (!runner.run(program, arguments, monitor, nullptr))
+    {
+        std::puts("the child was not started");
         return false;
+    }
     done.acquire();
-    return monitor->output == output;
+    if (monitor->output == output)
+        return true;
+    std::printf("the child ended with %u and said \"%s\" and \"%s\"\n", monitor->exitCode,
+        monitor->output.c_str(), monitor->errors.c_str());
+    return false;
 }
 
 /// Looks up a text of the process's manager for ever.
@@ -116,16 +130,19 @@ bool readsAndWrites(const u8string & directory)
 
 } // namespace
 
-/// Uses what has threads, locks, streams and static objects. @return 0, or the number of the step that
-/// failed.
+/// Uses what has threads, locks, streams and static objects. @param tries how often the child may be started
+/// until it says what it should. @return 0, or the number of the step that failed.
 extern "C" int useTheLibrary(
-    const char * directory, const char * program, const char * arguments, const char * output)
+    const char * directory, const char * program, const char * arguments, const char * output, int tries)
 {
     if (!qvutils::initSystemLog(u8string(directory) + "\\", "log", 1024))
         return 1;
     if (!runsATask())
         return 2;
-    if (!runsAChild(program, arguments, output))
+    bool hasRun = false;
+    for (int i = 0; i < tries && !hasRun; ++i)
+        hasRun = runsAChild(program, arguments, output);
+    if (!hasRun)
         return 3;
     if (!readsAndWrites(directory))
         return 4;
