@@ -1,5 +1,6 @@
 #include "VontalBase/disk/directories.h"
 
+#include "VontalBase/disk/missingdirectories.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/disk/trees.h"
 #include "VontalBase/platform/files.h"
@@ -46,18 +47,24 @@ bool createDirectory(const Vontal::u8string & path)
 
 bool createDirectories(const Vontal::u8string & path)
 {
-    const Vontal::pstring whole(path);
-    std::size_t rootLength = 0;
-    if (!readRootLength(whole, rootLength))
+    return createMissingDirectories(Vontal::pstring(path), 0);
+}
+
+bool createMissingDirectories(const std::wstring & path, std::size_t known)
+{
+    std::size_t begin = known;
+    if (known == 0 && !readRootLength(path, begin))
         return false;
-    std::wstring current = whole.substr(0, rootLength);
-    for (std::size_t i = rootLength; i < whole.size(); ++i)
+    std::wstring current = path.substr(0, begin);
+    for (std::size_t i = begin; i < path.size(); ++i)
     {
-        if ((whole[i] == L'\\' || whole[i] == L'/') && !ensureDirectory(current))
+        const bool ends = path[i] == L'\\' || path[i] == L'/';
+        const bool isKnown = known > 0 && i == known;
+        if (ends && !isKnown && !ensureDirectory(current))
             return false;
-        current += whole[i];
+        current += path[i];
     }
-    return current.size() == rootLength || ensureDirectory(current);
+    return current.size() == begin || ensureDirectory(current);
 }
 
 bool createDirectories(const std::wstring & path)

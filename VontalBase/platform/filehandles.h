@@ -77,11 +77,21 @@ bool readBytesAt(
 /// @param count receives how many the system took, also where it fails.
 bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept;
 
+/// The same for what `isDiskFile`, where no pipe need be thought of.
+bool writeToDisk(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept;
+
 /// The same where it does not matter how many they were.
 inline bool writeBytes(Handle handle, const void * data, std::size_t size) noexcept
 {
     std::size_t count = 0;
     return writeBytes(handle, data, size, count);
+}
+
+/// The same for a disk file.
+inline bool writeToDisk(Handle handle, const void * data, std::size_t size) noexcept
+{
+    std::size_t count = 0;
+    return writeToDisk(handle, data, size, count);
 }
 
 /// Puts the handle of a disk file at a position in bytes.

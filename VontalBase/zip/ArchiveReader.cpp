@@ -21,12 +21,12 @@ constexpr int noItem = -1;
 
 /// What a header, its name and its extra field usually are together, at most.
 constexpr std::size_t usualHeader = 512;
-/// What is read with the header of an item that is to be extracted, at least: items that are small come with
-/// their neighbours.
-constexpr std::size_t leastRead = 16384;
+/// What is read with the header of an item that is to be extracted, so that small items come with their
+/// neighbours.
+constexpr std::size_t headerWithData = InputWindow::capacity;
 
 /// Items go to files in pieces of this size; where one fails, what came of it is written in steps of the
-/// other size.
+/// other size. zlib keeps what it has just given by copying it at the end of each piece.
 constexpr std::size_t pieceSize = 65536;
 constexpr std::size_t pieceStep = 16384;
 
@@ -35,7 +35,8 @@ constexpr std::size_t tooLongName = 256;
 
 } // namespace
 
-ArchiveReader::ArchiveReader() : m_directory(m_input), m_itemWindow(m_input), m_item(m_itemWindow)
+ArchiveReader::ArchiveReader()
+    : m_directory(m_input), m_itemWindow(m_input), m_item(m_itemWindow), m_headerRead(usualHeader)
 {
 }
 
@@ -69,7 +70,7 @@ bool ArchiveReader::goToItem(int index, std::size_t wanted, LocalHeader & header
 
 Result ArchiveReader::getItem(int index, ZIPENTRY & entry)
 {
-    return readEntry(index, usualHeader, entry);
+    return readEntry(index, m_headerRead, entry);
 }
 
 Result ArchiveReader::readEntry(int index, std::size_t wanted, ZIPENTRY & entry)
@@ -118,7 +119,7 @@ Result ArchiveReader::findItem(const wchar_t * name, bool ignoreCase, int & inde
 bool ArchiveReader::openItem(int index)
 {
     LocalHeader header;
-    if (!goToItem(index, leastRead, header))
+    if (!goToItem(index, headerWithData, header))
         return false;
     m_item.begin(m_directory.current(), header);
     return true;
@@ -156,9 +157,11 @@ Result ArchiveReader::beginExtraction(int index, ZIPENTRY & entry, bool & isTold
     endItem();
     if (index >= entryCount())
         return result::faultyArguments;
+    // Who extracts an item asks for the next one in order to extract it too.
+    m_headerRead = headerWithData;
     // Kept: what cannot be told of an item does not keep it from being extracted.
     entry = emptyEntry(0);
-    isTold = readEntry(index, leastRead, entry) == result::success;
+    isTold = readEntry(index, headerWithData, entry) == result::success;
     return result::success;
 }
 

@@ -64,6 +64,8 @@ private:
     Directory m_directory;
     InputWindow m_itemWindow;
     ItemReader m_item;
+    /// What is worth reading with the header of an item that is asked for.
+    std::size_t m_headerRead;
     int m_openIndex = -1;
     ZIPENTRY m_cachedEntry{};
     int m_cachedIndex = -1;

@@ -1,18 +1,21 @@
 // Unpacking a whole archive of one's own, and every failure that names this file.
 
 #include "VontalBase/disk/directories.h"
+#include "VontalBase/disk/missingdirectories.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/astring.h"
+#include "VontalBase/text/pstring.h"
 #include "VontalBase/zip/ZipPtr.h"
 #include "VontalBase/zip/unzip.h"
 #include "VontalBase/zip/zipoutput.h"
 #include "VontalBase/zip/zipreader.h"
 
+#include <cstddef>
 #include <new>
-#include <optional>
 #include <string>
+#include <unordered_set>
 
 namespace qvzip
 {
@@ -94,16 +97,35 @@ private:
         return qvdisk::createDirectories(path);
     }
 
-    /// Items of one directory mostly follow each other, so that it is made, or looked for, once.
+    /// A directory is made, or looked for, once.
     bool makeParent(const Vontal::u8string & parent)
     {
-        if (parent == m_lastParent)
+        const Vontal::pstring path(parent);
+        if (m_made.contains(path))
             return true;
         m_step.set(lineOfParent, "Failed to create directory: ", parent);
-        if (!qvdisk::createDirectories(parent))
+        if (!qvdisk::createMissingDirectories(path, lengthOfMade(path)))
             return false;
-        m_lastParent = parent;
+        std::size_t length = path.size();
+        while (length + 1 >= m_target.size() && m_made.insert(path.substr(0, length)).second)
+            length = lengthOfParent(path, length);
         return true;
+    }
+
+    /// What is in front of the last separator of the first so many units; 0 for nothing.
+    static std::size_t lengthOfParent(const std::wstring & path, std::size_t length) noexcept
+    {
+        const std::size_t last = length == 0 ? 0 : path.find_last_of(L"/\\", length - 1);
+        return last == std::wstring::npos ? 0 : last;
+    }
+
+    /// The length of the part of a path that has been made for other items; 0 for none.
+    std::size_t lengthOfMade(const std::wstring & path) const
+    {
+        std::size_t length = lengthOfParent(path, path.size());
+        while (length > 0 && !m_made.contains(path.substr(0, length)))
+            length = lengthOfParent(path, length);
+        return length;
     }
 
     bool unpackFile(int index, const std::wstring & path)
@@ -121,7 +143,7 @@ private:
 
     HZIP m_archive;
     std::wstring m_target;
-    std::optional<Vontal::u8string> m_lastParent;
+    std::unordered_set<std::wstring> m_made;
     Step & m_step;
 };
 

@@ -300,7 +300,7 @@ private:
 
     bool writePiece(platform::Handle file, const char * data, std::size_t size)
     {
-        if (!platform::writeBytes(file, data, size))
+        if (!platform::writeToDisk(file, data, size))
             return refuse("cannot be written");
         m_written += size;
         if (m_progress)

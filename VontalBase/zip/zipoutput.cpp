@@ -67,14 +67,22 @@ bool Output::isOpen() const noexcept
     return platform::isHandle(m_handle);
 }
 
+bool Output::isDiskFile() noexcept
+{
+    if (!m_isDiskFile)
+        m_isDiskFile = isOpen() && platform::isDiskFile(m_handle);
+    return *m_isDiskFile;
+}
+
 bool Output::write(const void * data, std::size_t size) noexcept
 {
-    return isOpen() && platform::writeBytes(m_handle, data, size);
+    return isDiskFile() ? platform::writeToDisk(m_handle, data, size)
+                        : isOpen() && platform::writeBytes(m_handle, data, size);
 }
 
 void Output::setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept
 {
-    if (isOpen() && platform::isDiskFile(m_handle))
+    if (isDiskFile())
         platform::setFileTimes(m_handle, created, accessed, changed);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -48,8 +49,12 @@ public:
     void setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept;
 
 private:
+    bool isDiskFile() noexcept;
+
     platform::Handle m_handle;
     bool m_isOwned;
+    /// Empty until somebody asks.
+    std::optional<bool> m_isDiskFile;
 };
 
 } // namespace zip

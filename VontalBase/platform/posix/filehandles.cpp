@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <limits>
-#include <optional>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -95,6 +94,23 @@ private:
     bool m_wasPending = false;
     bool m_isBroken = false;
 };
+
+/// @param block what keeps the signal of a pipe away; null where none can come.
+bool writeAll(
+    Handle handle, const void * data, std::size_t size, std::size_t & count, PipeSignalBlock * block) noexcept
+{
+    bool hasFailed = false;
+    count = transferAll("write file", size, hasFailed,
+        [&](std::size_t offset, std::size_t length)
+        {
+            const ssize_t written =
+                ::write(descriptorOf(handle), static_cast<const char *>(data) + offset, length);
+            if (written < 0 && errno == EPIPE && block != nullptr)
+                block->breakPipe();
+            return written;
+        });
+    return !hasFailed && count == size;
+}
 
 std::uint64_t unitsOf(std::int64_t seconds, std::int64_t nanoseconds) noexcept
 {
@@ -199,21 +215,15 @@ bool readBytesAt(
 bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
 {
     // Asking costs less than keeping the signal away from what never raises it.
-    const bool isPipe = lseek(descriptorOf(handle), 0, SEEK_CUR) < 0;
-    std::optional<PipeSignalBlock> block;
-    if (isPipe)
-        block.emplace();
-    bool hasFailed = false;
-    count = transferAll("write file", size, hasFailed,
-        [&](std::size_t offset, std::size_t length)
-        {
-            const ssize_t written =
-                ::write(descriptorOf(handle), static_cast<const char *>(data) + offset, length);
-            if (written < 0 && errno == EPIPE && block)
-                block->breakPipe();
-            return written;
-        });
-    return !hasFailed && count == size;
+    if (lseek(descriptorOf(handle), 0, SEEK_CUR) >= 0)
+        return writeToDisk(handle, data, size, count);
+    PipeSignalBlock block;
+    return writeAll(handle, data, size, count, &block);
+}
+
+bool writeToDisk(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
+{
+    return writeAll(handle, data, size, count, nullptr);
 }
 
 bool seekTo(Handle handle, std::uint64_t position) noexcept

@@ -38,6 +38,15 @@ bool lockFile(int descriptor, const OpenMode & mode)
     return true;
 }
 
+/// Most files that are to be emptied are new, and then asking is all that is done.
+bool emptyFile(int descriptor) noexcept
+{
+    if (gateFails("empty file"))
+        return false;
+    return lseek(descriptor, 0, SEEK_END) == 0 ||
+           (ftruncate(descriptor, 0) == 0 && lseek(descriptor, 0, SEEK_SET) == 0);
+}
+
 } // namespace
 
 int openFile(const char * service, const KernelPath & path, int flags, mode_t mode)
@@ -81,7 +90,7 @@ bool settle(int descriptor, const OpenMode & mode)
         return true;
     if (!lockFile(descriptor, mode))
         return false;
-    return !mode.empties || (!gateFails("empty file") && ftruncate(descriptor, 0) == 0);
+    return !mode.empties || emptyFile(descriptor);
 }
 
 int aboveStandardStreams(int descriptor) noexcept

@@ -161,6 +161,11 @@ bool writeBytes(Handle handle, const void * data, std::size_t size, std::size_t 
     return true;
 }
 
+bool writeToDisk(Handle handle, const void * data, std::size_t size, std::size_t & count) noexcept
+{
+    return writeBytes(handle, data, size, count);
+}
+
 bool seekTo(Handle handle, std::uint64_t position) noexcept
 {
     std::uint64_t place = 0;
