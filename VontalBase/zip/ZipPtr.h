@@ -56,14 +56,15 @@ public:
     bool openZipFile(const Vontal::u8string & path);
 
     /// Reads one item whole.
+    ///
+    /// Kept: an item whose data give no byte at all counts as read, whatever size it is said to have, and a
+    /// wrong checksum is no failure.
+    ///
     /// @param name of the item, all of it as it stands in the archive; the case of ASCII letters does not
-    /// matter.
+    ///     matter.
     /// @param out receives the bytes. It is left as it was where the item is not found; where reading fails,
-    /// what
-    ///     it holds is not settled.
-    /// @return false where nothing is held, or where the item is not there or cannot be read. A wrong
-    /// checksum is
-    ///     no failure.
+    ///     what it holds is not settled.
+    /// @return false where nothing is held, or where the item is not there or cannot be read.
     bool readFileTo(const wchar_t * name, std::vector<char> & out);
 
 private:

@@ -7,12 +7,15 @@
 #include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
 #include "support/VirtualSlot.h"
+#include "zip/ArchiveBuilder.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <system_error>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace
@@ -30,6 +33,25 @@ std::string lastMessage()
     std::vector<char> text(200);
     FormatZipMessageU(lastResult, text.data(), static_cast<unsigned int>(text.size()));
     return text.data();
+}
+
+std::string lastWriterMessage()
+{
+    std::vector<char> text(200);
+    FormatZipMessageZ(lastResult, text.data(), static_cast<unsigned int>(text.size()));
+    return text.data();
+}
+
+HZIP openForReading(const std::string & path)
+{
+    std::wstring name = u8string(path).toAstring();
+    return OpenZipU(name.data(), 0, ZipKindFile);
+}
+
+HZIP openForWriting(const std::string & path)
+{
+    std::wstring name = u8string(path).toAstring();
+    return CreateZipZ(name.data(), 0, ZipKindFile);
 }
 
 /// Makes an archive with one item.
@@ -103,8 +125,7 @@ TEST_F(ZipPointers, HoldNothingAtFirst)
 TEST_F(ZipPointers, HandOutTheHandleInThreeWays)
 {
     makeArchive(path, "x", "1");
-    const std::wstring name = u8string(path).toAstring();
-    const HZIP handle = OpenZipU(const_cast<wchar_t *>(name.c_str()), 0, ZipKindFile);
+    const HZIP handle = openForReading(path);
     ASSERT_NE(handle, nullptr);
     ZipPtr reader(handle);
     EXPECT_EQ(reader.get(), handle);
@@ -162,16 +183,74 @@ TEST_F(ZipPointers, KeepThatAssignmentDoesNotCloseWhatWasHeld)
     EXPECT_EQ(readItem(first, L"y"), "2");
 }
 
+TEST_F(ZipPointers, KeepThatAssignmentDoesNotCloseWhatWasBeingWritten)
+{
+    ZipWriterPtr first;
+    ZipWriterPtr second;
+    ASSERT_TRUE(first.createZipFile(path));
+    ASSERT_TRUE(second.createZipFile(otherPath));
+    ZipWriterPtr kept(first.get());
+    first = second;
+    EXPECT_EQ(first.get(), second.get());
+    second.release();
+    std::string bytes = "1";
+    EXPECT_TRUE(kept.addItemFromMemory("x", bytes.data(), 1)) << "what first had held is open still";
+    EXPECT_TRUE(first.addItemFromMemory("y", bytes.data(), 1));
+    kept.close();
+    first.close();
+    EXPECT_EQ(namesIn(path), std::vector<std::string>{"x"});
+    EXPECT_EQ(namesIn(otherPath), std::vector<std::string>{"y"});
+}
+
+TEST_F(ZipPointers, KeepThatMovingOnlyCopies)
+{
+    ZipWriterPtr writer;
+    ASSERT_TRUE(writer.createZipFile(path));
+    const HZIP handle = writer.get();
+    ZipWriterPtr moved(std::move(writer));
+    EXPECT_EQ(moved.get(), handle);
+    // NOLINTNEXTLINE(bugprone-use-after-move,hicpp-invalid-access-moved): that is what is shown.
+    EXPECT_EQ(writer.get(), handle);
+    ZipWriterPtr assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.get(), handle);
+    // NOLINTNEXTLINE(bugprone-use-after-move,hicpp-invalid-access-moved): that is what is shown.
+    EXPECT_EQ(moved.get(), handle);
+    moved.release();
+    assigned.release();
+    std::string bytes = "1";
+    EXPECT_TRUE(writer.addItemFromMemory("x", bytes.data(), 1)) << "it was closed by none of them";
+}
+
+TEST_F(ZipPointers, StayAsTheyAreWhenTheyAreAssignedToThemselves)
+{
+    {
+        ZipWriterPtr writer;
+        ASSERT_TRUE(writer.createZipFile(path));
+        const HZIP handle = writer.get();
+        const ZipWriterPtr & same = writer;
+        writer = same;
+        EXPECT_EQ(writer.get(), handle);
+        std::string bytes = "1";
+        EXPECT_TRUE(writer.addItemFromMemory("x", bytes.data(), 1));
+    }
+    ZipPtr reader;
+    ASSERT_TRUE(reader.openZipFile(path));
+    const HZIP handle = reader.get();
+    const ZipPtr & same = reader;
+    reader = same;
+    EXPECT_EQ(reader.get(), handle);
+    EXPECT_EQ(readItem(reader, L"x"), "1");
+}
+
 TEST_F(ZipPointers, CloseWhateverSideTheHandleIsOf)
 {
     makeArchive(path, "x", "1");
     const auto before = testsupport::ResourceSnapshot::take();
     {
-        std::wstring name = u8string(otherPath).toAstring();
-        ZipPtr writing(CreateZipZ(name.data(), 0, ZipKindFile));
+        ZipPtr writing(openForWriting(otherPath));
         ASSERT_NE(writing.get(), nullptr);
-        name = u8string(path).toAstring();
-        ZipWriterPtr reading(OpenZipU(name.data(), 0, ZipKindFile));
+        ZipWriterPtr reading(openForReading(path));
         ASSERT_NE(reading.get(), nullptr);
     }
     EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
@@ -181,17 +260,16 @@ TEST_F(ZipPointers, CloseWhateverSideTheHandleIsOf)
 TEST_F(ZipPointers, CloseWhatTheyHoldWhenAnotherIsAttached)
 {
     makeArchive(path, "x", "1");
-    std::wstring name = u8string(path).toAstring();
     const auto before = testsupport::ResourceSnapshot::take();
     {
-        ZipPtr reader(OpenZipU(name.data(), 0, ZipKindFile));
-        reader.attach(OpenZipU(name.data(), 0, ZipKindFile));
+        ZipPtr reader(openForReading(path));
+        reader.attach(openForReading(path));
         EXPECT_EQ(readItem(reader, L"x"), "1");
         reader.attach(nullptr);
         EXPECT_EQ(reader.get(), nullptr);
         EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
-        ZipWriterPtr writer(OpenZipU(name.data(), 0, ZipKindFile));
-        writer.attach(OpenZipU(name.data(), 0, ZipKindFile));
+        ZipWriterPtr writer(openForReading(path));
+        writer.attach(openForReading(path));
         writer.attach(nullptr);
         EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
     }
@@ -307,6 +385,121 @@ TEST_F(ZipReaderPointer, GivesAnItemNoMemoryOnItsWordAlone)
     EXPECT_LE(bytes.capacity(), std::size_t{1} << 22);
 }
 
+TEST_F(ZipReaderPointer, ReadsNothingFromWhatIsBeingWritten)
+{
+    makeArchive(otherPath, "x", "1");
+    std::vector<char> bytes = {'k'};
+    ZipPtr pointer(openForWriting(path));
+    ASSERT_NE(pointer.get(), nullptr);
+    EXPECT_FALSE(pointer.readFileTo(L"x", bytes));
+    EXPECT_EQ(lastMessage(), "Caller: mixing creation and opening of zip");
+    EXPECT_EQ(bytes, std::vector<char>{'k'});
+    ASSERT_TRUE(pointer.openZipFile(otherPath));
+    EXPECT_EQ(readItem(pointer, L"x"), "1");
+    EXPECT_EQ(directory.read("a.zip").size(), 22U) << "what was being written is complete";
+}
+
+TEST_F(ZipReaderPointer, TellsOfItemsThatCannotBeRead)
+{
+    using ziptest::Item;
+    constexpr char brokenData[] = "Zip-bug: an internal error during flation";
+    const auto with = [](Item item, auto change)
+    {
+        change(item);
+        return item;
+    };
+    const std::string text = ziptest::prose(70'000);
+    const struct
+    {
+        const char * label;
+        Item item;
+        const char * message;
+        std::vector<char>::size_type size;
+    } rows[] = {
+        {"no deflated stream",
+            with(ziptest::packed("x", "some text"), [](Item & item) { item.data = "\xFF\xFF\xFF"; }),
+            brokenData, 9},
+        {"a stream that is damaged behind 65535 good bytes",
+            with(ziptest::packed("x", text),
+                [&](Item & item)
+                {
+                    item.data = ziptest::deflatedStored(text);
+                    constexpr std::size_t secondLengthAgain = 5 + 65535 + 3;
+                    item.data->replace(secondLengthAgain, 2, "\0\0", 2);
+                }),
+            brokenData, 70'000},
+        {"a stream without its end",
+            with(ziptest::packed("x", text),
+                [&](Item & item) { item.data = ziptest::deflatedStored(text).substr(0, 1000); }),
+            brokenData, 70'000},
+        {"a stream that ends early",
+            with(ziptest::packed("x", "some text"),
+                [](Item & item) { item.data = ziptest::deflated("some"); }),
+            "Still more data to unzip", 9},
+        {"stored bytes that go on behind the end of the archive",
+            with(ziptest::stored("x", "some text"),
+                [](Item & item)
+                {
+                    item.local.compressedSize = item.central.compressedSize = 1000;
+                    item.local.uncompressedSize = item.central.uncompressedSize = 1000;
+                }),
+            brokenData, 1000},
+        {"a header that is none",
+            with(ziptest::stored("x", "some text"), [](Item & item) { item.local.signature = 0x12345678; }),
+            "Zipfile is corrupt or not a zipfile", 1},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        directory.write("a.zip", ziptest::Archive{{row.item, ziptest::stored("y", "good")}}.build());
+        ZipPtr reader;
+        ASSERT_TRUE(reader.openZipFile(path));
+        std::vector<char> bytes = {'k'};
+        EXPECT_FALSE(reader.readFileTo(L"x", bytes));
+        EXPECT_EQ(lastMessage(), row.message);
+        EXPECT_EQ(bytes.size(), row.size);
+        EXPECT_EQ(readItem(reader, L"y"), "good") << "the others can be read";
+    }
+}
+
+TEST_F(ZipReaderPointer, ReadsNothingFromAFileThatHasBecomeShorter)
+{
+    makeArchive(path, "x", ziptest::noise(1'000'000));
+    ZipPtr reader;
+    ASSERT_TRUE(reader.openZipFile(path));
+    std::error_code refusal;
+    std::filesystem::resize_file(directory.path() / "a.zip", 1000, refusal);
+    if (refusal)
+        GTEST_SKIP() << "nobody can change an open archive here";
+    std::vector<char> bytes;
+    EXPECT_FALSE(reader.readFileTo(L"x", bytes));
+}
+
+TEST_F(ZipReaderPointer, KeepsTakingAWrongChecksumForNoFailure)
+{
+    for (ziptest::Item item : {ziptest::stored("x", "some text"), ziptest::packed("x", "some text")})
+    {
+        SCOPED_TRACE(item.isDeflated);
+        item.local.crc = item.central.crc = 1;
+        directory.write("a.zip", ziptest::Archive{{item}}.build());
+        ZipPtr reader;
+        ASSERT_TRUE(reader.openZipFile(path));
+        EXPECT_EQ(readItem(reader, L"x"), "some text");
+    }
+}
+
+TEST_F(ZipReaderPointer, KeepsTakingAnItemThatGivesNoByteForReadWhateverItsSizeIsSaidToBe)
+{
+    ziptest::Item item = ziptest::packed("x", "text");
+    item.data = ziptest::deflated("");
+    directory.write("a.zip", ziptest::Archive{{item}}.build());
+    ZipPtr reader;
+    ASSERT_TRUE(reader.openZipFile(path));
+    std::vector<char> bytes = {'k'};
+    EXPECT_TRUE(reader.readFileTo(L"x", bytes));
+    EXPECT_EQ(bytes, (std::vector<char>{'k', 0, 0, 0}));
+}
+
 // ---------------------------------------------------------------------------------------------------
 // Writing
 
@@ -339,6 +532,27 @@ TEST_F(ZipWriterPointer, AddsFilesAndMemory)
     ASSERT_TRUE(reader.openZipFile(path));
     EXPECT_EQ(readItem(reader, L"dir/file"), "from a file");
     EXPECT_EQ(readItem(reader, L"memory"), "from memory");
+}
+
+TEST_F(ZipWriterPointer, AddsNothingToWhatIsBeingRead)
+{
+    makeArchive(path, "x", "1");
+    std::filesystem::create_directory(directory.path() / "tree");
+    directory.write("tree/file", "1");
+    std::string bytes = "1";
+    const auto before = testsupport::ResourceSnapshot::take();
+    ZipWriterPtr pointer(openForReading(path));
+    ASSERT_NE(pointer.get(), nullptr);
+    EXPECT_FALSE(pointer.addItemFromMemory("y", bytes.data(), 1));
+    EXPECT_EQ(lastWriterMessage(), "Caller: mixing creation and opening of zip");
+    EXPECT_FALSE(pointer.addItemFromFile("y", directory.text("tree/file")));
+    EXPECT_FALSE(pointer.addDirContent(directory.text("tree")));
+    EXPECT_EQ(namesIn(path), std::vector<std::string>{"x"});
+    ASSERT_TRUE(pointer.createZipFile(path)) << "it is closed before";
+    EXPECT_TRUE(pointer.addItemFromMemory("y", bytes.data(), 1));
+    pointer.close();
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    EXPECT_EQ(namesIn(path), std::vector<std::string>{"y"});
 }
 
 TEST_F(ZipWriterPointer, CompletesItsArchiveWhenItIsDestroyed)
@@ -404,6 +618,20 @@ TEST_F(ZipWriterPointer, DoesNotAddATreeThatIsNotThere)
     EXPECT_FALSE(writer.addDirContent(directory.text("missing")));
     writer.close();
     EXPECT_EQ(namesIn(path), std::vector<std::string>{"missing/"}) << "the bare directory went in before";
+}
+
+TEST_F(ZipWriterPointer, KeepsAddingATreeUnderNoNameWhereThePathEndsInASeparator)
+{
+    makeTree(directory, "tr");
+    ZipWriterPtr writer;
+    ASSERT_TRUE(writer.createZipFile(path));
+    EXPECT_TRUE(writer.addDirContent(directory.text("tr") + "/"));
+    writer.close();
+    EXPECT_EQ(namesIn(path), (std::vector<std::string>{"/a.txt", "/empty/", "/inner/", "/inner/b.txt",
+                                 "/inner/deep/", "/inner/deep/c.txt"}));
+    ZipPtr reader;
+    ASSERT_TRUE(reader.openZipFile(path));
+    EXPECT_EQ(readItem(reader, L"/inner/deep/c.txt"), "c");
 }
 
 TEST_F(ZipWriterPointer, KeepsErasingTheNameOfATreeWhereItOccursFirst)
