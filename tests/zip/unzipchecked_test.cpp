@@ -4,8 +4,10 @@
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/zip/unzip.h"
 
+#include "support/NativeHandles.h"
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
+#include "support/Wine.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/unzipping.h"
 
@@ -161,6 +163,66 @@ TEST_F(UnzipChecked, GivesFilesTheirTimesIfWanted)
     EXPECT_TRUE(unzip(archive));
     EXPECT_EQ(std::filesystem::last_write_time(directory.path() / "out" / "a"),
         std::chrono::file_clock::from_sys(std::chrono::sys_seconds(std::chrono::seconds(1000000000))));
+}
+
+TEST_F(UnzipChecked, GivesFilesAllTheirTimesAlsoBehindOtherBytes)
+{
+    Archive archive{{stored("a", "1"), packed("d/b", "2")}};
+    archive.before = "something in front of all of it";
+    for (Item & item : archive.items)
+        item.date = ziptest::dosDate(2020, 5, 6, 7, 8, 10);
+    using ziptest::number;
+    archive.items[0].localExtra = "UT" + number(13, 2) + "\7" + number(1'000'000'000, 4) +
+                                  number(981'173'106, 4) + number(946'684'800, 4);
+    archive.items[1].localExtra = "UT" + number(5, 2) + "\2" + number(981'173'106, 4);
+    EXPECT_TRUE(unzip(archive)) << error.format();
+    const testsupport::TimesOfFile all = testsupport::timesOfFile(directory.text("out/a"));
+    EXPECT_EQ(all.changed, 1'000'000'000);
+    EXPECT_EQ(all.accessed, 981'173'106);
+    const testsupport::TimesOfFile one = testsupport::timesOfFile(directory.text("out/d/b"));
+    // 2020-05-06 07:08:10, as the archive has it, in UTC.
+    constexpr std::int64_t dosTime = 1'588'748'890;
+    EXPECT_EQ(one.changed, dosTime);
+    EXPECT_EQ(one.accessed, 981'173'106);
+    if (testsupport::hasDrives()) // elsewhere nobody can set it
+    {
+        // Wine keeps no such time, and gives that of the last change.
+        EXPECT_EQ(all.created, testsupport::isWine() ? all.changed : 946'684'800);
+        EXPECT_EQ(one.created, dosTime);
+    }
+}
+
+TEST_F(UnzipChecked, TellsDirectoriesApartWhoseNamesBeginAlike)
+{
+    const Names lists[] = {
+        {"d/ab/x", "d/abc/y", "d/a"},
+        {"d/a", "d/abc/y", "d/ab/x"},
+        {"d/abc/y", "d/a", "d/ab/x"},
+        {"ab/x", "a/y", "abc/z", "b"},
+        {"abc/z", "ab/x", "b", "a/y"},
+        {"d/e/f/x", "d/e/x", "d/ef/x", "d/x", "x", "de/f/x"},
+        {"x", "d/x", "d/e/f/x", "de/f/x", "d/ef/x", "d/e/x"},
+    };
+    for (const Names & names : lists)
+    {
+        SCOPED_TRACE(testing::PrintToString(names));
+        Archive archive;
+        for (const std::string & name : names)
+            archive.items.push_back(stored(name, "content of " + name));
+        EXPECT_TRUE(unzip(archive)) << error.format();
+        Names files = tree();
+        std::erase_if(files, [](const std::string & name) { return name.ends_with('/'); });
+        Names expected = names;
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(files, expected);
+        for (const std::string & name : names)
+            EXPECT_EQ(directory.read("out/" + name), "content of " + name);
+        std::filesystem::remove_all(directory.path() / "out");
+    }
+    EXPECT_TRUE(unzip({{ziptest::directory("d/ab/"), ziptest::directory("d/abc/"), ziptest::directory("d/a/"),
+        ziptest::directory("d/abcd/e/"), ziptest::directory("da/")}}))
+        << error.format();
+    EXPECT_EQ(tree(), (Names{"d/", "d/a/", "d/ab/", "d/abc/", "d/abcd/", "d/abcd/e/", "da/"}));
 }
 
 TEST_F(UnzipChecked, RefusesNamesBeforeAnythingIsWritten)
@@ -365,6 +427,23 @@ TEST_F(UnzipChecked, KeepsToItsLimits)
     EXPECT_EQ(refusal(archive, {.maxTotalBytes = 11}), "Item 'b' makes all items together too large");
     EXPECT_FALSE(directory.contains("out"));
     EXPECT_TRUE(unzip(archive, {.maxItems = 2, .maxTotalBytes = 12, .maxItemBytes = 7})) << error.format();
+}
+
+TEST_F(UnzipChecked, TakesLimitsOfNothingAtTheirWord)
+{
+    const Archive empty{{stored("a", ""), packed("b", ""), ziptest::directory("d/")}};
+    const Archive oneByte{{stored("a", ""), stored("b", "1")}};
+    EXPECT_EQ(refusal(oneByte, {.maxTotalBytes = 0}), "Item 'b' makes all items together too large");
+    EXPECT_EQ(refusal(oneByte, {.maxItemBytes = 0}), "Item 'b' is too large");
+    EXPECT_EQ(refusal(empty, {.maxItems = 0}), "The archive has 3 items, which is too many");
+    EXPECT_EQ(refusal({{stored("d/a", "")}}, {.maxDepth = 0}), "Item 'd/a' lies too deep");
+    EXPECT_FALSE(directory.contains("out"));
+    EXPECT_TRUE(unzip(empty, {.maxTotalBytes = 0, .maxItemBytes = 0, .maxDepth = 0})) << error.format();
+    EXPECT_EQ(tree(), (Names{"a", "b", "d/"}));
+    Archive none;
+    none.before = "something";
+    EXPECT_TRUE(unzip(none, {.maxItems = 0, .maxTotalBytes = 0, .maxItemBytes = 0, .maxDepth = 0}))
+        << error.format();
 }
 
 TEST_F(UnzipChecked, RefusesDirectoriesThatAreDamaged)
