@@ -64,6 +64,28 @@ TEST_F(Unzip, TakesATargetWithASeparatorAtItsEnd)
     EXPECT_EQ(tree(), Names{"a"});
 }
 
+TEST_F(Unzip, KeepsFailingOnATargetThatEndsInASlash)
+{
+    directory.write("a.zip", Archive{{ziptest::stored("a", "1")}}.build());
+    EXPECT_FALSE(qvzip::unzip(zipPath, target + "/", error));
+    // A backslash is put behind the slash, and taken away again with the name of the item.
+    EXPECT_EQ(error.format(), "qvzip:45: Failed to create directory: " + target + "/");
+    EXPECT_TRUE(directory.contains("out")) << "it was made before the failure";
+    EXPECT_EQ(tree(), Names{});
+}
+
+TEST_F(Unzip, KeepsMakingOnlyTheLastLevelOfADirectoryItem)
+{
+    EXPECT_TRUE(unzip({{ziptest::directory("d/e/")}})) << error.format();
+    EXPECT_TRUE(directory.contains("out"));
+    EXPECT_EQ(tree(), Names{}) << "d is missing";
+    EXPECT_EQ(error.format(), "") << "and that is no failure";
+    EXPECT_TRUE(unzip({{ziptest::directory("d/"), ziptest::directory("d/e/")}})) << error.format();
+    EXPECT_EQ(tree(), (Names{"d/", "d/e/"}));
+    EXPECT_TRUE(unzip({{ziptest::directory("f\\g/")}})) << error.format();
+    EXPECT_EQ(tree(), (Names{"d/", "d/e/", "f/", "f/g/"})) << "a backslash does separate";
+}
+
 TEST_F(Unzip, ReplacesFiles)
 {
     std::filesystem::create_directory(directory.path() / "out");
@@ -124,6 +146,8 @@ TEST_F(Unzip, TellsTheStepThatFailed)
     noRecord.central.signature = 0x12345678;
     ziptest::Item damaged = ziptest::packed("b", "2");
     damaged.data = "\xFF\xFF\xFF";
+    ziptest::Item onlyNamed = ziptest::stored("d/", "");
+    onlyNamed.attributes = 0;
     const struct
     {
         const char * label;
@@ -139,6 +163,8 @@ TEST_F(Unzip, TellsTheStepThatFailed)
             "qvzip:45: Failed to create directory: " + below("a/b"), {"a"}},
         {"a file at the place of a directory", {{ziptest::stored("a/b", "1"), ziptest::stored("a", "2")}},
             "qvzip:51: Failed to create file: " + below("a"), {"a/", "a/b"}},
+        {"a directory that only its name tells", {{ziptest::stored("a", "1"), onlyNamed}},
+            "qvzip:51: Failed to create file: " + below("d/"), {"a", "d/"}},
         {"damaged data", {{ziptest::stored("a", "1"), damaged}},
             "qvzip:57: Failed to unzip file: " + below("b"), {"a", "b"}},
     };
