@@ -399,12 +399,13 @@ u8string withoutLastSeparators(const u8string & path)
 
 int useOf(const std::vector<u8string> & words)
 {
-    if (words.size() == 3 && words[0] == "create" && qvdisk::File(words[2]).isDirectory())
-        return run(new ReferencedImplMT<CreateCommand>(words[1], withoutLastSeparators(words[2])));
+    const u8string directory = words.empty() ? u8string() : withoutLastSeparators(words.back());
+    if (words.size() == 3 && words[0] == "create" && qvdisk::File(directory).isDirectory())
+        return run(new ReferencedImplMT<CreateCommand>(words[1], directory));
     if (words.size() == 3 && words[0] == "extract")
-        return run(new ReferencedImplMT<ExtractCommand>(words[1], withoutLastSeparators(words[2]), false));
+        return run(new ReferencedImplMT<ExtractCommand>(words[1], directory, false));
     if (words.size() == 4 && words[0] == "extract" && words[1] == "--raw")
-        return run(new ReferencedImplMT<ExtractCommand>(words[2], withoutLastSeparators(words[3]), true));
+        return run(new ReferencedImplMT<ExtractCommand>(words[2], directory, true));
     if (words.size() == 2 && words[0] == "list")
     {
         VontalException error;
