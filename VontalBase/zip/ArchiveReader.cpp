@@ -226,16 +226,16 @@ bool ArchiveReader::pass(Output & output)
     }
 }
 
-bool ArchiveReader::canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept
+std::uint64_t ArchiveReader::mostBytesOf(const ZIPENTRYW & entry) const noexcept
 {
     // The longest match of deflate is 258 bytes, and takes two bits.
     constexpr std::uint64_t most = 1032;
     std::uint64_t archiveSize = 0;
     if (!m_input.readSize(archiveSize))
-        return false;
+        return 0;
     const std::uint64_t packed =
         std::min<std::uint64_t>(static_cast<std::uint32_t>(entry.compressedSize), archiveSize);
-    return static_cast<std::uint32_t>(entry.uncompressedSize) <= (packed + 1) * most;
+    return (packed + 1) * most;
 }
 
 } // namespace zip

@@ -42,9 +42,9 @@ public:
     Result unzipToFile(int index, const wchar_t * path);
     Result unzipToHandle(int index, platform::Handle handle);
 
-    /// Whether there are enough bytes in the archive for an item that it told of to be as long as told: a
-    /// deflated one is never shorter than a thousandth of that.
-    [[nodiscard]] bool canBeAsLongAsTold(const ZIPENTRYW & entry) const noexcept;
+    /// How many bytes an item that it told of can give, by those that are there: a deflated one is never
+    /// shorter than a thousandth of that. What is told beyond it is not true.
+    [[nodiscard]] std::uint64_t mostBytesOf(const ZIPENTRYW & entry) const noexcept;
 
     /// Ends the item that is being extracted in pieces, if there is one.
     void endItem() noexcept;

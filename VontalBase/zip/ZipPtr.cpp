@@ -5,6 +5,8 @@
 #include "VontalBase/zip/closing.h"
 #include "VontalBase/zip/zipreader.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace qvzip
@@ -41,14 +43,15 @@ bool ZipPtr::readFileTo(const wchar_t * name, std::vector<char> & out)
     ZIPENTRYW entry{};
     if (m_handle == nullptr || FindZipItemW(m_handle, name, true, &index, &entry) != 0)
         return false;
+    const auto told = static_cast<std::uint32_t>(entry.uncompressedSize);
     // What cannot be there would fail in the end, and take much memory before.
-    if (!static_cast<const zip::ArchiveReader *>(m_handle->state)->canBeAsLongAsTold(entry))
-        return false;
-    const auto size = static_cast<std::uint32_t>(entry.uncompressedSize);
+    const auto * const reader = static_cast<const zip::ArchiveReader *>(m_handle->state);
+    const auto size = static_cast<std::uint32_t>(std::min<std::uint64_t>(told, reader->mostBytesOf(entry)));
     out.resize(size);
     // An empty vector has no place for anything.
     char none = 0;
-    return UnzipItem(m_handle, index, size != 0 ? out.data() : &none, size, ZipKindMemory) == 0;
+    return UnzipItem(m_handle, index, size != 0 ? out.data() : &none, size, ZipKindMemory) == 0 &&
+           size == told;
 }
 
 } // namespace qvzip

@@ -57,8 +57,8 @@ public:
 
     /// Reads one item whole.
     ///
-    /// Kept: an item whose data give no byte at all counts as read, whatever size it is said to have, and a
-    /// wrong checksum is no failure.
+    /// Kept: an item whose data give no byte at all counts as read, whatever size it is said to have, unless
+    /// the archive could not hold as much. A wrong checksum is no failure.
     ///
     /// @param name of the item, all of it as it stands in the archive; the case of ASCII letters does not
     ///     matter.

@@ -382,6 +382,7 @@ TEST_F(ZipReaderPointer, GivesAnItemNoMemoryOnItsWordAlone)
     ASSERT_TRUE(reader.openZipFile(path));
     std::vector<char> bytes;
     EXPECT_FALSE(reader.readFileTo(L"x", bytes));
+    EXPECT_EQ(lastMessage(), "Still more data to unzip") << "as for any other item that is shorter than told";
     EXPECT_LE(bytes.capacity(), std::size_t{1} << 22);
 }
 
@@ -498,6 +499,11 @@ TEST_F(ZipReaderPointer, KeepsTakingAnItemThatGivesNoByteForReadWhateverItsSizeI
     std::vector<char> bytes = {'k'};
     EXPECT_TRUE(reader.readFileTo(L"x", bytes));
     EXPECT_EQ(bytes, (std::vector<char>{'k', 0, 0, 0}));
+    item.local.uncompressedSize = item.central.uncompressedSize = 0xFFFFFFF0;
+    directory.write("b.zip", ziptest::Archive{{item}}.build());
+    ASSERT_TRUE(reader.openZipFile(otherPath));
+    EXPECT_FALSE(reader.readFileTo(L"x", bytes)) << "that much would not be worth it";
+    EXPECT_LE(bytes.capacity(), std::size_t{1} << 22);
 }
 
 // ---------------------------------------------------------------------------------------------------
