@@ -1,6 +1,7 @@
 // Every static object of the library, in the order in which they must be made. They are destroyed in the
 // opposite order. Loading starts no thread and opens no file.
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/threadregistry.h"
 #include "VontalBase/core/ReferenceCounter.h"
 #include "VontalBase/core/ReferencedImplMT.h"
@@ -47,16 +48,16 @@ namespace qvbase
 std::map<IUnknown *, std::string> debugRegistry;
 void (*debugCallback)() = nullptr;
 
-static Immortal<ThreadMutex> referencedObjectMutex;
-ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object;
+static Immortal<RankedMutex> referencedObjectMutex(platform::LockRank::Last);
+ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object.mutex;
 
 } // namespace qvbase
 
 namespace Vontal
 {
 
-static Immortal<qvbase::ThreadMutex> mlLockObject;
-qvbase::ThreadMutex & mlLock = mlLockObject.object;
+static Immortal<qvbase::RankedMutex> mlLockObject(platform::LockRank::Languages);
+qvbase::ThreadMutex & mlLock = mlLockObject.object.mutex;
 
 ml_u8string * newestMl = nullptr;
 

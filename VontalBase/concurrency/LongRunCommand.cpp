@@ -1,5 +1,6 @@
 #include "VontalBase/concurrency/LongRunCommand.h"
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/LongRunCommandListener.h"
 #include "VontalBase/concurrency/TaskExecutor.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
@@ -17,7 +18,11 @@ void LongRunCommandListener::setText(LongRunCommand *, const Vontal::u8string &)
 {
 }
 
-LongRunCommand::LongRunCommand() = default;
+LongRunCommand::LongRunCommand()
+{
+    LockRanks::set(mutex, platform::LockRank::LongRunCommand);
+}
+
 LongRunCommand::LongRunCommand(const LongRunCommand &) = default;
 LongRunCommand & LongRunCommand::operator=(const LongRunCommand &) = default;
 

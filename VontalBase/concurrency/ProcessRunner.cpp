@@ -1,5 +1,6 @@
 #include "VontalBase/concurrency/ProcessRunner.h"
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/ProcessMonitor.h"
 #include "VontalBase/concurrency/RunningProcess.h"
 #include "VontalBase/concurrency/RunningProcessImpl.h"
@@ -12,6 +13,7 @@ namespace qvbase
 
 ProcessRunner::ProcessRunner() : processes(new std::list<Reference<RunningProcess>>)
 {
+    LockRanks::set(mutex, platform::LockRank::ExecutorOrRunner);
 }
 
 ProcessRunner::ProcessRunner(const ProcessRunner &) = default;

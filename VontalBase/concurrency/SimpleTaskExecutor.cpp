@@ -1,6 +1,7 @@
 #include "VontalBase/concurrency/SimpleTaskExecutor.h"
 
 #include "VontalBase/concurrency/CondThreadMutex.h"
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/Task.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
@@ -33,6 +34,7 @@ bool startWorker(Runnable * worker)
 
 SimpleTaskExecutor::SimpleTaskExecutor() : finished(std::make_unique<CondThreadMutex>(mutex))
 {
+    LockRanks::set(mutex, platform::LockRank::ExecutorOrRunner);
 }
 
 SimpleTaskExecutor::~SimpleTaskExecutor()

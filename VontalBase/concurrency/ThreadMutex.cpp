@@ -1,5 +1,6 @@
 #include "VontalBase/concurrency/ThreadMutex.h"
 
+#include "VontalBase/platform/lockorder.h"
 #include "VontalBase/platform/locks.h"
 
 namespace qvbase
@@ -14,12 +15,14 @@ ThreadMutex::~ThreadMutex()
     while (recursiveCounter != 0)
     {
         --recursiveCounter;
+        platform::noteReleasing(lock.get());
         lock->release();
     }
 }
 
 void ThreadMutex::acquire()
 {
+    platform::noteAcquiring(lock.get(), lock->rank);
     lock->acquire();
     ++recursiveCounter;
 }
@@ -28,6 +31,7 @@ bool ThreadMutex::tryAcquire() noexcept
 {
     if (!lock->tryAcquire())
         return false;
+    platform::noteAcquiring(lock.get(), lock->rank);
     ++recursiveCounter;
     return true;
 }
@@ -35,6 +39,7 @@ bool ThreadMutex::tryAcquire() noexcept
 void ThreadMutex::release()
 {
     --recursiveCounter;
+    platform::noteReleasing(lock.get());
     lock->release();
 }
 

@@ -55,6 +55,7 @@ public:
 private:
     // The log and the resource manager must not wait for threads that are gone.
     friend class qvutils::LineLock;
+    friend class LockRanks;
 
     /// Takes the lock once if that needs no waiting. @return whether it was taken.
     bool tryAcquire() noexcept;

@@ -3,6 +3,7 @@
 /// The threads that the library started and has not yet closed.
 #pragma once
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/ThreadMutex.h"
 
 #include <cstdint>
@@ -21,6 +22,11 @@ using RunningThreads = std::map<std::uint32_t, ThreadHandleNode>;
 /// The registry of the process. Everything in it is guarded by its mutex.
 struct ThreadRegistry
 {
+    ThreadRegistry()
+    {
+        LockRanks::set(threadRegistryMutex, platform::LockRank::ThreadRegistry);
+    }
+
     ThreadMutex threadRegistryMutex;
     RunningThreads runningThreads;
     /// Handles in the order in which their threads ended.

@@ -1,5 +1,6 @@
 #include "VontalBase/logging/LoggerInterface.h"
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/LogMsgBuilder.h"
 
@@ -8,6 +9,7 @@ namespace qvutils
 
 LoggerInterface::LoggerInterface(unsigned int threshold) : nextId(0), logLevel(threshold)
 {
+    qvbase::LockRanks::set(mutex, platform::LockRank::Last);
 }
 
 LoggerInterface::LoggerInterface(const LoggerInterface & other)

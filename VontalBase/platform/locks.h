@@ -3,6 +3,8 @@
 /// The recursive lock of the system.
 #pragma once
 
+#include "VontalBase/platform/lockorder.h"
+
 #include <array>
 #include <cstddef>
 
@@ -25,6 +27,9 @@ public:
     bool tryAcquire() noexcept;
     /// Gives back one `acquire` of the calling thread.
     void release() noexcept;
+
+    /// What it guards.
+    LockRank rank = LockRank::None;
 
 private:
     alignas(std::max_align_t) std::array<std::byte, 40> m_storage;

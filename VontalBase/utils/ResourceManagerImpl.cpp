@@ -1,5 +1,6 @@
 #include "VontalBase/utils/ResourceManagerImpl.h"
 
+#include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/disk/places.h"
 #include "VontalBase/logging/LineLock.h"
@@ -33,6 +34,7 @@ u8string usualRootDirectory()
 ResourceManagerImpl::ResourceManagerImpl()
     : defaultBundle(emptyMultiLanguageBundle), language(firstLanguage), rootDirectory(usualRootDirectory())
 {
+    qvbase::LockRanks::set(mutex, platform::LockRank::ResourceManager);
 }
 
 void ResourceManagerImpl::setRootDirectory(const u8string & directory)
