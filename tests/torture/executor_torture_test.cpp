@@ -10,6 +10,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
 #include <new>
+#include <thread>
 
 namespace
 {
@@ -41,6 +42,27 @@ protected:
 
 private:
     std::atomic<int> & m_runs;
+};
+
+/// Waits until it may count, and allocates nothing.
+class Waiting : public Counting
+{
+public:
+    Waiting(std::atomic<int> & runs, const std::atomic<bool> & mayRun) : Counting(runs), m_mayRun(mayRun)
+    {
+    }
+    virtual ~Waiting() = default;
+
+protected:
+    void run(TaskExecutor * executor) override
+    {
+        while (!m_mayRun)
+            std::this_thread::yield();
+        Counting::run(executor);
+    }
+
+private:
+    const std::atomic<bool> & m_mayRun;
 };
 
 /// Waits for the threads of the library, and closes the handle that it keeps of the last.
@@ -102,11 +124,13 @@ TEST(ExecutorTorture, ATaskIsAddedOrMemoryWasTooShortForIt)
         [&](const Fault & fault)
         {
             std::atomic<int> runs{0};
+            std::atomic<bool> mayRun{false};
             try
             {
                 Reference<TaskExecutor> executor;
                 qvbase::createSimpleTaskExecutor(executor);
-                const Reference<Task> task(new ReferencedImplMT<Counting>(runs));
+                // The tasks pile up behind the first one.
+                const Reference<Task> task(new ReferencedImplMT<Waiting>(runs, mayRun));
                 int added = 0;
                 for (int i = 0; i < tasks; ++i)
                 {
@@ -125,6 +149,7 @@ TEST(ExecutorTorture, ATaskIsAddedOrMemoryWasTooShortForIt)
                     }
                 }
                 const UnseenAllocations unseen;
+                mayRun = true;
                 // One of them may go wrong.
                 executor->start();
                 executor->start();
