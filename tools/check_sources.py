@@ -13,6 +13,7 @@
    they hold is built into the other system.
 6. Every header says what it is: one of its first five lines is "/// @file". What is in a header without it would
    be missing from the manual without a word.
+7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both.
 """
 
 import pathlib
@@ -29,6 +30,8 @@ SYSTEM_HEADER = re.compile(
     r"|unistd|fcntl|pthread|dirent|dlfcn|poll|spawn|signal|langinfo|fnmatch|glob|pwd|grp|netdb|semaphore"
     r"|(sys|linux|arpa|netinet|libxml|libxslt|openssl)/.*)(\.h)?", re.IGNORECASE)
 STANDARD = {"semaphore"}  # of the system only with its .h
+
+SHOWN = re.compile(r"^\\(?:verb)?include(?:\{lineno\})? (\S+)$", re.MULTILINE)
 
 HALF = re.compile(r"VontalBase/platform/(posix|windows)/")
 
@@ -71,6 +74,26 @@ def find_circle(graph):
     return None
 
 
+def unshown_programs(docs):
+    """What is wrong with the programs of the manual."""
+    included_files = set()
+    for page in docs.glob("*.md"):
+        included_files |= set(SHOWN.findall(page.read_text(encoding="utf-8")))
+    programs = docs / "programs"
+    for program in sorted(programs.rglob("*.cpp")):
+        name = program.relative_to(programs)
+        printed = program.with_suffix(".txt")
+        if not printed.is_file():
+            yield f"docs/programs/{name} has no {printed.name} beside it that tells what it prints"
+            continue
+        if name.as_posix() not in included_files:
+            yield f"docs/programs/{name} is on no page of the manual"
+        # Where two programs print the same, one of the two files is enough.
+        same = (other for other in programs.rglob("*.txt") if other.read_bytes() == printed.read_bytes())
+        if not any(other.relative_to(programs).as_posix() in included_files for other in same):
+            yield f"what docs/programs/{name} prints is on no page of the manual"
+
+
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
     library = root / "VontalBase"
@@ -111,6 +134,8 @@ def main():
         if not name.startswith(("com", "xml")):
             here, there = ("posix", "windows") if name in halves[0] else ("windows", "posix")
             complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
+
+    complaints += unshown_programs(root / "docs")
 
     for complaint in complaints:
         print(complaint)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy on the library and the examples, several files at once.
+"""Runs clang-tidy on the library, the examples and the programs of the manual, several files at once.
 
     run_clang_tidy.py --build BUILD_TREE [--clang-tidy PROGRAM]
 
@@ -23,7 +23,7 @@ INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
 # Files are looked at as they are compiled for these targets; the first that knows a file decides. The
 # library is looked at as the tests of internals have it, for that has the fault gates in it.
-TARGETS = ("/VontalBaseTesting.dir/", "/VontalBase.dir/", "/example_")
+TARGETS = ("/VontalBaseTesting.dir/", "/VontalBase.dir/", "/example_", "/manual_")
 
 
 def entries_to_check(build, root):

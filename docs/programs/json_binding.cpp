@@ -52,7 +52,7 @@ int main()
     const qvbase::Reference<WindowSettings> settings = new qvbase::ReferencedImpl<WindowSettings>;
     if (!read(*settings, R"({"width": 1024, "recentFiles": ["a.txt"]})"))
         return 1;
-    settings->recentFiles.push_back("b \"new\".txt");
+    settings->recentFiles.emplace_back("b \"new\".txt");
     Vontal::u8string text;
     if (!settings->toJson(text))
         return 1;

@@ -16,7 +16,7 @@ public:
     explicit Adder(unsigned int steps) : m_steps(steps)
     {
     }
-    virtual ~Adder() = default;
+    ~Adder() override = default;
 
 protected:
     void execute() override
