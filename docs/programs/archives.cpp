@@ -49,8 +49,9 @@ int main()
     VontalException failure;
     qvzip::UnzipOptions options;
     options.maxTotalBytes = 1000;
-    if (!qvzip::unzipChecked("backup.zip", "restored", failure, options))
-        std::cout << "refused: too much for 1000 bytes\n";
+    if (qvzip::unzipChecked("backup.zip", "restored", failure, options))
+        return 1;
+    std::cout << "refused: " << failure.first->text << '\n';
 
     failure.clear();
     if (!qvzip::unzipChecked("backup.zip", "restored", failure))
@@ -59,7 +60,8 @@ int main()
         return 1;
     }
     std::string text;
-    qvdisk::readRawFile("restored\\notes.txt", text);
+    if (!qvdisk::readRawFile("restored\\notes.txt", text))
+        return 1;
     std::cout << text << "list.txt: " << qvdisk::getFileSize(u8string("restored\\old\\list.txt")) << '\n';
     return 0;
 }

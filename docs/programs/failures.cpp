@@ -49,14 +49,11 @@ int main()
         std::cout << failure.format() << '\n';
 
     failure.clear(); // A record that is used again would go on where it was.
-    qvdisk::writeTextFile("port.txt", "eighty");
-    if (!startServer("port.txt", failure))
-    {
-        std::cout << "the newest entry: " << failure.first->text << '\n';
-        std::cout << "the cause: " << failure.first->next->text << '\n';
-    }
+    if (!qvdisk::writeTextFile("port.txt", "eighty") || startServer("port.txt", failure))
+        return 1;
+    std::cout << "the newest entry: " << failure.first->text << '\n';
+    std::cout << "the cause: " << failure.first->next->text << '\n';
 
     failure.clear();
-    qvdisk::writeTextFile("port.txt", "8080");
-    return startServer("port.txt", failure) ? 0 : 1;
+    return qvdisk::writeTextFile("port.txt", "8080") && startServer("port.txt", failure) ? 0 : 1;
 }

@@ -12,7 +12,7 @@ namespace
 
 using Vontal::u8string;
 
-/// Tells of what is in a directory. The order of the system differs, so names are kept in a set.
+// Tells of what is in a directory. The order of the system differs, so names are kept in a set.
 class Examiner : public qvdisk::FileEnumerator
 {
 public:

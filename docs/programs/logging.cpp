@@ -29,7 +29,7 @@ bool openArchive(const u8string & path, VontalException & failure)
     return false;
 }
 
-/// Shows the lines from their numbers on, without what is another thing in each run and on each machine.
+// Shows the lines from their numbers on, without what is another thing in each run and on each machine.
 void showLog(const u8string & path)
 {
     // The library's own readers refuse a file that is being written.

@@ -11,7 +11,7 @@ namespace
 
 using qvparse::LexAnal;
 
-/// Adds up numbers with + between them, such as "10 + 5".
+// Adds up numbers with + between them, such as "10 + 5".
 bool addUp(const std::string & text, int & sum, VontalException & failure)
 {
     LexAnal cursor;
@@ -50,9 +50,9 @@ int main()
         std::cout << failure.format() << '\n';
 
     std::string roots;
-    options.get("roots", roots);
     std::list<std::string> items;
-    qvparse::splitString(roots, items, '|');
+    if (options.get("roots", roots))
+        qvparse::splitString(roots, items, '|');
     for (const std::string & item : items)
         std::cout << "root: " << item << '\n';
 

@@ -10,7 +10,7 @@ namespace
 
 using Vontal::u8string;
 
-/// What an installation puts beside the program.
+// What an installation puts beside the program.
 bool installTexts()
 {
     return qvdisk::createDirectories(u8string("locale\\de")) &&

@@ -51,7 +51,8 @@ int main()
 
     WidthListener listener;
     config.registerListener("window.width", &listener);
-    config.setItemInt("window.width", 1280);
+    if (!config.setItemInt("window.width", 1280))
+        return 1;
     config.unregisterListener("window.width", &listener);
     if (!config.setItemInt("window.heigth", 600))
         std::cout << "there is no setting of that name\n";
@@ -61,9 +62,8 @@ int main()
     if (!config.saveSettings(document, onlyOfUser) || !document.saveFile("user.xml", false, failure))
         return 1;
     qvutils::Config again;
-    if (!load(again, failure))
+    if (!load(again, failure) || !again.getItemInt("window.width", width))
         return 1;
-    again.getItemInt("window.width", width);
     std::cout << "next time it is " << width << " wide\n";
     return 0;
 }

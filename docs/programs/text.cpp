@@ -11,7 +11,7 @@ namespace
 
 using Vontal::u8string;
 
-/// Reads a line such as "Caf\xE9=12".
+// Reads a line such as "Caf\xE9=12".
 bool readLine(const std::string & ansiLine, u8string & name, int & count)
 {
     u8string line;

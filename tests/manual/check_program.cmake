@@ -3,6 +3,8 @@
 # Runs a program in a fresh folder. Fails unless it ends with 0 and prints exactly what the file EXPECTED has; the
 # two forms of line ends count as one.
 
+cmake_minimum_required(VERSION 3.25)
+
 list(REMOVE_ITEM PROGRAM "")
 file(REMOVE_RECURSE "${FOLDER}")
 file(MAKE_DIRECTORY "${FOLDER}")
@@ -23,7 +25,7 @@ string(REPLACE "0d 0a " "0a " expected "${expected}")
 if(NOT result STREQUAL "0" OR NOT printed STREQUAL expected)
     file(READ "${FOLDER}.output" text)
     file(READ "${EXPECTED}" expected_text)
-    message(FATAL_ERROR "ended with ${result}\n"
-        "--- expected:\n${expected_text}\n--- printed:\n${text}\n--- standard error stream:\n${errors}")
+    message("--- expected:\n${expected_text}\n--- printed:\n${text}\n--- standard error stream:\n${errors}")
+    message(FATAL_ERROR "the program ended with ${result}, and its output must be as expected")
 endif()
 file(REMOVE_RECURSE "${FOLDER}")
