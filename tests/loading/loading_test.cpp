@@ -4,6 +4,7 @@
 #include "support/Eventually.h"
 #include "support/IntendedLeak.h"
 #include "support/Load.h"
+#include "support/LoadTrace.h"
 #include "support/LoadedLibrary.h"
 #include "support/MemoryUse.h"
 #include "support/ResourceSnapshot.h"
@@ -73,6 +74,25 @@ TEST(Loading, StartsNoThreadAndOpensNoFileAndUnloadingEndsWell)
     EXPECT_EQ(child.exitCode, good);
     EXPECT_EQ(child.standardOutput, "");
     EXPECT_EQ(child.standardError, "") << "loading and unloading says nothing";
+}
+
+/// Libraries, and where the system looks them up.
+bool belongsToTheLoader(const std::string & path)
+{
+    return path.find(".so") != std::string::npos || path == "/etc/ld.so.cache" ||
+           path.find("/glibc-hwcaps/") != std::string::npos;
+}
+
+TEST(Loading, AsksTheSystemForNoFileAndNoThreadOfItsOwn)
+{
+    const testsupport::LoadTrace trace = testsupport::traceLoading(libraryPath);
+    if (!trace.wasTraced)
+        GTEST_SKIP() << "no process is allowed to look at the calls of another one";
+    ASSERT_TRUE(trace.wasLoaded);
+    EXPECT_FALSE(trace.opened.empty()) << "the library itself";
+    for (const std::string & path : trace.opened)
+        EXPECT_TRUE(belongsToTheLoader(path)) << path;
+    EXPECT_EQ(trace.started, 0);
 }
 
 constexpr int loadings = testsupport::remembersUnloadedLibraries ? 1 : 200;

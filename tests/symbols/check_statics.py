@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Checks that the static objects which no code uses are in the shared library all the same.
+"""Checks the static objects of the shared library: each is there, and they are made in their order.
 
-    check_statics.py [--nm NM] LIBRARY
+    check_statics.py [--nm NM] SOURCE LIBRARY
 
-They are local to one source file, so that only the table of all symbols shows them. Works on mangled names.
+They are local to SOURCE, so that only the table of all symbols of LIBRARY shows them. Objects of one source
+are made in the order of their definitions there, and destroyed in the opposite order. Works on mangled names.
 """
 
 import argparse
@@ -11,47 +12,71 @@ import re
 import subprocess
 import sys
 
-# What must be there exactly once: a description, and the name of the object as g++ and clang mangle it.
-OBJECTS = {
-    "the object of the conversions": re.compile(r"_ZL11conversions\Z"),
-    "the counter of the name FileCounter": re.compile(r"_ZN6qvbaseL11fileCounterE\Z"),
-    "the date format": re.compile(r"_ZN6qvbase10dateFormatB5cxx11E\Z"),
-    "the registry of COM objects": re.compile(r"_ZN6qvbase13debugRegistryB5cxx11E\Z"),
-    "the lock of all counts": re.compile(r"_ZN6qvbaseL21referencedObjectMutexE\Z"),
-    "the lock of multi-language strings": re.compile(r"_ZN6VontalL12mlLockObjectE\Z"),
-    "the newest multi-language string": re.compile(r"_ZN6Vontal8newestMlE\Z"),
-    "the default language": re.compile(r"_ZN6VontalL23mlDefaultLanguageObjectE\Z"),
-    "the bundle without texts": re.compile(r"_ZN7qvutilsL25emptyResourceBundleObjectE\Z"),
-    "the empty text": re.compile(r"_ZN7qvutilsL15emptyTextObjectE\Z"),
-    "the bundle without languages": re.compile(r"_ZN7qvutilsL30emptyMultiLanguageBundleObjectE\Z"),
-    "the resource manager": re.compile(r"_ZN7qvutilsL21resourceManagerObjectE\Z"),
-    "the end of the resource manager": re.compile(r"_ZN7qvutilsL18resourceManagerEndE\Z"),
-    "the logger of the system log": re.compile(r"_ZN7qvutilsL18systemLoggerObjectE\Z"),
-    "the formatter of the system log": re.compile(r"_ZN7qvutilsL23systemLogFormaterObjectE\Z"),
-    "the switch of the system log": re.compile(r"_ZN7qvutilsL15systemLogSwitchE\Z"),
-    "the registry of threads": re.compile(r"_ZN6qvbaseL8registryE\Z"),
-}
+# In the order in which they are made: what the object is, its name, and its name as g++ and clang mangle it.
+OBJECTS = (
+    ("the registry of COM objects", "debugRegistry", r"_ZN6qvbase13debugRegistryB5cxx11E"),
+    ("the lock of all counts", "referencedObjectMutex", r"_ZN6qvbaseL21referencedObjectMutexE"),
+    ("the lock of multi-language strings", "mlLockObject", r"_ZN6VontalL12mlLockObjectE"),
+    ("the newest multi-language string", "newestMl", r"_ZN6Vontal8newestMlE"),
+    ("the default language", "mlDefaultLanguageObject", r"_ZN6VontalL23mlDefaultLanguageObjectE"),
+    ("the object of the conversions", "conversions", r"_ZL11conversions"),
+    ("the date format", "dateFormat", r"_ZN6qvbase10dateFormatB5cxx11E"),
+    ("the counter of the name FileCounter", "fileCounter", r"_ZN6qvbaseL11fileCounterE"),
+    ("the registry of threads", "registry", r"_ZN6qvbaseL8registryE"),
+    ("the bundle without texts", "emptyResourceBundleObject", r"_ZN7qvutilsL25emptyResourceBundleObjectE"),
+    ("the empty text", "emptyTextObject", r"_ZN7qvutilsL15emptyTextObjectE"),
+    ("the bundle without languages", "emptyMultiLanguageBundleObject",
+     r"_ZN7qvutilsL30emptyMultiLanguageBundleObjectE"),
+    ("the resource manager", "resourceManagerObject", r"_ZN7qvutilsL21resourceManagerObjectE"),
+    ("the end of the resource manager", "resourceManagerEnd", r"_ZN7qvutilsL18resourceManagerEndE"),
+    ("the logger of the system log", "systemLoggerObject", r"_ZN7qvutilsL18systemLoggerObjectE"),
+    ("the formatter of the system log", "systemLogFormaterObject", r"_ZN7qvutilsL23systemLogFormaterObjectE"),
+    ("the switch of the system log", "systemLogSwitch", r"_ZN7qvutilsL15systemLogSwitchE"),
+)
+
+
+def count_faults(listing):
+    """How many objects are not in the library exactly once."""
+    # Data in any section, of this library alone or of the whole process.
+    data = [fields[2] for fields in map(str.split, listing.splitlines()) if fields[1] in "bBdD"]
+    faults = 0
+    for description, _, mangled in OBJECTS:
+        count = data.count(mangled)
+        if count != 1:
+            print(f"{description}: {count} instead of 1")
+            faults += 1
+    return faults
+
+
+def order_faults(source):
+    """How many objects are not defined behind the one before."""
+    faults = 0
+    last = -1
+    for description, name, _ in OBJECTS:
+        # A definition begins at the margin, or ends a structure there, and has a value or a semicolon.
+        definition = re.search(rf"^(?:[\w:}}].*[ *&]|}} ){name}(?:\(|;| =)", source, re.M)
+        position = definition.start() if definition else -1
+        if position <= last:
+            print(f"{description}: not defined behind the object before it")
+            faults += 1
+        last = max(last, position)
+    return faults
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--nm", default="nm")
+    parser.add_argument("source")
     parser.add_argument("library")
     arguments = parser.parse_args()
 
     listing = subprocess.run([arguments.nm, "--defined-only", arguments.library],
                              check=True, capture_output=True, text=True).stdout
-    # Data in any section, of this library alone or of the whole process.
-    data = [fields[2] for fields in map(str.split, listing.splitlines()) if fields[1] in "bBdD"]
-    failed = False
-    for description, name in OBJECTS.items():
-        count = sum(1 for symbol in data if name.match(symbol))
-        if count != 1:
-            print(f"{description}: {count} instead of 1")
-            failed = True
-    if failed:
+    with open(arguments.source, encoding="utf-8") as file:
+        source = file.read()
+    if count_faults(listing) + order_faults(source):
         return 1
-    print(f"{len(OBJECTS)} static objects, each of them once")
+    print(f"{len(OBJECTS)} static objects, each of them once and in its place")
     return 0
 
 
