@@ -14,6 +14,7 @@
 6. Every header says what it is: one of its first five lines is "/// @file". What is in a header without it would
    be missing from the manual without a word.
 7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both.
+8. What the library throws is of the standard library, or the error of COM.
 """
 
 import pathlib
@@ -30,6 +31,9 @@ SYSTEM_HEADER = re.compile(
     r"|unistd|fcntl|pthread|dirent|dlfcn|poll|spawn|signal|langinfo|fnmatch|glob|pwd|grp|netdb|semaphore"
     r"|(sys|linux|arpa|netinet|libxml|libxslt|openssl)/.*)(\.h)?", re.IGNORECASE)
 STANDARD = {"semaphore"}  # of the system only with its .h
+
+# "throw;" passes on what came from elsewhere.
+THROWN = re.compile(r"^[^/\"]*\bthrow\s+(?!std::|_com_error\b)\w", re.MULTILINE)
 
 SHOWN = re.compile(r"^\\(?:verb)?include(?:\{lineno\})? (\S+)$", re.MULTILINE)
 
@@ -94,6 +98,15 @@ def unshown_programs(docs):
             yield f"what docs/programs/{name} prints is on no page of the manual"
 
 
+def foreign_exceptions(root, files):
+    """Where something else is thrown than applications expect."""
+    for path in files:
+        text = path.read_text(encoding="utf-8")
+        for match in THROWN.finditer(text):
+            number = text.count("\n", 0, match.end()) + 1
+            yield f"{path.relative_to(root).as_posix()}:{number}: an exception that is not of the standard library"
+
+
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".").resolve()
     library = root / "VontalBase"
@@ -136,6 +149,7 @@ def main():
             complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
 
     complaints += unshown_programs(root / "docs")
+    complaints += foreign_exceptions(root, files)
 
     for complaint in complaints:
         print(complaint)
