@@ -12,7 +12,7 @@ install(TARGETS VontalBase EXPORT VontalBaseTargets
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development)
-if(vontalbase_runtime_dlls)
+if(vontalbase_runtime_dlls AND VONTALBASE_INSTALL_RUNTIME)
     install(FILES ${vontalbase_runtime_dlls} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
 endif()
 
@@ -23,8 +23,12 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/VontalBaseConfig.cmak
     "${PROJECT_BINARY_DIR}/VontalBaseConfig.cmake"
     INSTALL_DESTINATION "${vontalbase_package_folder}")
 # Before version 1 a minor version may change an interface.
+set(vontalbase_compatibility SameMinorVersion)
+if(PROJECT_VERSION_MAJOR GREATER 0)
+    set(vontalbase_compatibility SameMajorVersion)
+endif()
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/VontalBaseConfigVersion.cmake"
-    COMPATIBILITY SameMinorVersion)
+    COMPATIBILITY ${vontalbase_compatibility})
 install(FILES
     "${PROJECT_BINARY_DIR}/VontalBaseConfig.cmake"
     "${PROJECT_BINARY_DIR}/VontalBaseConfigVersion.cmake"
