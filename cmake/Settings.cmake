@@ -2,7 +2,7 @@
 # instrumented whole or not at all, but neither our warnings nor our language settings.
 
 find_package(Threads REQUIRED)
-if(WIN32)
+if(WIN32 AND NOT DEFINED ZLIB_USE_STATIC_LIBS)
     # One DLL less to ship.
     set(ZLIB_USE_STATIC_LIBS ON)
 endif()

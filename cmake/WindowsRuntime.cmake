@@ -4,6 +4,7 @@
 if(NOT MINGW)
     return()
 endif()
+option(VONTALBASE_INSTALL_RUNTIME "Install the compiler's runtime DLLs beside the library" ON)
 
 set(vontalbase_runtime_dlls)
 set(copied)

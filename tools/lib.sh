@@ -10,7 +10,7 @@ export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 # Debian packages, by purpose.
 packages_build=(g++ cmake ninja-build libssl-dev libxml2-dev libxslt1-dev zlib1g-dev)
-packages_tests=(python3 pkg-config googletest locales tzdata libxml2-utils xsltproc
+packages_tests=(python3 pkg-config dpkg-dev googletest locales tzdata libxml2-utils xsltproc
     libarchive-tools p7zip-full)
 packages_windows=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine64)
 packages_bench=(python3 libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev libboost-json1.81-dev
