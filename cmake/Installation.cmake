@@ -38,6 +38,7 @@ install(FILES
 set(vontalbase_pkgconfig_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 file(RELATIVE_PATH vontalbase_prefix_from_pkgconfig
     "/prefix/${vontalbase_pkgconfig_folder}" "/prefix")
+string(REGEX REPLACE "/$" "" vontalbase_prefix_from_pkgconfig "${vontalbase_prefix_from_pkgconfig}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/vontalbase.pc.in" "${PROJECT_BINARY_DIR}/vontalbase.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/vontalbase.pc"
     DESTINATION "${vontalbase_pkgconfig_folder}" COMPONENT Development)
