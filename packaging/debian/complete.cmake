@@ -1,6 +1,6 @@
 # Run by cpack between the installation of the two components and the making of their packages: gives each the
-# files in share/doc that Debian asks for, and finds out which packages the library needs. (CPack would find them
-# too, but then it writes scripts that call ldconfig, where the triggers of this folder do it.)
+# files in share/doc that Debian asks for, tells pkg-config the prefix, and finds out which packages the library needs.
+# (CPack would find them too, but then it writes scripts that call ldconfig, where the triggers of this folder do it.)
 
 if(NOT CPACK_VONTALBASE_PREFIX STREQUAL "/usr")
     message(FATAL_ERROR "The Debian packages are made in a build tree that is configured for the prefix /usr: "
@@ -27,6 +27,12 @@ file(RENAME "${runtime_documents}/LICENSE" "${runtime_documents}/copyright")
 file(COPY "${CPACK_VONTALBASE_CHANGELOG}" DESTINATION "${runtime_documents}")
 run(gzip -9n "${runtime_documents}/changelog")
 file(COPY "${runtime_documents}/" DESTINATION "${development_documents}")
+
+# pkg-config leaves the folders of the system out of its flags only where they are told without detours.
+set(pkgconfig "${development}/${CPACK_VONTALBASE_LIBDIR}/pkgconfig/vontalbase.pc")
+file(READ "${pkgconfig}" text)
+string(REGEX REPLACE "^prefix=[^\n]*" "prefix=/usr" text "${text}")
+file(WRITE "${pkgconfig}" "${text}")
 
 # dpkg-shlibdeps wants to be called in the tree of a source package.
 find_program(VONTALBASE_DPKG_SHLIBDEPS dpkg-shlibdeps)

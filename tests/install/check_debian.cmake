@@ -125,7 +125,15 @@ endforeach()
 foreach(file IN ITEMS "${runtime_file}" "${development_file}")
     run("${DPKG_DEB}" -x "${file}" "${WORK}/both")
 endforeach()
+# Their files tell pkg-config the places of the system, so this one is named as another system's root.
+set(ENV{PKG_CONFIG_SYSROOT_DIR} "${WORK}/both")
 use_tree("${WORK}/both/usr" "${LIBDIR}")
+unset(ENV{PKG_CONFIG_SYSROOT_DIR})
+# In the system itself no folder may be among the flags: it would change the order in which compilers look.
+set(ENV{PKG_CONFIG_LIBDIR} "${WORK}/both/usr/${LIBDIR}/pkgconfig")
+run("${PKG_CONFIG}" --cflags --libs vontalbase)
+unset(ENV{PKG_CONFIG_LIBDIR})
+expect_equal("the flags in the system" "-lVontalBase" "${output}")
 
 # A package of the application would depend on our runtime package alone, besides those of the compiler.
 file(COPY "${WORK}/control/" DESTINATION "${WORK}/runtime/DEBIAN")
