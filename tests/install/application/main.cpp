@@ -1,5 +1,4 @@
 #include <VontalBase/VontalBase.h>
-
 #include <iostream>
 
 // Reads a number out of JSON, and fails as it should where there is none.
