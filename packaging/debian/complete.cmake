@@ -2,6 +2,9 @@
 # files in share/doc that Debian asks for, tells pkg-config the prefix, and finds out which packages the library needs.
 # (CPack would find them too, but then it writes scripts that call ldconfig, where the triggers of this folder do it.)
 
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+    return()
+endif()
 if(NOT CPACK_VONTALBASE_PREFIX STREQUAL "/usr")
     message(FATAL_ERROR "The Debian packages are made in a build tree that is configured for the prefix /usr: "
         "cmake -DCMAKE_INSTALL_PREFIX=/usr. The one of this tree is ${CPACK_VONTALBASE_PREFIX}.")
@@ -47,3 +50,14 @@ if(NOT output MATCHES "^shlibs:Depends=(.+)$")
     message(FATAL_ERROR "dpkg-shlibdeps says of ${libraries} only: ${output}")
 endif()
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${CMAKE_MATCH_1}")
+
+# Whatever the mask of the caller is, all may read what the packages hold.
+file(GLOB_RECURSE entries LIST_DIRECTORIES true "${CPACK_TEMPORARY_DIRECTORY}/*")
+foreach(entry IN LISTS entries)
+    if(IS_DIRECTORY "${entry}")
+        file(CHMOD "${entry}" PERMISSIONS
+            OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+    elseif(NOT IS_SYMLINK "${entry}")
+        file(CHMOD "${entry}" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+    endif()
+endforeach()
