@@ -3,6 +3,8 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstddef>
@@ -20,6 +22,11 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+[[maybe_unused]] const bool isDescribed =
+    bench::describe("Translated texts", "Loading files of texts and looking texts up by their keys.",
+        {{"getline_map", "std::getline into a std::map of " + bench::standardLibrary},
+            {"locked_map", "std::map behind a std::recursive_mutex, of " + bench::standardLibrary}});
 
 using Map = std::map<std::string, std::string>;
 

@@ -2,8 +2,11 @@
 
 #include "VontalBase/core/Md5Sum.h"
 
+#include "about.h"
+
 #include <benchmark/benchmark.h>
 #include <map>
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <random>
 #include <string>
@@ -12,6 +15,9 @@
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Digests", "The MD5 digest of bytes in memory.",
+    {{"libcrypto", std::string("OpenSSL ") + OpenSSL_version(OPENSSL_VERSION_STRING)}});
 
 const std::vector<unsigned char> & bytesOf(std::size_t size)
 {

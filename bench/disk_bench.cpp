@@ -3,6 +3,8 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -12,11 +14,18 @@
 #include <string>
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
+#include <unicode/uvernum.h>
 
 namespace
 {
 
 namespace fs = std::filesystem;
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Files and directories",
+    "Copying, reading, converting and summing files; listing and walking directories.",
+    {{"loop", "fread and fwrite, 64 KiB at a time"}, {"std", "std::filesystem of " + bench::standardLibrary},
+        {"fread", "one fread of the whole file"}, {"icu", "ICU " U_ICU_VERSION},
+        {"digest", "the digest of as many bytes in memory, no file read"}});
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 

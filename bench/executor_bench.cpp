@@ -3,6 +3,8 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <benchmark/benchmark.h>
 #include <condition_variable>
 #include <cstdint>
@@ -15,6 +17,11 @@
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed =
+    bench::describe("Tasks", "A million tasks that do nothing, handed to an executor and run.",
+        {{"functions", "a thread, a mutex and a std::deque of std::function, of " + bench::standardLibrary},
+            {"shared", "the same with std::shared_ptr of std::function"}});
 
 using qvbase::Reference;
 using qvbase::ReferencedImplMT;

@@ -2,10 +2,12 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
 #include "documents.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/json.hpp>
+#include <boost/version.hpp>
 #include <nlohmann/json.hpp>
 #include <rapidjson/document.h>
 #include <rapidjson/reader.h>
@@ -16,6 +18,16 @@
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed = bench::describe("JSON",
+    "Text into events and into trees, and trees into text.",
+    {{"rapidjson", "RapidJSON " RAPIDJSON_VERSION_STRING},
+        {"nlohmann", "JSON for Modern C++ " + bench::version(NLOHMANN_JSON_VERSION_MAJOR,
+                                                  NLOHMANN_JSON_VERSION_MINOR, NLOHMANN_JSON_VERSION_PATCH)},
+        {"boost", "Boost.JSON " BOOST_LIB_VERSION},
+        {"simdjson",
+            "simdjson " + bench::version(simdjson::SIMDJSON_VERSION_MAJOR, simdjson::SIMDJSON_VERSION_MINOR,
+                              simdjson::SIMDJSON_VERSION_REVISION)}});
 
 using qvbase::Reference;
 using qvjson::Item;

@@ -2,6 +2,7 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
 #include "documents.h"
 
 #include <algorithm>
@@ -74,6 +75,11 @@ void operator delete[](void * memory, std::size_t) noexcept
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Memory of JSON trees",
+    "The greatest memory in use while text becomes a tree: the numbers are bytes, not time.",
+    {{"nlohmann", "JSON for Modern C++ " + bench::version(NLOHMANN_JSON_VERSION_MAJOR,
+                                               NLOHMANN_JSON_VERSION_MINOR, NLOHMANN_JSON_VERSION_PATCH)}});
 
 /// Reports the peak of one run, above what was there before, as so many nanoseconds.
 template <class Run>

@@ -3,18 +3,29 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/daily_file_sink.h>
+#include <spdlog/version.h>
 #include <string>
 
 namespace
 {
 
 namespace fs = std::filesystem;
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Logs",
+    "Lines that are in the file when the call returns, from one and from 16 threads, and lines below the "
+    "level.",
+    {{"spdlog", "a daily file of spdlog " +
+                    bench::version(SPDLOG_VER_MAJOR, SPDLOG_VER_MINOR, SPDLOG_VER_PATCH) +
+                    ", flushed at every line"},
+        {"locked_increment", "our mutex round the increment of a number"}});
 
 constexpr char message[] = "The file could not be opened and is left out";
 

@@ -4,10 +4,13 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <atomic>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdint>
+#include <gnu/libc-version.h>
 #include <semaphore>
 #include <spawn.h>
 #include <string>
@@ -17,6 +20,11 @@
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Child processes",
+    "Starting children and awaiting them, and taking in what eight of them print at once.",
+    {{"posix_spawn", std::string("posix_spawn and waitpid of glibc ") + gnu_get_libc_version()},
+        {"watch_cycles", "the pauses alone that the watching of so much output is made of"}});
 
 constexpr char shortProgram[] = "/bin/true";
 constexpr int printingChildren = 8;

@@ -2,15 +2,23 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <benchmark/benchmark.h>
+#include <gnu/libc-version.h>
 #include <iconv.h>
 #include <map>
 #include <random>
 #include <unicode/ustring.h>
+#include <unicode/uvernum.h>
 #include <vector>
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed =
+    bench::describe("Text", "UTF-8 into wide text and back: plain ASCII, and words of several scripts.",
+        {{"icu", "ICU " U_ICU_VERSION}, {"iconv", std::string("iconv of glibc ") + gnu_get_libc_version()}});
 
 const std::vector<std::string> asciiWords = {"the", "quick", "brown", "fox", "jumps", "over", "lazy", "dog,",
     "and", "0123456789", "sheep", "look", "on.", "Configuration", "of", "a", "library"};

@@ -2,11 +2,17 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <benchmark/benchmark.h>
 #include <mutex>
 
 namespace
 {
+
+[[maybe_unused]] const bool isDescribed =
+    bench::describe("Locks", "A lock that nobody else wants, taken and given back.",
+        {{"recursive_mutex", "std::recursive_mutex of " + bench::standardLibrary}});
 
 void mutexOurs(benchmark::State & state)
 {

@@ -3,6 +3,8 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <chrono>
@@ -12,6 +14,7 @@
 #include <functional>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <libxml/xmlversion.h>
 #include <list>
 #include <malloc.h>
 #include <map>
@@ -24,6 +27,15 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+[[maybe_unused]] const bool isDescribed = bench::describe("XML, settings, lists and translated strings",
+    "Documents loaded, walked and saved; settings and lists loaded and searched; strings that switch their "
+    "language. Of list_memory_as_time the numbers are bytes, not time.",
+    {{"libxml2", "libxml2 " LIBXML_DOTTED_VERSION},
+        {"libxml2+map", "libxml2 " LIBXML_DOTTED_VERSION " and a std::map"},
+        {"map", "std::map of " + bench::standardLibrary},
+        {"structs", "nodes of std::string, std::map and std::list, of " + bench::standardLibrary},
+        {"set", "std::set of the addresses of plain objects"}});
 
 void require(bool holds)
 {

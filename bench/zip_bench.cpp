@@ -4,11 +4,14 @@
 
 #include "VontalBase/VontalBase.h"
 
+#include "about.h"
+
 #include <algorithm>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -24,6 +27,24 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+std::string firstLineOf(const char * command)
+{
+    std::string line;
+    if (std::FILE * const pipe = popen(command, "r"))
+    {
+        for (int c = std::fgetc(pipe); c != EOF && c != '\n'; c = std::fgetc(pipe))
+            line += static_cast<char>(c);
+        pclose(pipe);
+    }
+    return line;
+}
+
+[[maybe_unused]] const bool isDescribed = bench::describe("Zip archives",
+    "Archives written and read, with large and with many small files; items listed and found.",
+    {{"zlib", std::string("zlib ") + zlibVersion() + ", its bare calls, without an archive"},
+        {"bsdtar", firstLineOf("bsdtar --version")},
+        {"python", "zipfile of " + firstLineOf("python3 --version")}});
 
 constexpr std::uint64_t mixedBytes = 500'000'000;
 constexpr int level = 8;
