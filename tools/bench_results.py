@@ -86,8 +86,12 @@ def read_program(path, errors):
     program = Program(name, context.get("title") or name, context.get("workloads") or "", peers, context)
     # They ran in a random order.
     for run in sorted(runs, key=lambda run: run.get("family_index", 0)):
-        if run.get("run_type") != "aggregate":
+        if run.get("run_type") == "aggregate":
+            continue
+        try:
             add_run(program, run, errors)
+        except KeyError as missing:
+            errors.append(f"{name}: a result without {missing}")
     check(program, errors)
     return program
 
