@@ -15,6 +15,7 @@
    be missing from the manual without a word.
 7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both.
 8. What the library throws is of the standard library, or the error of COM.
+9. Each benchmark tells the report of itself.
 """
 
 import pathlib
@@ -150,6 +151,8 @@ def main():
 
     complaints += unshown_programs(root / "docs")
     complaints += foreign_exceptions(root, files)
+    complaints += (f"bench/{path.name} does not call bench::describe" for path in sorted(root.glob("bench/*_bench.cpp"))
+                   if "bench::describe(" not in path.read_text(encoding="utf-8"))
 
     for complaint in complaints:
         print(complaint)
