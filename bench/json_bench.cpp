@@ -24,7 +24,8 @@ namespace
     {{"rapidjson", "RapidJSON " RAPIDJSON_VERSION_STRING},
         {"nlohmann", "JSON for Modern C++ " + bench::version(NLOHMANN_JSON_VERSION_MAJOR,
                                                   NLOHMANN_JSON_VERSION_MINOR, NLOHMANN_JSON_VERSION_PATCH)},
-        {"boost", "Boost.JSON " BOOST_LIB_VERSION},
+        {"boost", "Boost.JSON " + bench::version(BOOST_VERSION / 100000, BOOST_VERSION / 100 % 1000,
+                                      BOOST_VERSION % 100)},
         {"simdjson",
             "simdjson " + bench::version(simdjson::SIMDJSON_VERSION_MAJOR, simdjson::SIMDJSON_VERSION_MINOR,
                               simdjson::SIMDJSON_VERSION_REVISION)}});

@@ -212,7 +212,7 @@ def main(arguments):
         return 2
     programs, errors = read(arguments[1:])
     pathlib.Path(arguments[0]).write_text(page(programs, errors), encoding="utf-8")
-    print(f"the report is {arguments[0]}" + (f", with {len(errors)} errors" if errors else ""))
+    print(f"the report is {arguments[0]}" + (f"; it tells of errors: {len(errors)}" if errors else ""))
     return 1 if errors else 0
 
 
