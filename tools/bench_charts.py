@@ -15,7 +15,7 @@ BARS = (42, 88)
 LINES = (12, 93)
 # Down, in pixels.
 ROW, HEADING, SCALE = 20, 26, 40
-LINES_TOP, LINES_BOTTOM, LINES_HEIGHT = 24, 150, 190
+LINES_TOP, LINES_BOTTOM, LINES_HEIGHT = 24, 150, 202
 
 SHAPES = 4  # of the lines; the style has as many colours
 

@@ -31,7 +31,8 @@ p { max-width: 46rem; margin: .5rem 0; }
 a { color: var(--link); }
 section { border-top: 1px solid var(--grid); padding-top: 1.25rem; margin-top: 2rem; }
 .charts { display: grid; gap: 0 2.5rem; }
-@media (min-width: 60rem) { .charts.two { grid-template-columns: 1fr 1fr; } }
+#reading { margin-top: 1.5rem; }
+@media (min-width: 60rem) { .charts.two { grid-template-columns: 1fr 1fr; } #reading { margin-top: 0; } }
 .charts > div { min-width: 0; max-width: 46rem; }
 .dim, figcaption { color: var(--dim); font-size: .875rem; }
 figure { margin: 0 0 1rem; }
