@@ -319,12 +319,19 @@ TEST(ProcessRunnerHardUse, AHundredChildrenAtOnce)
 
 TEST(ProcessRunnerHardUse, AThousandChildrenOneBehindTheOther)
 {
-    const auto start = []
+    const auto start = []() -> testing::AssertionResult
     {
         ProcessRunner runner;
         const MonitorReference monitor = newMonitor();
-        return startChild(runner, monitor, "printsLines", {"output", "1"}) && monitor->waitForEnd() &&
-               monitor->heard().output == "000000000000000.";
+        if (!startChild(runner, monitor, "printsLines", {"output", "1"}))
+            return testing::AssertionFailure() << "was not started";
+        if (!monitor->waitForEnd())
+            return testing::AssertionFailure() << "did not end";
+        const Heard heard = monitor->heard();
+        if (heard.output == "000000000000000.")
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "ended with " << heard.exitCode << " and said \""
+                                           << heard.output << "\" and \"" << heard.error << '"';
     };
     ASSERT_TRUE(start());
     const std::size_t before = ResourceSnapshot::take().descriptors;

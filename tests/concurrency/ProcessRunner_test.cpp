@@ -183,7 +183,7 @@ TEST(ProcessRunner, StartsNothingWithoutAMonitor)
     const Signal signal(directory, "go");
     ProcessRunner runner;
     RunningProcess * process = untouched;
-    EXPECT_FALSE(startChild(runner, nullptr, "livesUntilTheSignal", {signal.path()}, &process));
+    EXPECT_FALSE(tryToStartChild(runner, nullptr, "livesUntilTheSignal", {signal.path()}, &process));
     EXPECT_EQ(process, untouched);
     EXPECT_EQ(runner.getProcessCount(), 0U);
 }

@@ -138,7 +138,7 @@ TEST(ProcessRunnerFailures, LeaveTheChildRunningWhereOnlyItsWatcherCannotBeStart
     RunningProcess * process = nullptr;
     {
         const Armed armed("start thread", 1, 1, GateAnswer::Fail);
-        EXPECT_FALSE(startChild(runner, monitor, "givesASignal", {signal.path()}, &process));
+        EXPECT_FALSE(tryToStartChild(runner, monitor, "givesASignal", {signal.path()}, &process));
     }
     EXPECT_TRUE(signal.waitFor()) << "the child runs";
     EXPECT_EQ(process, nullptr);
@@ -170,7 +170,7 @@ TEST(ProcessRunnerFailures, OfPipesCopiesAndStartsLeaveNoChild)
             ProcessRunner runner;
             const MonitorReference monitor = newMonitor();
             const Armed armed(row.service, passage, 1, GateAnswer::Fail);
-            EXPECT_FALSE(startChild(runner, monitor, "givesASignal", {signal.path()}));
+            EXPECT_FALSE(tryToStartChild(runner, monitor, "givesASignal", {signal.path()}));
             EXPECT_EQ(platform::gatePassages(), passage) << "nothing is tried behind it";
             EXPECT_EQ(runner.getProcessCount(), 0U);
             EXPECT_EQ(monitor->heard().calls, Calls{});

@@ -13,6 +13,7 @@
 #include "support/Eventually.h"
 #include "support/TempDirectory.h"
 #include "support/TestSemaphore.h"
+#include "support/Wine.h"
 
 #include <chrono>
 #include <filesystem>
@@ -120,13 +121,26 @@ inline MonitorReference newMonitor()
     return {new qvbase::ReferencedImplMT<NotingMonitor>};
 }
 
-/// Starts a registered child function on a runner.
-inline bool startChild(qvbase::ProcessRunner & runner, qvbase::ProcessMonitor * monitor,
+/// Tries once to start a registered child function on a runner.
+inline bool tryToStartChild(qvbase::ProcessRunner & runner, qvbase::ProcessMonitor * monitor,
     const std::string & name, const std::vector<std::string> & arguments = {},
     qvbase::RunningProcess ** process = nullptr)
 {
     const testsupport::ChildCommand command = testsupport::childCommand(name, arguments);
     return runner.run(command.program, command.arguments, monitor, process);
+}
+
+/// Starts a registered child function on a runner.
+inline bool startChild(qvbase::ProcessRunner & runner, qvbase::ProcessMonitor * monitor,
+    const std::string & name, const std::vector<std::string> & arguments = {},
+    qvbase::RunningProcess ** process = nullptr)
+{
+    for (int i = 0; i < testsupport::startingTries(); ++i)
+    {
+        if (tryToStartChild(runner, monitor, name, arguments, process))
+            return true;
+    }
+    return false;
 }
 
 /// Lets a child go on, or shows how far it is: a file that is made by one process and seen by another.

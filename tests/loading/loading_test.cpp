@@ -114,8 +114,8 @@ VONTALBASE_TEST_CHILD(loadsUsesAndUnloads, arguments)
     // With the first thread, checkers start one of their own.
     std::thread([] {}).join();
     const testsupport::ChildCommand hello = testsupport::childCommand("saysHello");
-    // Wine loses a child at its start once in some thousands. What failed is on the standard output.
-    const int tries = testsupport::isWine() ? 2 : 1;
+    // What failed is on the standard output.
+    const int tries = testsupport::startingTries();
     using Use = int(const char *, const char *, const char *, const char *, int);
     for (int i = 0; i < loadings; ++i)
     {

@@ -1,5 +1,7 @@
 #include "support/ChildProcess.h"
 
+#include "support/Wine.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -156,8 +158,13 @@ ChildResult run(
     startup.hStdOutput = outWrite.get();
     startup.hStdError = errWrite.get();
     PROCESS_INFORMATION information = {};
-    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-            &startup, &information))
+    bool isStarted = false;
+    for (int i = 0; i < startingTries() && !isStarted; ++i)
+    {
+        isStarted = CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                        nullptr, &startup, &information) != FALSE;
+    }
+    if (!isStarted)
     {
         result.standardError = "CreateProcess failed with error " + std::to_string(GetLastError());
         return result;

@@ -16,4 +16,9 @@ bool isWine()
 #endif
 }
 
+int startingTries()
+{
+    return isWine() ? 5 : 1;
+}
+
 } // namespace testsupport

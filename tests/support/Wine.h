@@ -8,4 +8,8 @@ namespace testsupport
 /// Whether the program runs under Wine.
 bool isWine();
 
+/// How often a child may have to be started until it is there. On a busy machine Wine refuses one of some
+/// hundreds for no reason of ours.
+int startingTries();
+
 } // namespace testsupport
