@@ -26,7 +26,7 @@ constexpr std::size_t usualHeader = 512;
 constexpr std::size_t headerWithData = InputWindow::capacity;
 
 /// Items go to files in pieces of this size; where one fails, what came of it is written in steps of the
-/// other size. zlib keeps what it has just given by copying it at the end of each piece.
+/// other size.
 constexpr std::size_t pieceSize = 65536;
 constexpr std::size_t pieceStep = 16384;
 

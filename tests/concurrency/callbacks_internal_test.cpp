@@ -6,7 +6,10 @@
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
 #include "VontalBase/concurrency/threadregistry.h"
 #include "VontalBase/core/ReferencedImplMT.h"
+#include "VontalBase/logging/LogFormater.h"
+#include "VontalBase/logging/LoggerInterface.h"
 #include "VontalBase/platform/lockorder.h"
+#include "VontalBase/text/mlregistry.h"
 #include "VontalBase/text/u8string.h"
 
 #include "concurrency/monitors.h"
@@ -212,8 +215,50 @@ TEST(LocksOfTheLibrary, HaveTheirPlacesInTheOrder)
 {
     const qvbase::ThreadMutexGuard first(qvbase::threadRegistry.threadRegistryMutex, true);
     EXPECT_EQ(heldLocks(), 1U);
-    const qvbase::ThreadMutexGuard last(qvbase::g_referencedObjectMutex, true);
+    const qvbase::ThreadMutexGuard second(Vontal::mlLock, true);
     EXPECT_EQ(heldLocks(), 2U);
+    const qvbase::ThreadMutexGuard last(qvbase::g_referencedObjectMutex, true);
+    EXPECT_EQ(heldLocks(), 3U);
+}
+
+TEST(LocksOfTheLibrary, AreKnownWhereACommandHoldsItsOwn)
+{
+    class Opened : public LongRunCommand
+    {
+    public:
+        using LongRunCommand::mutex;
+
+    protected:
+        void execute() override
+        {
+        }
+    };
+    const Reference<Opened> command(new ReferencedImplMT<Opened>);
+    const qvbase::ThreadMutexGuard guard(command->mutex, true);
+    EXPECT_EQ(heldLocks(), 1U);
+}
+
+TEST(LocksOfTheLibrary, AreKnownWhereALineIsWritten)
+{
+    class Logger : public qvutils::LoggerInterface
+    {
+    public:
+        Logger() : LoggerInterface(1)
+        {
+        }
+
+        std::size_t held = 0;
+
+    protected:
+        bool internal_log(const char *) override
+        {
+            held = heldLocks();
+            return true;
+        }
+    };
+    Logger logger;
+    qvutils::LogFormater(&logger, 1, false).writeMessage(1, "line");
+    EXPECT_EQ(logger.held, 1U);
 }
 
 } // namespace

@@ -74,6 +74,22 @@ TEST_F(Unzip, KeepsFailingOnATargetThatEndsInASlash)
     EXPECT_EQ(tree(), Names{});
 }
 
+TEST_F(Unzip, MakesDirectoriesBelowThoseThatItHasMade)
+{
+    EXPECT_TRUE(unzip({{ziptest::stored("a/b/x", "1"), ziptest::stored("a/y", "2"),
+        ziptest::stored("a/b/c/d/z", "3"), ziptest::stored("ab/x", "4"), ziptest::stored("a/b/x2", "5")}}))
+        << error.format();
+    EXPECT_EQ(tree(),
+        (Names{"a/", "a/b/", "a/b/c/", "a/b/c/d/", "a/b/c/d/z", "a/b/x", "a/b/x2", "a/y", "ab/", "ab/x"}));
+}
+
+TEST_F(Unzip, KeepsFailingOnTwoSeparatorsAlsoBelowADirectoryThatItHasMade)
+{
+    EXPECT_FALSE(unzip({{ziptest::stored("a/x", "1"), ziptest::stored("a//y", "2")}}));
+    EXPECT_EQ(error.format(), "qvzip:45: Failed to create directory: " + below("a/"));
+    EXPECT_EQ(tree(), (Names{"a/", "a/x"}));
+}
+
 TEST_F(Unzip, KeepsMakingOnlyTheLastLevelOfADirectoryItem)
 {
     EXPECT_TRUE(unzip({{ziptest::directory("d/e/")}})) << error.format();
