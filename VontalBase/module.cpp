@@ -48,7 +48,7 @@ namespace qvbase
 std::map<IUnknown *, std::string> debugRegistry;
 void (*debugCallback)() = nullptr;
 
-static Immortal<RankedMutex> referencedObjectMutex(platform::LockRank::Last);
+static Immortal<RankedMutex> referencedObjectMutex(qvplatform::LockRank::Last);
 ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object.mutex;
 
 } // namespace qvbase
@@ -56,7 +56,7 @@ ThreadMutex & g_referencedObjectMutex = referencedObjectMutex.object.mutex;
 namespace Vontal
 {
 
-static Immortal<qvbase::RankedMutex> mlLockObject(platform::LockRank::Languages);
+static Immortal<qvbase::RankedMutex> mlLockObject(qvplatform::LockRank::Languages);
 qvbase::ThreadMutex & mlLock = mlLockObject.object.mutex;
 
 ml_u8string * newestMl = nullptr;
@@ -69,7 +69,7 @@ static struct MlLanguageEnd
 {
     ~MlLanguageEnd()
     {
-        if (platform::isBeingUnloaded())
+        if (qvplatform::isBeingUnloaded())
             std::string("C").swap(mlDefaultLanguage);
     }
 } mlLanguageEnd;
@@ -124,7 +124,7 @@ struct ResourceManagerEnd
     ResourceManagerEnd & operator=(const ResourceManagerEnd &) = delete;
     ~ResourceManagerEnd()
     {
-        if (platform::isBeingUnloaded())
+        if (qvplatform::isBeingUnloaded())
             std::destroy_at(&resourceManagerObject.object);
     }
 };
@@ -144,7 +144,7 @@ LogFormater & systemLogFormater = systemLogFormaterObject.object;
 
 bool systemLogHasEnded = false;
 
-std::atomic<std::uint32_t> systemLogProcess{platform::currentProcessId()};
+std::atomic<std::uint32_t> systemLogProcess{qvplatform::currentProcessId()};
 
 /// Destroyed in the place of the two.
 static SystemLogSwitch systemLogSwitch;

@@ -3,7 +3,8 @@
 #
 #     /// @internal
 #
-# Headers within a half of the platform are always private. Sets vontalbase_public_headers to paths relative to the project, such as VontalBase/export.h.
+# Headers within a half of the platform are always private.
+# Sets vontalbase_public_headers to paths relative to the project, such as VontalBase/export.h.
 
 file(GLOB_RECURSE vontalbase_headers CONFIGURE_DEPENDS
     RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/VontalBase/*.h")

@@ -138,12 +138,12 @@ Arguments slowlySplitAsTheRuntime(const std::string & line)
 
 void checkRulesOfTheRuntime(const std::string & line)
 {
-    const Arguments words = platform::splitCommandLine(line);
+    const Arguments words = qvplatform::splitCommandLine(line);
     require(words == slowlySplitAsTheRuntime(line), "The rules of the runtime do not hold.");
     std::string joined = "program";
     for (const std::string & word : words)
         joined += ' ' + quoted(word);
-    Arguments again = platform::splitCommandLine(joined);
+    Arguments again = qvplatform::splitCommandLine(joined);
     require(again.front() == "program");
     again.erase(again.begin());
     require(again == words, "What is quoted does not come back.");

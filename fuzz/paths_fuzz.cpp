@@ -73,7 +73,7 @@ void checkUtf8(const Vontal::u8string & path)
     require(safe.size() == path.size() && safe.find_first_of("<>/\\*|:?\"") == std::string::npos);
     require(qvdisk::normalizeFileName(safe) == safe);
     require(qvdisk::nativePath(path).size() <= path.size());
-    platform::parseOpenMode(path);
+    qvplatform::parseOpenMode(path);
 }
 
 void checkWide(const std::wstring & path)
@@ -109,8 +109,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
         const std::size_t half = units.size() / 2;
         const std::wstring pattern = units.substr(0, half);
         const std::wstring name = units.substr(half);
-        require(
-            platform::matchesWildcards(pattern, name) == (pattern == L"*.*" || slowlyMatches(pattern, name)));
+        require(qvplatform::matchesWildcards(pattern, name) ==
+                (pattern == L"*.*" || slowlyMatches(pattern, name)));
     }
     return 0;
 }

@@ -30,7 +30,7 @@ public:
 
 private:
     ThreadMutex * mutex;
-    platform::AutoResetEvent event;
+    qvplatform::AutoResetEvent event;
 };
 
 } // namespace qvbase

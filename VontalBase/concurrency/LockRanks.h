@@ -15,7 +15,7 @@ class LockRanks
 {
 public:
     /// Called once, before the lock is used.
-    static void set(ThreadMutex & mutex, platform::LockRank rank) noexcept
+    static void set(ThreadMutex & mutex, qvplatform::LockRank rank) noexcept
     {
         mutex.lock->rank = rank;
     }
@@ -24,7 +24,7 @@ public:
 /// A lock that has its rank from the beginning.
 struct RankedMutex
 {
-    explicit RankedMutex(platform::LockRank rank)
+    explicit RankedMutex(qvplatform::LockRank rank)
     {
         LockRanks::set(mutex, rank);
     }

@@ -20,7 +20,7 @@ void LongRunCommandListener::setText(LongRunCommand *, const Vontal::u8string &)
 
 LongRunCommand::LongRunCommand()
 {
-    LockRanks::set(mutex, platform::LockRank::LongRunCommand);
+    LockRanks::set(mutex, qvplatform::LockRank::LongRunCommand);
 }
 
 LongRunCommand::LongRunCommand(const LongRunCommand &) = default;

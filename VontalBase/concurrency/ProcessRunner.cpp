@@ -13,7 +13,7 @@ namespace qvbase
 
 ProcessRunner::ProcessRunner() : processes(new std::list<Reference<RunningProcess>>)
 {
-    LockRanks::set(mutex, platform::LockRank::ExecutorOrRunner);
+    LockRanks::set(mutex, qvplatform::LockRank::ExecutorOrRunner);
 }
 
 ProcessRunner::ProcessRunner(const ProcessRunner &) = default;

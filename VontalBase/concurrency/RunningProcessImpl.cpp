@@ -29,11 +29,11 @@ public:
     LocalEnd & operator=(const LocalEnd &) = delete;
     ~LocalEnd()
     {
-        if (handle != platform::invalidHandle())
-            platform::closeHandle(handle);
+        if (handle != qvplatform::invalidHandle())
+            qvplatform::closeHandle(handle);
     }
 
-    platform::Handle handle = platform::invalidHandle();
+    qvplatform::Handle handle = qvplatform::invalidHandle();
 };
 
 } // namespace
@@ -41,7 +41,7 @@ public:
 RunningProcessImpl::RunningProcessImpl(
     const Vontal::u8string & program, const Vontal::u8string & options, ProcessMonitor * listener)
     : monitor(listener), command(program), arguments(options),
-      processInfo(std::make_unique<platform::ProcessInformation>())
+      processInfo(std::make_unique<qvplatform::ProcessInformation>())
 {
     monitor->addRef();
 }
@@ -54,12 +54,13 @@ RunningProcessImpl::~RunningProcessImpl()
         stopRequested = true;
         sleep(watchMilliseconds);
     }
-    for (platform::Handle handle : {stdoutRead, stdoutWrite, stderrRead, stderrWrite, stdinRead, stdinWrite})
+    for (qvplatform::Handle handle :
+        {stdoutRead, stdoutWrite, stderrRead, stderrWrite, stdinRead, stdinWrite})
     {
-        if (handle != platform::invalidHandle())
-            platform::closeHandle(handle);
+        if (handle != qvplatform::invalidHandle())
+            qvplatform::closeHandle(handle);
     }
-    platform::forgetProcess(*processInfo);
+    qvplatform::forgetProcess(*processInfo);
     if (monitor != nullptr)
         monitor->release();
 }
@@ -74,12 +75,12 @@ bool RunningProcessImpl::makePipes()
     LocalEnd input;
     LocalEnd output;
     LocalEnd error;
-    return platform::makePipe(stdinRead, input.handle, pipeBytes) &&
-           platform::makePipe(output.handle, stdoutWrite, pipeBytes) &&
-           platform::makePipe(error.handle, stderrWrite, pipeBytes) &&
-           platform::copyForOneself(input.handle, stdinWrite) &&
-           platform::copyForOneself(output.handle, stdoutRead) &&
-           platform::copyForOneself(error.handle, stderrRead);
+    return qvplatform::makePipe(stdinRead, input.handle, pipeBytes) &&
+           qvplatform::makePipe(output.handle, stdoutWrite, pipeBytes) &&
+           qvplatform::makePipe(error.handle, stderrWrite, pipeBytes) &&
+           qvplatform::copyForOneself(input.handle, stdinWrite) &&
+           qvplatform::copyForOneself(output.handle, stdoutRead) &&
+           qvplatform::copyForOneself(error.handle, stderrRead);
 }
 
 bool RunningProcessImpl::startChild()
@@ -91,7 +92,7 @@ bool RunningProcessImpl::startChild()
         line += ' ';
         line += arguments;
     }
-    return platform::startProcess(line.toAstring(), {stdinRead, stdoutWrite, stderrWrite}, *processInfo);
+    return qvplatform::startProcess(line.toAstring(), {stdinRead, stdoutWrite, stderrWrite}, *processInfo);
 }
 
 bool RunningProcessImpl::startWatcher()
@@ -109,16 +110,16 @@ bool RunningProcessImpl::startWatcher()
 
 void RunningProcessImpl::run()
 {
-    while (platform::waitForProcess(*processInfo, watchMilliseconds) == platform::ProcessWait::TimedOut)
+    while (qvplatform::waitForProcess(*processInfo, watchMilliseconds) == qvplatform::ProcessWait::TimedOut)
         drainBoth();
     unsigned int exitCode = 0;
-    if (!platform::readExitCode(*processInfo, exitCode))
+    if (!qvplatform::readExitCode(*processInfo, exitCode))
         exitCode = 0;
-    platform::forgetProcess(*processInfo);
+    qvplatform::forgetProcess(*processInfo);
     drainBoth();
     // Nobody reads them any more, and they stay open for as long as somebody holds this object.
-    for (platform::Handle pipe : {stdoutRead, stderrRead, stdinRead})
-        platform::shrinkPipe(pipe);
+    for (qvplatform::Handle pipe : {stdoutRead, stderrRead, stdinRead})
+        qvplatform::shrinkPipe(pipe);
     monitor->onFinished(exitCode);
     running = false;
     monitor->release();
@@ -132,16 +133,16 @@ void RunningProcessImpl::drainBoth()
 }
 
 /// Hands on what is in the pipe at this moment; what comes meanwhile is for the next time.
-void RunningProcessImpl::drain(platform::Handle pipe, Told told)
+void RunningProcessImpl::drain(qvplatform::Handle pipe, Told told)
 {
     unsigned int waiting = 0;
-    if (!platform::countWaitingBytes(pipe, waiting))
+    if (!qvplatform::countWaitingBytes(pipe, waiting))
         return;
     while (waiting > 0)
     {
         std::array<char, pieceBytes> buffer{};
         unsigned int count = 0;
-        if (!platform::readPipe(pipe, buffer.data(), std::min(waiting, pieceBytes), count))
+        if (!qvplatform::readPipe(pipe, buffer.data(), std::min(waiting, pieceBytes), count))
             return;
         (monitor->*told)(buffer.data(), count);
         waiting -= count;

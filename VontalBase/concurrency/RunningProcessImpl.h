@@ -44,7 +44,7 @@ private:
     bool startChild();
     bool startWatcher();
     void drainBoth();
-    void drain(platform::Handle pipe, Told told);
+    void drain(qvplatform::Handle pipe, Told told);
 
     /// Counted, and null when it has heard of the end.
     ProcessMonitor * monitor;
@@ -52,13 +52,13 @@ private:
     Vontal::u8string arguments;
     bool running = false;
     bool stopRequested = false;
-    std::unique_ptr<platform::ProcessInformation> processInfo;
-    platform::Handle stdoutRead = platform::invalidHandle();
-    platform::Handle stdoutWrite = platform::invalidHandle();
-    platform::Handle stderrRead = platform::invalidHandle();
-    platform::Handle stderrWrite = platform::invalidHandle();
-    platform::Handle stdinRead = platform::invalidHandle();
-    platform::Handle stdinWrite = platform::invalidHandle();
+    std::unique_ptr<qvplatform::ProcessInformation> processInfo;
+    qvplatform::Handle stdoutRead = qvplatform::invalidHandle();
+    qvplatform::Handle stdoutWrite = qvplatform::invalidHandle();
+    qvplatform::Handle stderrRead = qvplatform::invalidHandle();
+    qvplatform::Handle stderrWrite = qvplatform::invalidHandle();
+    qvplatform::Handle stdinRead = qvplatform::invalidHandle();
+    qvplatform::Handle stdinWrite = qvplatform::invalidHandle();
 };
 
 } // namespace qvbase

@@ -5,7 +5,7 @@
 namespace qvbase
 {
 
-Semaphore::Semaphore(int initialCount) : handle(std::make_shared<platform::CountingSemaphore>(initialCount))
+Semaphore::Semaphore(int initialCount) : handle(std::make_shared<qvplatform::CountingSemaphore>(initialCount))
 {
 }
 

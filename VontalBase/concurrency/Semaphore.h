@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace platform
+namespace qvplatform
 {
 class CountingSemaphore;
 }
@@ -39,7 +39,7 @@ public:
     void release();
 
 private:
-    std::shared_ptr<platform::CountingSemaphore> handle;
+    std::shared_ptr<qvplatform::CountingSemaphore> handle;
 };
 
 } // namespace qvbase

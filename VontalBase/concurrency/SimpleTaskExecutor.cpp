@@ -34,7 +34,7 @@ bool startWorker(Runnable * worker)
 
 SimpleTaskExecutor::SimpleTaskExecutor() : finished(std::make_unique<CondThreadMutex>(mutex))
 {
-    LockRanks::set(mutex, platform::LockRank::ExecutorOrRunner);
+    LockRanks::set(mutex, qvplatform::LockRank::ExecutorOrRunner);
 }
 
 SimpleTaskExecutor::~SimpleTaskExecutor()

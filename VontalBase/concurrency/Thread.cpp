@@ -23,7 +23,7 @@ void reap()
     }
     // Not under the lock: the last that an ended thread does may be to start another.
     for (void * const handle : ended)
-        platform::joinThread(handle);
+        qvplatform::joinThread(handle);
 }
 
 /// Moves the calling thread from the running to the ended ones.
@@ -31,7 +31,7 @@ void retire()
 {
     const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
     RunningThreads & running = threadRegistry.runningThreads;
-    const auto entry = running.find(platform::currentThreadId());
+    const auto entry = running.find(qvplatform::currentThreadId());
     if (entry == running.end())
         return;
     ThreadHandleNode & ended = threadRegistry.endedThreads;
@@ -69,7 +69,7 @@ bool Thread::execute(Runnable * runnable)
     runnable->addRef();
     // Held across the start, so that the new thread cannot retire before it is entered.
     const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
-    const platform::StartedThread thread = platform::startThread(threadProc, runnable);
+    const qvplatform::StartedThread thread = qvplatform::startThread(threadProc, runnable);
     if (!isStartedHandle(thread.handle))
     {
         runnable->release();
@@ -81,16 +81,16 @@ bool Thread::execute(Runnable * runnable)
 
 Thread Thread::getCurrentThread() noexcept
 {
-    return Thread(platform::currentThreadPseudoHandle());
+    return Thread(qvplatform::currentThreadPseudoHandle());
 }
 
 std::uint32_t Thread::threadProc(void * parameter)
 {
     Runnable * const runnable = static_cast<Runnable *>(parameter);
-    platform::enterApartment();
+    qvplatform::enterApartment();
     runnable->run();
     runnable->release();
-    platform::leaveApartment();
+    qvplatform::leaveApartment();
     reap();
     retire();
     return 0;

@@ -6,7 +6,7 @@
 namespace qvbase
 {
 
-ThreadMutex::ThreadMutex() : lock(std::make_shared<platform::RecursiveLock>())
+ThreadMutex::ThreadMutex() : lock(std::make_shared<qvplatform::RecursiveLock>())
 {
 }
 
@@ -15,14 +15,14 @@ ThreadMutex::~ThreadMutex()
     while (recursiveCounter != 0)
     {
         --recursiveCounter;
-        platform::noteReleasing(lock.get());
+        qvplatform::noteReleasing(lock.get());
         lock->release();
     }
 }
 
 void ThreadMutex::acquire()
 {
-    platform::noteAcquiring(lock.get(), lock->rank);
+    qvplatform::noteAcquiring(lock.get(), lock->rank);
     lock->acquire();
     ++recursiveCounter;
 }
@@ -31,7 +31,7 @@ bool ThreadMutex::tryAcquire() noexcept
 {
     if (!lock->tryAcquire())
         return false;
-    platform::noteAcquiring(lock.get(), lock->rank);
+    qvplatform::noteAcquiring(lock.get(), lock->rank);
     ++recursiveCounter;
     return true;
 }
@@ -39,7 +39,7 @@ bool ThreadMutex::tryAcquire() noexcept
 void ThreadMutex::release()
 {
     --recursiveCounter;
-    platform::noteReleasing(lock.get());
+    qvplatform::noteReleasing(lock.get());
     lock->release();
 }
 

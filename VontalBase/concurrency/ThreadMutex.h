@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace platform
+namespace qvplatform
 {
 class RecursiveLock;
 }
@@ -60,7 +60,7 @@ private:
     /// Takes the lock once if that needs no waiting. @return whether it was taken.
     bool tryAcquire() noexcept;
 
-    std::shared_ptr<platform::RecursiveLock> lock;
+    std::shared_ptr<qvplatform::RecursiveLock> lock;
     std::uint32_t recursiveCounter = 0;
 };
 

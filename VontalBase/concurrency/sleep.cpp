@@ -7,7 +7,7 @@ namespace qvbase
 
 void sleep(unsigned int milliseconds)
 {
-    platform::sleepMilliseconds(milliseconds);
+    qvplatform::sleepMilliseconds(milliseconds);
 }
 
 } // namespace qvbase

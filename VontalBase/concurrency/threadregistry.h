@@ -24,7 +24,7 @@ struct ThreadRegistry
 {
     ThreadRegistry()
     {
-        LockRanks::set(threadRegistryMutex, platform::LockRank::ThreadRegistry);
+        LockRanks::set(threadRegistryMutex, qvplatform::LockRank::ThreadRegistry);
     }
 
     ThreadMutex threadRegistryMutex;

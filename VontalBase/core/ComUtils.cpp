@@ -36,7 +36,7 @@ struct ComDescription
 /// @param support receives the interface that told so.
 bool supportsErrors(IUnknown & object, const GUID & iid, ReferenceMSCom<ISupportErrorInfo> & support)
 {
-    support = platform::queryFor<ISupportErrorInfo>(&object);
+    support = qvplatform::queryFor<ISupportErrorInfo>(&object);
     return support && SUCCEEDED(support->InterfaceSupportsErrorInfo(iid));
 }
 
@@ -146,7 +146,7 @@ void processComException(
     if (FAILED(hr))
     {
         out.append("HRESULT = 0x").appendInHex(static_cast<unsigned int>(hr));
-        out.append(" (").append(platform::comErrorMessage(hr)).append(")").appendEndl();
+        out.append(" (").append(qvplatform::comErrorMessage(hr)).append(")").appendEndl();
     }
     collectDescription(*object, *iid, out);
 }

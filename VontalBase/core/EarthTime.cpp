@@ -27,11 +27,11 @@ std::int64_t timeOfDay(std::int64_t hour, std::int64_t minute, std::int64_t seco
 
 std::int64_t secondsOf(const _FILETIME & fileTime) noexcept
 {
-    return static_cast<std::int64_t>(platform::unitsOf(fileTime) / platform::fileTimeUnits) -
-           platform::secondsFrom1601To1970;
+    return static_cast<std::int64_t>(qvplatform::unitsOf(fileTime) / qvplatform::fileTimeUnits) -
+           qvplatform::secondsFrom1601To1970;
 }
 
-EarthTime fromCivil(const platform::CivilTime & civil) noexcept
+EarthTime fromCivil(const qvplatform::CivilTime & civil) noexcept
 {
     return {low16(civil.year), low16(civil.month), low16(civil.day),
         low32(timeOfDay(civil.hour, civil.minute, civil.second) + civil.millisecond)};
@@ -42,7 +42,7 @@ EarthTime fromCivil(const platform::CivilTime & civil) noexcept
 /// Kept: 29 for February in every year.
 constexpr int lengthOfMonth(int month) noexcept
 {
-    return platform::daysInMonth(2000, month);
+    return qvplatform::daysInMonth(2000, month);
 }
 
 bool isDate(const EarthTime & value) noexcept
@@ -75,7 +75,7 @@ EarthTime::EarthTime(_FILETIME * fileTime) noexcept : EarthTime(secondsOf(*fileT
 EarthTime::EarthTime(std::int64_t seconds) noexcept
 {
     std::tm brokenDown{};
-    if (platform::breakDownUtc(seconds, brokenDown))
+    if (qvplatform::breakDownUtc(seconds, brokenDown))
         init(&brokenDown);
 }
 
@@ -103,12 +103,12 @@ void EarthTime::operator=(const EarthTime & other) noexcept
 
 void EarthTime::setNowLocal() noexcept
 {
-    *this = fromCivil(platform::localNow());
+    *this = fromCivil(qvplatform::localNow());
 }
 
 void EarthTime::setNowUtc() noexcept
 {
-    *this = fromCivil(platform::utcNow());
+    *this = fromCivil(qvplatform::utcNow());
 }
 
 void EarthTime::setTime(short hourNumber) noexcept

@@ -177,9 +177,9 @@ std::atomic<DateFormatState> dateFormatState{DateFormatState::Unknown};
 std::wstring dateText(int year, int month, int day)
 {
     if (dateFormatState.load(std::memory_order_acquire) == DateFormatState::Stored)
-        return platform::localeDate(year, month, day, dateFormat);
-    std::wstring format = platform::longDatePattern();
-    std::wstring text = platform::localeDate(year, month, day, format);
+        return qvplatform::localeDate(year, month, day, dateFormat);
+    std::wstring format = qvplatform::longDatePattern();
+    std::wstring text = qvplatform::localeDate(year, month, day, format);
     DateFormatState expected = DateFormatState::Unknown;
     if (dateFormatState.compare_exchange_strong(
             expected, DateFormatState::BeingStored, std::memory_order_relaxed))
@@ -301,7 +301,7 @@ Vontal::u8string EarthTime::formatDate() const
     constexpr short greatestYear = 30827;
     Vontal::u8string text;
     const bool isInRange = year >= leastYear && year <= greatestYear;
-    if (isInRange && day >= 1 && day <= platform::daysInMonth(year, month))
+    if (isInRange && day >= 1 && day <= qvplatform::daysInMonth(year, month))
         Vontal::c_u16u8(text, dateText(year, month, day));
     return text;
 }
@@ -310,7 +310,7 @@ Vontal::u8string EarthTime::formatTime(bool withSeconds) const
 {
     Vontal::u8string text;
     if (time >= 0 && time < millisecondsOfDay)
-        Vontal::c_u16u8(text, platform::localeTime(hour(), minute(), second(), withSeconds));
+        Vontal::c_u16u8(text, qvplatform::localeTime(hour(), minute(), second(), withSeconds));
     return text;
 }
 

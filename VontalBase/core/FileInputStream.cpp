@@ -58,7 +58,7 @@ void FileInputStream::closeImpl()
 {
     if (m_file != nullptr)
     {
-        platform::closeStream(std::exchange(m_file, nullptr));
+        qvplatform::closeStream(std::exchange(m_file, nullptr));
     }
     // Kept: also where there was nothing to close.
     if (m_deleteOnClose)

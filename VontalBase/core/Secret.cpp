@@ -13,7 +13,7 @@ namespace qvbase
 namespace
 {
 
-using platform::protectedBlock;
+using qvplatform::protectedBlock;
 
 /// Runs a conversion in place. An empty string needs none, and one that is no whole number of blocks has
 /// none.
@@ -77,7 +77,7 @@ bool Secret::set(const Vontal::u8string & value)
     // All at once: a string that grows leaves its old bytes behind, in clear.
     m_protected.reserve(value.size() + padding);
     m_protected.append(value).append(padding, static_cast<char>(padding));
-    if (convertInPlace(m_protected, platform::protectMemory))
+    if (convertInPlace(m_protected, qvplatform::protectMemory))
         return true;
     clear();
     return false;
@@ -95,7 +95,7 @@ Secret::Clear::Clear(const Secret & secret)
     const CopyGuard copies;
     std::string bytes = secret.getProtectedData();
     const WipeGuard guard(bytes);
-    if (!convertInPlace(bytes, platform::unprotectMemory))
+    if (!convertInPlace(bytes, qvplatform::unprotectMemory))
         return;
     // Kept: the padding is as long as its last byte says; the others are not looked at.
     const std::size_t padding = static_cast<unsigned char>(bytes.back());

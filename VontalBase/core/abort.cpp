@@ -30,7 +30,7 @@ namespace
     {
         std::wstring wide;
         Vontal::c_u8u16(wide, text);
-        platform::writeErrorText(wide, error);
+        qvplatform::writeErrorText(wide, error);
     }
     catch (const std::bad_alloc &)
     {

@@ -22,7 +22,7 @@ namespace qvdisk
 namespace
 {
 
-using platform::FileStatus;
+using qvplatform::FileStatus;
 
 bool isDrive(const std::wstring & path)
 {
@@ -38,13 +38,13 @@ std::wstring withRoot(const std::wstring & path)
 bool isKind(const std::wstring & path, FileStatus::Kind kind)
 {
     FileStatus status;
-    return platform::readFileStatus(withRoot(path), status) && status.kind == kind;
+    return qvplatform::readFileStatus(withRoot(path), status) && status.kind == kind;
 }
 
 /// Whether nothing is in a directory. False where that cannot be found out.
 bool hasNoEntries(const std::wstring & directory)
 {
-    platform::Search search;
+    qvplatform::Search search;
     if (!search.begin(directory + L"\\*"))
         return false;
     do
@@ -66,7 +66,7 @@ Owner * ownStream(std::FILE * stream)
     }
     catch (...)
     {
-        platform::closeStream(stream);
+        qvplatform::closeStream(stream);
         throw;
     }
 }
@@ -148,14 +148,14 @@ bool File::isUNCShareName() const
 bool File::exists()
 {
     if (isUNCShareName())
-        return platform::Search().begin(path + L"\\*");
+        return qvplatform::Search().begin(path + L"\\*");
     FileStatus status;
-    return platform::readFileStatus(withRoot(path), status);
+    return qvplatform::readFileStatus(withRoot(path), status);
 }
 
 std::FILE * File::open(const char * mode)
 {
-    return platform::openStream(path, mode);
+    return qvplatform::openStream(path, mode);
 }
 
 FileReader * File::openForRead()
@@ -175,12 +175,12 @@ std::int64_t File::getFileSize() const
 
 bool File::mkdir()
 {
-    return platform::makeDirectory(path);
+    return qvplatform::makeDirectory(path);
 }
 
 bool File::getEntries(FileEnumerator * enumerator)
 {
-    platform::Search search;
+    qvplatform::Search search;
     if (!search.begin(path + L"\\*"))
         return false;
     do
@@ -212,7 +212,7 @@ bool File::isEmpty() const
 bool File::getModificationTime(qvbase::EarthTime & time) const
 {
     FileStatus status;
-    if (!platform::readFileStatus(path, status))
+    if (!qvplatform::readFileStatus(path, status))
         return false;
     time = qvbase::EarthTime(status.modificationTime);
     return true;

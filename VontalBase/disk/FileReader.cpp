@@ -10,12 +10,12 @@ namespace qvdisk
 FileReader::~FileReader()
 {
     if (file != nullptr)
-        platform::closeStream(file);
+        qvplatform::closeStream(file);
 }
 
 std::uint64_t FileReader::read(void * buffer, std::uint64_t size)
 {
-    return file == nullptr ? 0 : platform::readStream(file, buffer, size);
+    return file == nullptr ? 0 : qvplatform::readStream(file, buffer, size);
 }
 
 bool FileReader::readBlock(void * buffer, std::uint64_t size)

@@ -16,12 +16,12 @@ bool FileWriter::write(const void * data, std::uint64_t size)
 {
     if (file == nullptr)
         return false;
-    return size == 0 || platform::writeStream(file, data, size);
+    return size == 0 || qvplatform::writeStream(file, data, size);
 }
 
 bool FileWriter::close()
 {
-    return file != nullptr && platform::closeStream(std::exchange(file, nullptr));
+    return file != nullptr && qvplatform::closeStream(std::exchange(file, nullptr));
 }
 
 } // namespace qvdisk

@@ -21,9 +21,9 @@ namespace
 /// a path which ends in a separator fails.
 bool ensureDirectory(const std::wstring & path)
 {
-    platform::Search search;
+    qvplatform::Search search;
     const bool isThere = search.begin(path) && search.isDirectory();
-    return isThere || platform::makeDirectory(path);
+    return isThere || qvplatform::makeDirectory(path);
 }
 
 /// The length of what is there without being made; false where the root is not well formed.
@@ -33,7 +33,7 @@ bool readRootLength(const std::wstring & path, std::size_t & length)
     if (!computePrefix(prefixLength, path.c_str()))
         return false;
     length = static_cast<std::size_t>(prefixLength);
-    if (length == 0 && platform::isSlashRoot() && path.starts_with(L'/'))
+    if (length == 0 && qvplatform::isSlashRoot() && path.starts_with(L'/'))
         length = 1;
     return true;
 }
@@ -42,7 +42,7 @@ bool readRootLength(const std::wstring & path, std::size_t & length)
 
 bool createDirectory(const Vontal::u8string & path)
 {
-    return platform::makeDirectory(Vontal::pstring(path));
+    return qvplatform::makeDirectory(Vontal::pstring(path));
 }
 
 bool createDirectories(const Vontal::u8string & path)
@@ -75,10 +75,10 @@ bool createDirectories(const std::wstring & path)
         current += c;
         // Kept: '/' does not separate here.
         if (c == L'\\')
-            platform::makeDirectory(current);
+            qvplatform::makeDirectory(current);
     }
     if (!current.empty() && current.back() != L'\\')
-        platform::makeDirectory(current);
+        qvplatform::makeDirectory(current);
     // Kept: whatever happened.
     return true;
 }
@@ -100,7 +100,7 @@ bool getDirectoryContent(const Vontal::u8string & directory, std::list<Vontal::u
     Vontal::pstring pattern(directory);
     addLastSlash(pattern);
     pattern += L'*';
-    platform::Search search;
+    qvplatform::Search search;
     if (!search.begin(pattern))
         return false;
     do

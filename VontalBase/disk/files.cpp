@@ -33,8 +33,8 @@ constexpr std::uint64_t mostAtOnce = std::uint64_t(512) << 20U;
 template <class Path>
 std::int64_t sizeOf(const Path & path)
 {
-    platform::FileStatus status;
-    return platform::readFileStatus(path, status) ? status.size : -1;
+    qvplatform::FileStatus status;
+    return qvplatform::readFileStatus(path, status) ? status.size : -1;
 }
 
 /// A text that is filled from its end on, and gives back in the end what was not used.
@@ -118,7 +118,7 @@ std::int64_t getFileSize(const Vontal::u8string & path)
 bool fileExists(const std::string & path)
 {
     // Kept: the path as it was given, so that one with a '\' at its end is not found.
-    return platform::matchesSomething(path);
+    return qvplatform::matchesSomething(path);
 }
 
 bool fileExists(const std::wstring & path)
@@ -126,7 +126,7 @@ bool fileExists(const std::wstring & path)
     std::wstring stripped = path;
     if (!stripped.empty() && stripped.back() == L'\\')
         stripped.pop_back();
-    return platform::Search().begin(stripped);
+    return qvplatform::Search().begin(stripped);
 }
 
 bool fileExists(const Vontal::u8string & path)
@@ -136,7 +136,7 @@ bool fileExists(const Vontal::u8string & path)
 
 bool isDirectory(const Vontal::u8string & path)
 {
-    platform::Search search;
+    qvplatform::Search search;
     return search.begin(Vontal::pstring(path)) && search.isDirectory();
 }
 
@@ -195,10 +195,10 @@ bool save(qvbase::InputStream * stream, const Vontal::u8string & path)
 
 bool deleteFile(const std::wstring & path)
 {
-    if (platform::removeFile(path))
+    if (qvplatform::removeFile(path))
         return true;
-    platform::clearReadOnly(path);
-    return platform::removeFile(path);
+    qvplatform::clearReadOnly(path);
+    return qvplatform::removeFile(path);
 }
 
 bool deleteFile(const Vontal::u8string & path)

@@ -226,7 +226,7 @@ bool computePrefix(int & prefixLength, const wchar_t * path)
 
 Vontal::u8string nativePath(const Vontal::u8string & path)
 {
-    return platform::nativePath(path.c_str());
+    return qvplatform::nativePath(path.c_str());
 }
 
 } // namespace qvdisk

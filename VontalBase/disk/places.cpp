@@ -37,7 +37,7 @@ bool readModulePath(Vontal::u8string & path, Vontal::u8string & name)
 
 bool getModuleFullName(Vontal::u8string & out)
 {
-    return tell(platform::programPath(), out);
+    return tell(qvplatform::programPath(), out);
 }
 
 bool getModuleDir(Vontal::u8string & out)
@@ -62,7 +62,7 @@ bool getModuleName(Vontal::u8string & out)
 
 bool getTempDir(Vontal::u8string & out)
 {
-    return tell(platform::temporaryDirectory(), out);
+    return tell(qvplatform::temporaryDirectory(), out);
 }
 
 } // namespace qvdisk

@@ -38,7 +38,7 @@ std::wstring widePrefix(const std::string & prefix)
 }
 
 /// Whether what is at hand is a file, or a link, and could be removed.
-bool removeFileEntry(platform::Search & search)
+bool removeFileEntry(qvplatform::Search & search)
 {
     return (search.isLink() || !search.isDirectory()) && search.removeEntry();
 }
@@ -92,7 +92,7 @@ bool deleteAllFiles(const std::wstring & directory, std::wstring & error)
     std::wstring pattern = place;
     addLastSlash(pattern);
     pattern += L'*';
-    platform::Search search;
+    qvplatform::Search search;
     if (!search.begin(pattern))
         return true;
     do

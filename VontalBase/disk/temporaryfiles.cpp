@@ -27,7 +27,7 @@ constexpr int mostDirectoryAttempts = 1000;
 
 std::uint32_t secondsNow()
 {
-    return static_cast<std::uint32_t>(platform::secondsSince1970());
+    return static_cast<std::uint32_t>(qvplatform::secondsSince1970());
 }
 
 /// Kept: these are not the characters that `normalizeFileName` replaces; the apostrophe is one more.
@@ -53,8 +53,8 @@ void appendDash(Text & name)
 /// Whether files can lie in a directory.
 bool isPlace(const std::wstring & path)
 {
-    platform::FileStatus status;
-    return platform::readFileStatus(path, status) && status.kind == platform::FileStatus::Kind::Directory;
+    qvplatform::FileStatus status;
+    return qvplatform::readFileStatus(path, status) && status.kind == qvplatform::FileStatus::Kind::Directory;
 }
 
 /// What a name ends in, its dot included.
@@ -117,9 +117,9 @@ bool createTempFile(const std::wstring & directory, const std::wstring & prefix,
         if (attempt > 0)
             name += L'-' + std::to_wstring(attempt);
         name += end;
-        if (platform::Search().begin(name))
+        if (qvplatform::Search().begin(name))
             continue;
-        if (platform::createNewFile(name))
+        if (qvplatform::createNewFile(name))
         {
             out.swap(name);
             return true;
@@ -172,7 +172,7 @@ bool createTempFileCopy(const std::wstring & prefix, const std::wstring & source
     std::wstring path;
     if (!createTempFile(prefix, extractExtension(source), path))
         return false;
-    if (!withNewFile(path, [&] { return platform::copyFile(source, path); }))
+    if (!withNewFile(path, [&] { return qvplatform::copyFile(source, path); }))
     {
         deleteFile(path);
         return false;

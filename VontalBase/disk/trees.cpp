@@ -14,7 +14,7 @@ namespace qvdisk
 namespace
 {
 
-using platform::Search;
+using qvplatform::Search;
 
 /// How many directories of a branch are open at once.
 constexpr std::size_t mostOpen = 64;
@@ -115,15 +115,15 @@ bool removeContent(const std::wstring & directory)
 
 bool removeTree(const std::wstring & directory)
 {
-    if (platform::isLink(directory))
-        return platform::removeDirectory(withoutLastSlashes(directory));
+    if (qvplatform::isLink(directory))
+        return qvplatform::removeDirectory(withoutLastSlashes(directory));
     return removeContent(directory) && removeOneDirectory(directory);
 }
 
 bool removeOneDirectory(const std::wstring & directory)
 {
-    platform::clearReadOnly(directory);
-    return platform::removeDirectory(directory);
+    qvplatform::clearReadOnly(directory);
+    return qvplatform::removeDirectory(directory);
 }
 
 } // namespace qvdisk

@@ -48,7 +48,7 @@ DailyLogger::~DailyLogger()
 {
     writeLastLine();
     if (file != nullptr)
-        platform::closeStream(file);
+        qvplatform::closeStream(file);
 }
 
 bool DailyLogger::init_logger(
@@ -106,7 +106,7 @@ bool DailyLogger::internal_log(const char * text)
     // Kept: there is no stream if the open failed and the logger was started again on the same day. The line
     // is lost, and so is an empty one.
     const std::size_t size = std::strlen(text);
-    if (file != nullptr && size != 0 && platform::writeThrough(file, text, size))
+    if (file != nullptr && size != 0 && qvplatform::writeThrough(file, text, size))
         return true;
     started = false;
     return false;
@@ -124,7 +124,7 @@ bool DailyLogger::getCurrentFileName(u8string & out)
 bool DailyLogger::newLog(Vontal::ulong32 year, unsigned int month, unsigned int day)
 {
     if (file != nullptr)
-        platform::closeStream(std::exchange(file, nullptr));
+        qvplatform::closeStream(std::exchange(file, nullptr));
     u8string name = prefix;
     appendPadded(name, static_cast<unsigned int>(year), 4);
     appendPadded(name, month, 2);

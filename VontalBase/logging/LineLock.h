@@ -37,7 +37,7 @@ private:
     {
         if (mutex.tryAcquire())
             return true;
-        if (platform::areOtherThreadsStopped())
+        if (qvplatform::areOtherThreadsStopped())
             return false;
         mutex.acquire();
         return true;

@@ -9,7 +9,7 @@ namespace qvutils
 
 LoggerInterface::LoggerInterface(unsigned int threshold) : nextId(0), logLevel(threshold)
 {
-    qvbase::LockRanks::set(mutex, platform::LockRank::Last);
+    qvbase::LockRanks::set(mutex, qvplatform::LockRank::Last);
 }
 
 LoggerInterface::LoggerInterface(const LoggerInterface & other)

@@ -51,7 +51,7 @@ SimpleLogger::~SimpleLogger()
     {
         // The line is lost.
     }
-    platform::closeStream(file);
+    qvplatform::closeStream(file);
 }
 
 bool SimpleLogger::internal_log(const char * text)
@@ -59,7 +59,7 @@ bool SimpleLogger::internal_log(const char * text)
     if (file == nullptr || text == nullptr)
         return false;
     const std::size_t size = std::strlen(text);
-    return size != 0 && platform::writeStream(file, text, size);
+    return size != 0 && qvplatform::writeStream(file, text, size);
 }
 
 } // namespace qvutils

@@ -12,7 +12,7 @@ Vontal::u8string startBanner(const Vontal::u8string & moment)
     Vontal::u8string banner("Logging started - ");
     banner.append(moment);
     std::string name;
-    if (platform::readComputerName(name))
+    if (qvplatform::readComputerName(name))
         banner.append(" (").append(name).append(")");
     banner += '\n';
     return banner;

@@ -92,7 +92,7 @@ void appendLineHead(bool withTime, std::uint32_t id, Text & out)
     *place++ = '#';
     place = std::to_chars(place, end, id).ptr;
     place = std::copy(threadName.begin(), threadName.end(), place);
-    place = std::to_chars(place, end, platform::currentThreadId()).ptr;
+    place = std::to_chars(place, end, qvplatform::currentThreadId()).ptr;
     out.append(std::string_view(head.data(), static_cast<std::size_t>(place - head.data())));
 }
 

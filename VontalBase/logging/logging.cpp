@@ -29,7 +29,7 @@ SystemLogSwitch::~SystemLogSwitch()
 {
     // A copy of the process that was made with the log on leaves the last lines to the process itself. A
     // thread that was left behind there may have had the lock.
-    if (systemLogProcess.load(std::memory_order_relaxed) != platform::currentProcessId())
+    if (systemLogProcess.load(std::memory_order_relaxed) != qvplatform::currentProcessId())
         return;
     const LineLock lock(systemLogger.mutex);
     if (!lock.isHeld())
@@ -38,7 +38,7 @@ SystemLogSwitch::~SystemLogSwitch()
     systemLogger.writeLastLine();
     systemLogger.started = false;
     systemLogHasEnded = true;
-    if (!platform::areOtherThreadsStopped())
+    if (!qvplatform::areOtherThreadsStopped())
         letGo();
 }
 
@@ -65,7 +65,7 @@ void SystemLogSwitch::writeClosingLine() noexcept
 void SystemLogSwitch::letGo() noexcept
 {
     if (systemLogger.file != nullptr)
-        platform::closeStream(std::exchange(systemLogger.file, nullptr));
+        qvplatform::closeStream(std::exchange(systemLogger.file, nullptr));
     for (u8string * text : {&systemLogger.currentFileName, &systemLogger.prefix, &systemLogger.suffix})
         std::string().swap(*text);
 }
@@ -75,14 +75,14 @@ bool SystemLogSwitch::turnOn(const u8string & prefix, unsigned int threshold)
     const LineLock lock(systemLogger.mutex);
     if (!lock.isHeld() || systemLogHasEnded || !systemLogger.init_logger(threshold, prefix, ".log"))
         return false;
-    systemLogProcess.store(platform::currentProcessId(), std::memory_order_relaxed);
+    systemLogProcess.store(qvplatform::currentProcessId(), std::memory_order_relaxed);
     try
     {
         const u8string message = Vontal::U8StringBuilder()
                                      .append("LogLevel=")
                                      .append(systemLogger.getLogLevel())
                                      .append(", acp=")
-                                     .append(platform::ansiCodePage());
+                                     .append(qvplatform::ansiCodePage());
         systemLogFormater.writeMessage(startUpLevel, message, startUpFile, startUpLine);
     }
     catch (const std::bad_alloc &)

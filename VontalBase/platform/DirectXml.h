@@ -11,7 +11,7 @@
 
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What somebody has noted at the object of an element, for as long as that lives. Null for nobody.
@@ -92,4 +92,4 @@ inline const DirectXml * directXmlOf(IXMLDOMElement & element) noexcept
                                                                   : nullptr;
 }
 
-} // namespace platform
+} // namespace qvplatform

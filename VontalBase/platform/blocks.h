@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Smaller blocks are better taken from the heap.
@@ -21,4 +21,4 @@ void * takeBlock(std::size_t size) noexcept;
 /// @param size what was asked for.
 void giveBlock(void * block, std::size_t size) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -1,6 +1,6 @@
 #include "VontalBase/platform/calendar.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -60,4 +60,4 @@ int dayOfWeek(int year, int month, int day) noexcept
     return static_cast<int>(divideDown(daysSince1970(year, month, day) + 4, 7).remainder);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <ctime>
 
-namespace platform
+namespace qvplatform
 {
 
 /// A date and a time of day.
@@ -72,4 +72,4 @@ int dayOfWeek(int year, int month, int day) noexcept;
 /// @return whether it did not.
 bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

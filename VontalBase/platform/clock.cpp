@@ -7,7 +7,7 @@
 #include <limits>
 #endif
 
-namespace platform
+namespace qvplatform
 {
 
 #ifdef VONTALBASE_FAULT_GATES
@@ -93,4 +93,4 @@ std::int64_t secondsOfStandardTime(const CivilTime & time) noexcept
     return std::int64_t{std::mktime(&fields)} - (isFirstDay ? secondsOfDay : 0);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// From the beginning of 1601, from which file times count, to that of 1970.
@@ -63,4 +63,4 @@ void resetClocks() noexcept;
 
 #endif
 
-} // namespace platform
+} // namespace qvplatform

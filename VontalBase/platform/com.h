@@ -35,7 +35,7 @@
 
 #endif
 
-namespace platform
+namespace qvplatform
 {
 
 /// What `idOf` gives; specialised for each interface.
@@ -127,4 +127,4 @@ constexpr REFCLSID saxReaderClass() noexcept
     return anySaxReaderClassId;
 }
 
-} // namespace platform
+} // namespace qvplatform

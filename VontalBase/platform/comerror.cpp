@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -41,4 +41,4 @@ std::wstring comErrorMessage(HRESULT result)
     return withNumber(L"Unknown error 0x", code, 16);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The text of `_com_error::ErrorMessage`: the system's message without a line end, or else "IDispatch error
@@ -18,4 +18,4 @@ std::wstring comErrorMessage(HRESULT result);
 /// The system's message alone, without a line end; empty where it has none.
 std::wstring systemErrorMessage(HRESULT result);
 
-} // namespace platform
+} // namespace qvplatform

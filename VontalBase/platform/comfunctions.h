@@ -89,7 +89,7 @@ VONTALBASE_API HRESULT CoInitialize(LPVOID reserved);
 VONTALBASE_API HRESULT CoInitializeEx(LPVOID reserved, DWORD flags);
 /// Undoes one successful `CoInitialize` of the calling thread. Objects stay usable.
 VONTALBASE_API void CoUninitialize();
-/// Makes an object of one of the library's classes, see `platform::domDocumentClass` and its neighbours.
+/// Makes an object of one of the library's classes, see `qvplatform::domDocumentClass` and its neighbours.
 /// @param classId the class.
 /// @param outer null.
 /// @param context any of `CLSCTX`.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -83,4 +83,4 @@ std::vector<std::string> splitCommandLine(std::string_view line)
     return words;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The program and the arguments of a command line, by the rules of the Microsoft C runtime:
@@ -26,4 +26,4 @@ namespace platform
 ///     `std::bad_alloc` it does not fail.
 std::vector<std::string> splitCommandLine(std::string_view line);
 
-} // namespace platform
+} // namespace qvplatform

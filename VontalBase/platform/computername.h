@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Reads the full name of the machine. Nobody on the network is asked, so that it has a domain only where the
@@ -14,4 +14,4 @@ namespace platform
 /// @return false where the system does not tell it.
 bool readComputerName(std::string & name);
 
-} // namespace platform
+} // namespace qvplatform

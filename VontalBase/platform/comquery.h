@@ -6,7 +6,7 @@
 #include "VontalBase/core/ReferenceMSCom.h"
 #include "VontalBase/platform/com.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// Another interface of an object; null where it has none, or where there is no object.
@@ -20,4 +20,4 @@ qvbase::ReferenceMSCom<Interface> queryFor(IUnknown * object)
     return queried;
 }
 
-} // namespace platform
+} // namespace qvplatform

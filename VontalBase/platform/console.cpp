@@ -5,7 +5,7 @@
 #include <iostream>
 #include <locale>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -47,4 +47,4 @@ void insertWideLine(const std::wstring & text)
     std::wcerr.clear();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Writes `text`, ": " and what an error number means to the standard error stream, and ends the line; for an
@@ -20,4 +20,4 @@ void writeWideErrorLine(const std::wstring & text);
 /// The same without regard to what else is written to the standard error stream.
 void insertWideLine(const std::wstring & text);
 
-} // namespace platform
+} // namespace qvplatform

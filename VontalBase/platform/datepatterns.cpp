@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -173,4 +173,4 @@ std::wstring timeWithoutSeconds(std::wstring_view time, std::wstring_view halfDa
     return out;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// A pattern of a long date: the words of `dateAndTime` in which no time of day stands, with the names of
@@ -22,4 +22,4 @@ std::wstring longDateOf(std::wstring_view dateAndTime);
 /// @param halfDayTime what `%r` in it stands for; empty where the locale has none.
 std::wstring timeWithoutSeconds(std::wstring_view time, std::wstring_view halfDayTime);
 
-} // namespace platform
+} // namespace qvplatform

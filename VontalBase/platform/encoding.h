@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The number of the process's ANSI code page, 1252 for instance.
@@ -23,4 +23,4 @@ void wideFromAnsi(std::string_view source, std::wstring & destination);
 /// a surrogate pair gives two default characters.
 void ansiFromWide(std::wstring_view source, std::string & destination);
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-namespace platform
+namespace qvplatform
 {
 
 /// A flag that frees one waiter each time it is set. Setting it twice before a wait frees one waiter.
@@ -50,4 +50,4 @@ private:
     std::unique_ptr<System> m_system;
 };
 
-} // namespace platform
+} // namespace qvplatform

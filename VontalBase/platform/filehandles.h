@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The bits of a file's attributes, with their values on Windows.
@@ -128,4 +128,4 @@ bool closeWritten(Handle handle) noexcept;
 /// is replaced itself.
 bool replaceFile(const std::wstring & from, const std::wstring & to);
 
-} // namespace platform
+} // namespace qvplatform

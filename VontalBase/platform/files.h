@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What the system says of a file.
@@ -82,4 +82,4 @@ bool removeDirectory(const std::wstring & path);
 /// No failure is reported.
 void clearReadOnly(const std::wstring & path);
 
-} // namespace platform
+} // namespace qvplatform

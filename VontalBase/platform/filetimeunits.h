@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The units of 100 nanoseconds since 1601 that a file time counts.
@@ -25,4 +25,4 @@ inline FILETIME fileTimeOf(std::uint64_t units) noexcept
     return time;
 }
 
-} // namespace platform
+} // namespace qvplatform

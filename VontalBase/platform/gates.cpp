@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstring>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -65,6 +65,6 @@ const char * faultedGate() noexcept
     return faulted.load(std::memory_order_relaxed);
 }
 
-} // namespace platform
+} // namespace qvplatform
 
 #endif

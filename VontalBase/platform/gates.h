@@ -14,7 +14,7 @@
 
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What a service is to do.
@@ -76,4 +76,4 @@ inline bool gateFails(const char * service) noexcept
     return passGate(service) == GateAnswer::Fail;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// An open file or the end of a pipe. Elsewhere than on Windows it is a descriptor in the form of a pointer,
@@ -29,4 +29,4 @@ inline bool isHandle(Handle handle) noexcept
 /// Closes a handle.
 void closeHandle(Handle handle) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -70,4 +70,4 @@ std::vector<std::string> languagesOfList(std::wstring_view list)
     return names;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Asks the system for the user's languages, the most wanted one first, with names such as "de-DE" or "de".
@@ -47,4 +47,4 @@ std::vector<std::string> languagesOfEnvironment(const LanguageVariables & variab
 /// without that, it has ended all the same.
 std::vector<std::string> languagesOfList(std::wstring_view list);
 
-} // namespace platform
+} // namespace qvplatform

@@ -9,7 +9,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The pattern of a long date, in the system's own language of patterns; empty where it tells none.
@@ -27,4 +27,4 @@ std::wstring localeDate(int year, int month, int day, const std::wstring & patte
 /// @return at most 255 units.
 std::wstring localeTime(int hour, int minute, int second, bool withSeconds);
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -104,6 +104,6 @@ std::size_t heldLocks() noexcept
     return heldLocksOfThread.count();
 }
 
-} // namespace platform
+} // namespace qvplatform
 
 #endif

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What a lock guards, outermost first. A thread that holds a lock takes only those of higher ranks; of two
@@ -52,4 +52,4 @@ inline void noteReleasing(const void *) noexcept
 
 #endif
 
-} // namespace platform
+} // namespace qvplatform

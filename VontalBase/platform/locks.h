@@ -8,7 +8,7 @@
 #include <array>
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 /// A lock that the thread which holds it can take again. Waiting has no limit, and no failure is reported.
@@ -35,4 +35,4 @@ private:
     alignas(std::max_align_t) std::array<std::byte, 40> m_storage;
 };
 
-} // namespace platform
+} // namespace qvplatform

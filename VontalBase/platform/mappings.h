@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Zeros to begin with, from the system and not from the heap: what is not touched costs nothing.
@@ -34,4 +34,4 @@ private:
     std::size_t m_size = 0;
 };
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -38,4 +38,4 @@ std::optional<OpenMode> parseOpenMode(std::string_view mode) noexcept
     return result;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What a mode asks for.
@@ -28,4 +28,4 @@ struct OpenMode
 /// @return nothing where the mode means nothing.
 std::optional<OpenMode> parseOpenMode(std::string_view mode) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

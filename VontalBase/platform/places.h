@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The full path of the running program's file; empty where the system does not tell it.
@@ -30,4 +30,4 @@ bool isSlashRoot() noexcept;
 /// Whether a colon is a character like any other in the name of a file.
 bool mayNamesHoldColons() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

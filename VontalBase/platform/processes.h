@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What the system tells of a started process: all zeros for none. Fields that a system does not have stay 0.
@@ -95,4 +95,4 @@ bool countWaitingBytes(Handle readEnd, unsigned int & count);
 /// @return false where the system refuses, nothing waits, or the pipe is at its end.
 bool readPipe(Handle readEnd, char * buffer, unsigned int size, unsigned int & count);
 
-} // namespace platform
+} // namespace qvplatform

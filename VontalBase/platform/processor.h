@@ -3,10 +3,10 @@
 /// What the processor can do beyond what every x86-64 can.
 #pragma once
 
-namespace platform
+namespace qvplatform
 {
 
 /// Whether it can pick bytes out of a register by a table (SSSE3).
 bool canPickBytes() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What is protected consists of whole blocks of so many bytes.
@@ -24,4 +24,4 @@ bool protectMemory(void * bytes, std::size_t size) noexcept;
 /// @return false where the system refuses; the bytes are not to be used then.
 bool unprotectMemory(void * bytes, std::size_t size) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

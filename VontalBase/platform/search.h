@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// A walk over what a pattern matches, an entry at a time.
@@ -85,4 +85,4 @@ private:
 /// Whether there is something that a pattern in the encoding of the system's narrow functions matches.
 bool matchesSomething(const std::string & pattern);
 
-} // namespace platform
+} // namespace qvplatform

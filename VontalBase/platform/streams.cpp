@@ -3,7 +3,7 @@
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -44,4 +44,4 @@ bool closeStream(std::FILE * stream)
     return std::fclose(stream) == 0 && isWritten && !fails;
 }
 
-} // namespace platform
+} // namespace qvplatform

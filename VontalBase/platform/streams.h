@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 
-namespace platform
+namespace qvplatform
 {
 
 /// `fread` of single bytes. @return how many were read; fewer at the end of the file and on failure.
@@ -22,4 +22,4 @@ bool writeThrough(std::FILE * stream, const void * data, std::size_t size);
 /// Closes the stream whatever happens. @return whether all that was written has arrived.
 bool closeStream(std::FILE * stream);
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// What a thread runs. The result is of no use to anybody.
@@ -53,4 +53,4 @@ void enterApartment() noexcept;
 /// Undoes one `enterApartment`.
 void leaveApartment() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 /// Telling the two ends of the library apart.
 #pragma once
 
-namespace platform
+namespace qvplatform
 {
 
 /// For the destructors of static objects: whether the library is being taken out of a process that goes on,
@@ -11,4 +11,4 @@ namespace platform
 /// threads may still use it and the system takes everything back.
 bool isBeingUnloaded() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The fields of a UUID as numbers, the last one in the order of its bytes.
@@ -23,4 +23,4 @@ struct Uuid
 /// @return false where the system refuses.
 bool makeUuid(Uuid & uuid) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 bool hasWildcards(std::wstring_view name) noexcept
@@ -44,4 +44,4 @@ bool matchesWildcards(std::wstring_view pattern, std::wstring_view name) noexcep
     return pattern.find_first_not_of(L'*', p) == std::wstring_view::npos;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Whether a name has wildcards in it: `*` or `?`.
@@ -16,4 +16,4 @@ bool hasWildcards(std::wstring_view name) noexcept;
 /// lengths.
 bool matchesWildcards(std::wstring_view pattern, std::wstring_view name) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -59,7 +59,7 @@ bool c_u8acp(std::string & destination, const std::string & source)
 
 bool c_acpu16(std::wstring & destination, const char * source)
 {
-    platform::wideFromAnsi(source, destination);
+    qvplatform::wideFromAnsi(source, destination);
     return true;
 }
 
@@ -70,7 +70,7 @@ bool c_acpu16(std::wstring & destination, const std::string & source)
 
 bool c_u16acp(std::string & destination, const wchar_t * source)
 {
-    platform::ansiFromWide(source, destination);
+    qvplatform::ansiFromWide(source, destination);
     return true;
 }
 
@@ -81,7 +81,7 @@ bool c_u16acp(std::string & destination, const std::wstring & source)
 
 bool initializeConversions()
 {
-    const std::string codePageName = "CP" + std::to_string(platform::ansiCodePage());
+    const std::string codePageName = "CP" + std::to_string(qvplatform::ansiCodePage());
     return !codePageName.empty();
 }
 

@@ -263,7 +263,7 @@ constinit const UtfSteps plainUtfSteps = {widenPlainly, narrowPlainly};
 
 const UtfSteps & bestUtfSteps() noexcept
 {
-    static const UtfSteps & best = platform::canPickBytes() ? pickingUtfSteps : plainUtfSteps;
+    static const UtfSteps & best = qvplatform::canPickBytes() ? pickingUtfSteps : plainUtfSteps;
     return best;
 }
 

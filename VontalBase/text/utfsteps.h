@@ -37,7 +37,7 @@ struct UtfSteps
 };
 
 extern const UtfSteps plainUtfSteps;
-/// Only for processors that `platform::canPickBytes`.
+/// Only for processors that `qvplatform::canPickBytes`.
 extern const UtfSteps pickingUtfSteps;
 
 /// The quicker of those that this processor can do.

@@ -34,7 +34,7 @@ u8string usualRootDirectory()
 ResourceManagerImpl::ResourceManagerImpl()
     : defaultBundle(emptyMultiLanguageBundle), language(firstLanguage), rootDirectory(usualRootDirectory())
 {
-    qvbase::LockRanks::set(mutex, platform::LockRank::ResourceManager);
+    qvbase::LockRanks::set(mutex, qvplatform::LockRank::ResourceManager);
 }
 
 void ResourceManagerImpl::setRootDirectory(const u8string & directory)

@@ -38,7 +38,7 @@ std::uint32_t TimeProfiler::getElapsedTime() noexcept
 
 void TimeProfiler::getTime(FILETIME & out) noexcept
 {
-    const std::uint64_t units = platform::fileTimeNow();
+    const std::uint64_t units = qvplatform::fileTimeNow();
     out.dwLowDateTime = static_cast<std::uint32_t>(units);
     out.dwHighDateTime = static_cast<std::uint32_t>(units >> 32);
 }

@@ -55,7 +55,7 @@ u8string detectSystemLanguage(const std::list<u8string> & available)
     if (available.empty())
         return {};
     std::vector<std::string> wanted;
-    if (!platform::readPreferredLanguages(wanted))
+    if (!qvplatform::readPreferredLanguages(wanted))
         wanted.clear();
     wanted.emplace_back("en");
     for (const std::string & language : wanted)

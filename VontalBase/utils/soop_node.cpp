@@ -10,7 +10,7 @@ namespace qv_soop
 {
 
 /// Makes nodes of elements.
-class ElementReader final : public platform::ElementVisitor
+class ElementReader final : public qvplatform::ElementVisitor
 {
 public:
     /// The outermost element goes into @p root, the others into new nodes below it.

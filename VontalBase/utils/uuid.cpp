@@ -10,7 +10,7 @@
 namespace qvutils
 {
 
-Vontal::u8string uuidText(const platform::Uuid & uuid)
+Vontal::u8string uuidText(const qvplatform::Uuid & uuid)
 {
     const auto bytesOf = [](std::uint16_t number)
     {
@@ -25,8 +25,8 @@ Vontal::u8string uuidText(const platform::Uuid & uuid)
 
 bool generateUUID(Vontal::u8string & out)
 {
-    platform::Uuid uuid;
-    if (!platform::makeUuid(uuid))
+    qvplatform::Uuid uuid;
+    if (!qvplatform::makeUuid(uuid))
         return false;
     out = uuidText(uuid);
     return true;

@@ -5,7 +5,7 @@
 
 #include "VontalBase/text/u8string.h"
 
-namespace platform
+namespace qvplatform
 {
 struct Uuid;
 }
@@ -15,6 +15,6 @@ namespace qvutils
 
 /// The fields in their order, each with its most significant byte first, in upper-case hexadecimal digits: 8,
 /// 4, 4, 4 and 12 of them with "-" between. `std::bad_alloc` may leave the call.
-Vontal::u8string uuidText(const platform::Uuid & uuid);
+Vontal::u8string uuidText(const qvplatform::Uuid & uuid);
 
 } // namespace qvutils

@@ -80,7 +80,7 @@ private:
         void operator()(Place * places) const noexcept
         {
             if (isLarge(size))
-                platform::giveBlock(places, size * sizeof(Place));
+                qvplatform::giveBlock(places, size * sizeof(Place));
             else
                 delete[] places;
         }
@@ -103,14 +103,14 @@ private:
 
     static bool isLarge(std::size_t size) noexcept
     {
-        return size * sizeof(Place) >= platform::leastBlock;
+        return size * sizeof(Place) >= qvplatform::leastBlock;
     }
 
     static Place * take(std::size_t size)
     {
         if (!isLarge(size))
             return new Place[size];
-        void * const block = platform::takeBlock(size * sizeof(Place));
+        void * const block = qvplatform::takeBlock(size * sizeof(Place));
         if (block == nullptr)
             throw std::bad_alloc();
         return static_cast<Place *>(block);

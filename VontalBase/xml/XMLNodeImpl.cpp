@@ -84,7 +84,7 @@ ElementReference elementFrom(NodeReference node)
         if (!isOfType(*node.get(), NODE_ELEMENT, isElement))
             return {};
         if (isElement)
-            return platform::queryFor<IXMLDOMElement>(node.get());
+            return qvplatform::queryFor<IXMLDOMElement>(node.get());
         NodeReference next;
         if (FAILED(node->get_nextSibling(next.receive())))
             return {};
@@ -118,7 +118,7 @@ bool readValue(IXMLDOMNode & attribute, Vontal::u8string & value)
 } // namespace
 
 XMLNodeImpl::XMLNodeImpl(
-    XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directWay)
+    XMLDocPtr * owner, IXMLDOMElement * domElement, const qvplatform::DirectXml * directWay)
     : doc(owner), element(domElement), direct(directWay)
 {
     element->AddRef();
@@ -129,7 +129,7 @@ XMLNodeImpl::~XMLNodeImpl()
     element->Release();
 }
 
-bool XMLNodeImpl::walk(platform::ElementVisitor & visitor) const
+bool XMLNodeImpl::walk(qvplatform::ElementVisitor & visitor) const
 {
     if (direct != nullptr)
         direct->walk(*element, visitor);
@@ -156,7 +156,7 @@ Node * XMLNodeImpl::createChild(const char * name, const wchar_t * text)
     if (FAILED(doc->get()->createElement(wideName.get(), created.receive())) || !created ||
         !append(*element, created.get(), appended))
         return nullptr;
-    const ElementReference child = platform::queryFor<IXMLDOMElement>(appended.get());
+    const ElementReference child = qvplatform::queryFor<IXMLDOMElement>(appended.get());
     if (!child || (text != nullptr && !appendText(*doc->get(), *child.get(), text)))
         return nullptr;
     return doc->getNode(child.get());
@@ -401,7 +401,7 @@ Node * XMLNodeImpl::getFirstChild(const char * name)
     return child;
 }
 
-Node * XMLNodeImpl::takeNode(const platform::FoundElement & found)
+Node * XMLNodeImpl::takeNode(const qvplatform::FoundElement & found)
 {
     if (found.noted != nullptr)
         return static_cast<Node *>(found.noted);

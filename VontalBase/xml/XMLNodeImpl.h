@@ -7,12 +7,12 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 class DirectXml;
 class ElementVisitor;
 struct FoundElement;
-} // namespace platform
+} // namespace qvplatform
 
 namespace qvxml
 {
@@ -27,17 +27,17 @@ class XMLNodeImpl final : public Node
 public:
     /// A node of @p owner, which outlives it, with a reference of its own on @p domElement.
     /// @param directWay the short way to the element, or null.
-    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement, const platform::DirectXml * directWay);
+    XMLNodeImpl(XMLDocPtr * owner, IXMLDOMElement * domElement, const qvplatform::DirectXml * directWay);
     ~XMLNodeImpl() override;
 
     /// The short way to the element, or null.
-    const platform::DirectXml * directXml() const noexcept
+    const qvplatform::DirectXml * directXml() const noexcept
     {
         return direct;
     }
 
     /// Shows the element and those within it. False where there is no short way.
-    bool walk(platform::ElementVisitor & visitor) const;
+    bool walk(qvplatform::ElementVisitor & visitor) const;
 
     Node * createChild(const char * name) override;
     Node * createChild(const Vontal::u8string & name) override;
@@ -77,11 +77,11 @@ private:
     bool readText(ComText & text);
     bool readAttribute(const char * name, ComVariant & value);
 
-    Node * takeNode(const platform::FoundElement & found);
+    Node * takeNode(const qvplatform::FoundElement & found);
 
     XMLDocPtr * doc;
     IXMLDOMElement * element;
-    const platform::DirectXml * direct;
+    const qvplatform::DirectXml * direct;
 };
 
 } // namespace qvxml

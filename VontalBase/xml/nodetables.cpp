@@ -6,7 +6,8 @@
 namespace qvxml
 {
 
-Node * NodeSet::nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const platform::DirectXml * direct)
+Node * NodeSet::nodeOf(
+    const NodeOwner & owner, IXMLDOMElement & element, const qvplatform::DirectXml * direct)
 {
     if (Node * const known = owner.elements->find(element, direct))
         return known;
@@ -23,7 +24,7 @@ Node * NodeSet::nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const 
     return &node;
 }
 
-Node * ElementTable::find(IXMLDOMElement & element, const platform::DirectXml * direct)
+Node * ElementTable::find(IXMLDOMElement & element, const qvplatform::DirectXml * direct)
 {
     if (direct != nullptr && direct->note(element).owner == this)
         return static_cast<Node *>(direct->note(element).value);
@@ -31,7 +32,7 @@ Node * ElementTable::find(IXMLDOMElement & element, const platform::DirectXml * 
     return known != nullptr ? *known : nullptr;
 }
 
-void ElementTable::enter(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct)
+void ElementTable::enter(Node & node, IXMLDOMElement & element, const qvplatform::DirectXml * direct)
 {
     // Where there is no short way nothing can be noted.
     const bool isFree = direct != nullptr && direct->note(element).owner == nullptr;

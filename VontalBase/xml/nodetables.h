@@ -8,7 +8,7 @@
 
 struct IXMLDOMElement;
 
-namespace platform
+namespace qvplatform
 {
 class DirectXml;
 }
@@ -33,7 +33,7 @@ struct NodeSet
 {
     /// The node of an element, made where there is none.
     /// @param direct the short way to the element, or null.
-    Node * nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const platform::DirectXml * direct);
+    Node * nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const qvplatform::DirectXml * direct);
 
     /// Those that it has made.
     NodeArena made;
@@ -45,9 +45,9 @@ struct NodeSet
 struct ElementTable
 {
     /// The node of an element, or null.
-    Node * find(IXMLDOMElement & element, const platform::DirectXml * direct);
+    Node * find(IXMLDOMElement & element, const qvplatform::DirectXml * direct);
     /// Makes a node the one of an element.
-    void enter(Node & node, IXMLDOMElement & element, const platform::DirectXml * direct);
+    void enter(Node & node, IXMLDOMElement & element, const qvplatform::DirectXml * direct);
 
     /// Of those that have their node noted at themselves the elements that were given a node. The node may
     /// have been replaced, or be in the other table.

@@ -44,7 +44,7 @@ HRESULT make(const GUID & classId, qvbase::ReferenceMSCom<Interface> & out)
 {
     void * made = nullptr;
     const HRESULT result =
-        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &made);
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, qvplatform::idOf<Interface>(), &made);
     if (SUCCEEDED(result))
         *out.receive() = static_cast<Interface *>(made);
     return result;
@@ -53,9 +53,9 @@ HRESULT make(const GUID & classId, qvbase::ReferenceMSCom<Interface> & out)
 /// Makes a document, after having initialised COM where that is what is missing.
 bool makeDocument(DocumentReference & out)
 {
-    HRESULT result = make(platform::domDocumentClass(), out);
+    HRESULT result = make(qvplatform::domDocumentClass(), out);
     if (result == CO_E_NOTINITIALIZED && SUCCEEDED(CoInitialize(nullptr)))
-        result = make(platform::domDocumentClass(), out);
+        result = make(qvplatform::domDocumentClass(), out);
     return SUCCEEDED(result) && out;
 }
 
@@ -80,7 +80,7 @@ void writeParseError(IXMLDOMDocument & document)
     // Some services end the reason with a line end of their own.
     while (text.ends_with(L'\n') || text.ends_with(L'\r'))
         text.pop_back();
-    platform::writeWideErrorLine(text);
+    qvplatform::writeWideErrorLine(text);
 }
 
 /// Appends the XML declaration to a new document.
@@ -104,7 +104,7 @@ bool appendRoot(IXMLDOMDocument & document, const Vontal::u8string & name, Eleme
     if (FAILED(document.createElement(wideName.get(), created.receive())) || !created ||
         FAILED(document.appendChild(created.get(), appended.receive())))
         return false;
-    root = platform::queryFor<IXMLDOMElement>(appended.get());
+    root = qvplatform::queryFor<IXMLDOMElement>(appended.get());
     return root.get() != nullptr;
 }
 
@@ -114,7 +114,7 @@ class IndentingWriter
 public:
     bool create()
     {
-        return SUCCEEDED(make(platform::xmlWriterClass(), m_writer)) && m_writer && ask(m_content) &&
+        return SUCCEEDED(make(qvplatform::xmlWriterClass(), m_writer)) && m_writer && ask(m_content) &&
                ask(m_errors) && ask(m_types) && setUp();
     }
 
@@ -139,7 +139,7 @@ private:
     template <class Interface>
     bool ask(qvbase::ReferenceMSCom<Interface> & out)
     {
-        out = platform::queryFor<Interface>(m_writer.get());
+        out = qvplatform::queryFor<Interface>(m_writer.get());
         return out.get() != nullptr;
     }
 
@@ -236,7 +236,7 @@ void XMLDocPtr::freeXml()
 
 void XMLDocPtr::freeNodes()
 {
-    const auto forget = [](IXMLDOMElement & element, const platform::DirectXml & direct)
+    const auto forget = [](IXMLDOMElement & element, const qvplatform::DirectXml & direct)
     {
         direct.note(element) = {};
         element.Release();
@@ -244,7 +244,7 @@ void XMLDocPtr::freeNodes()
     elements->noted.forEach(
         [&](IXMLDOMElement * element, bool)
         {
-            const platform::DirectXml & direct = *platform::directXmlOf(*element);
+            const qvplatform::DirectXml & direct = *qvplatform::directXmlOf(*element);
             if (direct.note(*element).owner == elements)
                 forget(*element, direct);
         });
@@ -252,7 +252,7 @@ void XMLDocPtr::freeNodes()
     nodes->made.forEach(
         [&](XMLNodeImpl & node)
         {
-            const platform::DirectXml * const direct = node.directXml();
+            const qvplatform::DirectXml * const direct = node.directXml();
             if (direct != nullptr && direct->note(*node.getElement()).owner == elements)
                 forget(*node.getElement(), *direct);
         });
@@ -339,7 +339,7 @@ bool XMLDocPtr::FormatDOMDocument(IXMLDOMDocument * doc)
 {
     IndentingWriter writer;
     qvbase::ReferenceMSCom<ISAXXMLReader> reader;
-    if (!writer.create() || FAILED(make(platform::saxReaderClass(), reader)) || !reader ||
+    if (!writer.create() || FAILED(make(qvplatform::saxReaderClass(), reader)) || !reader ||
         !writer.connect(*reader.get()))
         return false;
     const HRESULT output = writer.putOutput(doc);
@@ -393,13 +393,13 @@ Node * XMLDocPtr::getNode(IXMLDOMElement * element)
 {
     if (element == nullptr)
         return nullptr;
-    return nodes->nodeOf({this, elements}, *element, platform::directXmlOf(*element));
+    return nodes->nodeOf({this, elements}, *element, qvplatform::directXmlOf(*element));
 }
 
 void XMLDocPtr::registerNode(Node * node)
 {
     IXMLDOMElement & element = *node->getElement();
-    const platform::DirectXml * const direct = platform::directXmlOf(element);
+    const qvplatform::DirectXml * const direct = qvplatform::directXmlOf(element);
     // Those that documents make are in their lists already.
     if (dynamic_cast<XMLNodeImpl *>(node) == nullptr)
     {

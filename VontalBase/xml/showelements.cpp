@@ -12,7 +12,7 @@ namespace qvxml
 namespace
 {
 
-void begin(Node & element, platform::ElementVisitor & visitor)
+void begin(Node & element, qvplatform::ElementVisitor & visitor)
 {
     visitor.begin(element.getNodeName());
     std::map<Vontal::u8string, Vontal::u8string> properties;
@@ -22,7 +22,7 @@ void begin(Node & element, platform::ElementVisitor & visitor)
 }
 
 /// The long way, through the nodes.
-void showNodes(Node & element, platform::ElementVisitor & visitor)
+void showNodes(Node & element, qvplatform::ElementVisitor & visitor)
 {
     begin(element, visitor);
     // The next child of each open element.
@@ -44,7 +44,7 @@ void showNodes(Node & element, platform::ElementVisitor & visitor)
 
 } // namespace
 
-void showElements(Node & element, platform::ElementVisitor & visitor)
+void showElements(Node & element, qvplatform::ElementVisitor & visitor)
 {
     const XMLNodeImpl * const made = dynamic_cast<const XMLNodeImpl *>(&element);
     if (made == nullptr || !made->walk(visitor))

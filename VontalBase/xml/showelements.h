@@ -12,6 +12,6 @@ class Node;
 
 /// Shows an element and those within it, in the order of the document. The depth costs memory, but no stack.
 /// What the visitor throws leaves this call.
-void showElements(Node & element, platform::ElementVisitor & visitor);
+void showElements(Node & element, qvplatform::ElementVisitor & visitor);
 
 } // namespace qvxml

@@ -44,7 +44,7 @@ ArchiveReader::~ArchiveReader() = default;
 
 Result ArchiveReader::open(void * source, unsigned int length, Vontal::ulong32 kind)
 {
-    m_rootDirectory = platform::workingDirectory();
+    m_rootDirectory = qvplatform::workingDirectory();
     if (!m_rootDirectory.empty())
         m_rootDirectory += L'\\';
     const Result opened = m_input.open(source, length, kind);
@@ -172,7 +172,7 @@ Result ArchiveReader::unzipToFile(int index, const wchar_t * path)
     const Result begun = beginExtraction(index, entry, isTold);
     if (begun != result::success)
         return begun;
-    if ((entry.attr & platform::attribute::directory) != 0)
+    if ((entry.attr & qvplatform::attribute::directory) != 0)
     {
         std::wstring directory;
         Vontal::wideFromUtf8(std::string_view(entry.name), directory);
@@ -188,12 +188,12 @@ Result ArchiveReader::unzipToFile(int index, const wchar_t * path)
     return output.isOpen() ? extract(index, output, isTold ? &entry : nullptr) : result::noFile;
 }
 
-Result ArchiveReader::unzipToHandle(int index, platform::Handle handle)
+Result ArchiveReader::unzipToHandle(int index, qvplatform::Handle handle)
 {
     ZIPENTRY entry{};
     bool isTold = false;
     const Result begun = beginExtraction(index, entry, isTold);
-    if (begun != result::success || (entry.attr & platform::attribute::directory) != 0)
+    if (begun != result::success || (entry.attr & qvplatform::attribute::directory) != 0)
         return begun;
     Output output(handle);
     return extract(index, output, isTold ? &entry : nullptr);
@@ -206,8 +206,8 @@ Result ArchiveReader::extract(int index, Output & output, const ZIPENTRY * entry
     if (!isPassed)
         return result::writeFailed;
     if (entry != nullptr)
-        output.setTimes(platform::unitsOf(entry->ctime), platform::unitsOf(entry->atime),
-            platform::unitsOf(entry->mtime));
+        output.setTimes(qvplatform::unitsOf(entry->ctime), qvplatform::unitsOf(entry->atime),
+            qvplatform::unitsOf(entry->mtime));
     return result::success;
 }
 

@@ -40,7 +40,7 @@ public:
     Result unzipToMemory(int index, void * block, unsigned int size);
     /// @param path null for none that opens.
     Result unzipToFile(int index, const wchar_t * path);
-    Result unzipToHandle(int index, platform::Handle handle);
+    Result unzipToHandle(int index, qvplatform::Handle handle);
 
     /// How many bytes an item that it told of can give, by those that are there: a deflated one is never
     /// shorter than a thousandth of that. What is told beyond it is not true.

@@ -75,11 +75,11 @@ private:
         if (!m_archive.directory.goTo(index) || !m_archive.directory.readWholeName(m_name))
             return refuseItem(m_error, "The directory is damaged at item " + std::to_string(index));
         const CentralEntry & entry = m_archive.directory.current();
-        ScreenedName name = screenName(m_name, !platform::mayNamesHoldColons());
+        ScreenedName name = screenName(m_name, !qvplatform::mayNamesHoldColons());
         if (name.fault != NameFault::None)
             return refuse(std::string(textOf(name.fault)));
         const bool isDirectory = name.endsInSeparator || (attributesOf(entry.externalAttributes) &
-                                                             platform::attribute::directory) != 0;
+                                                             qvplatform::attribute::directory) != 0;
         if (name.path.empty() && !isDirectory)
             return refuse("names the target directory");
         if (static_cast<std::size_t>(std::count(name.path.begin(), name.path.end(), L'\\')) >

@@ -15,7 +15,7 @@ namespace zip
 namespace
 {
 
-using platform::Search;
+using qvplatform::Search;
 
 /// How many directories of a branch are open at once.
 constexpr std::size_t mostOpen = 64;

@@ -86,8 +86,8 @@ public:
         if (GetZipItemW(m_archive, index, &entry) != 0)
             return false;
         const std::wstring path = m_target + entry.name;
-        return (entry.attr & platform::attribute::directory) != 0 ? makeDirectory(path)
-                                                                  : unpackFile(index, path);
+        return (entry.attr & qvplatform::attribute::directory) != 0 ? makeDirectory(path)
+                                                                    : unpackFile(index, path);
     }
 
 private:
@@ -134,7 +134,7 @@ private:
         if (!makeParent(qvdisk::extractParentDir(name)))
             return false;
         m_step.set(lineOfFile, "Failed to create file: ", name);
-        const zip::Output file(path, platform::attribute::normal);
+        const zip::Output file(path, qvplatform::attribute::normal);
         if (!file.isOpen())
             return false;
         m_step.set(lineOfUnzipping, "Failed to unzip file: ", name);

@@ -46,7 +46,7 @@ public:
         for (int number = 0; number < attempts && !isOpen(); ++number)
         {
             m_ownPath = directory + L".unzip-" + std::to_wstring(number);
-            m_handle = platform::createNewForWriting(m_ownPath);
+            m_handle = qvplatform::createNewForWriting(m_ownPath);
         }
     }
     NewFile(const NewFile &) = delete;
@@ -55,23 +55,24 @@ public:
     {
         if (!isOpen())
             return;
-        platform::closeHandle(m_handle);
+        qvplatform::closeHandle(m_handle);
         remove();
     }
 
     [[nodiscard]] bool isOpen() const noexcept
     {
-        return platform::isHandle(m_handle);
+        return qvplatform::isHandle(m_handle);
     }
-    [[nodiscard]] platform::Handle get() const noexcept
+    [[nodiscard]] qvplatform::Handle get() const noexcept
     {
         return m_handle;
     }
     /// @return false where the disk refuses; then it is removed.
     bool finish()
     {
-        const bool isFinished = platform::closeWritten(std::exchange(m_handle, platform::invalidHandle())) &&
-                                platform::replaceFile(m_ownPath, m_path);
+        const bool isFinished =
+            qvplatform::closeWritten(std::exchange(m_handle, qvplatform::invalidHandle())) &&
+            qvplatform::replaceFile(m_ownPath, m_path);
         if (!isFinished)
             remove();
         return isFinished;
@@ -82,7 +83,7 @@ private:
     {
         try
         {
-            platform::removeFile(m_ownPath);
+            qvplatform::removeFile(m_ownPath);
         }
         catch (const std::bad_alloc &)
         {
@@ -92,7 +93,7 @@ private:
 
     std::wstring m_path;
     std::wstring m_ownPath;
-    platform::Handle m_handle = platform::invalidHandle();
+    qvplatform::Handle m_handle = qvplatform::invalidHandle();
 };
 
 constexpr wchar_t separators[] = L"\\/";
@@ -104,14 +105,14 @@ std::wstring directoryOf(const Vontal::u8string & target)
     const std::size_t last = path.find_last_not_of(separators);
     if (last == std::wstring::npos)
         return path.empty() ? L"." : path.substr(0, 1);
-    const bool isDrive = path[last] == L':' && !platform::mayNamesHoldColons();
+    const bool isDrive = path[last] == L':' && !qvplatform::mayNamesHoldColons();
     return path.substr(0, isDrive ? last + 2 : last + 1);
 }
 
 bool isDirectory(const std::wstring & path)
 {
-    platform::FileStatus status;
-    return platform::readFileStatus(path, status) && status.kind == platform::FileStatus::Kind::Directory;
+    qvplatform::FileStatus status;
+    return qvplatform::readFileStatus(path, status) && status.kind == qvplatform::FileStatus::Kind::Directory;
 }
 
 /// Makes a directory and those above it, as far as that is needed.
@@ -123,21 +124,21 @@ bool makeTarget(const std::wstring & path)
     for (std::size_t end = path.find_first_of(separators, 1); end != std::wstring::npos;
          end = path.find_first_of(separators, end + 1))
     {
-        platform::makeDirectory(path.substr(0, end));
+        qvplatform::makeDirectory(path.substr(0, end));
     }
-    platform::makeDirectory(path);
+    qvplatform::makeDirectory(path);
     return isDirectory(path);
 }
 
 /// Whether a file can be put at a path: nothing is there, or a file that nobody has open.
 bool isFree(const std::wstring & path)
 {
-    platform::FileStatus status;
-    if (!platform::readFileStatus(path, status))
+    qvplatform::FileStatus status;
+    if (!qvplatform::readFileStatus(path, status))
         return true;
-    if (status.kind != platform::FileStatus::Kind::Regular)
+    if (status.kind != qvplatform::FileStatus::Kind::Regular)
         return false;
-    std::FILE * const stream = platform::openStream(path, "r+b");
+    std::FILE * const stream = qvplatform::openStream(path, "r+b");
     return stream != nullptr && std::fclose(stream) == 0;
 }
 
@@ -221,9 +222,9 @@ private:
                 return false;
             end = std::min(path.find(L'\\', end + 1), path.size());
             const std::wstring directory = below(path.substr(0, end));
-            if (platform::isLink(directory))
+            if (qvplatform::isLink(directory))
                 return refuse("has a link in its way");
-            if (!isDirectory(directory) && !platform::makeDirectory(directory))
+            if (!isDirectory(directory) && !qvplatform::makeDirectory(directory))
                 return refuse("has a directory that cannot be made");
         }
         m_lastDirectory = path;
@@ -284,7 +285,7 @@ private:
     bool writeFile()
     {
         const std::wstring path = below(m_item->path);
-        if (platform::isLink(path))
+        if (qvplatform::isLink(path))
             return refuse("has a link in its way");
         if (!isFree(path))
             return refuse("cannot be put where something else is");
@@ -298,9 +299,9 @@ private:
         return file.finish() || refuse("cannot be written to its end");
     }
 
-    bool writePiece(platform::Handle file, const char * data, std::size_t size)
+    bool writePiece(qvplatform::Handle file, const char * data, std::size_t size)
     {
-        if (!platform::writeToDisk(file, data, size))
+        if (!qvplatform::writeToDisk(file, data, size))
             return refuse("cannot be written");
         m_written += size;
         if (m_progress)
@@ -308,7 +309,7 @@ private:
         return mayGoOn();
     }
 
-    bool writeHeld(platform::Handle file)
+    bool writeHeld(qvplatform::Handle file)
     {
         for (std::size_t done = 0; done < m_held.size(); done += pieceSize)
         {
@@ -319,7 +320,7 @@ private:
     }
 
     /// Reads the item once more. The file may have changed.
-    bool writeAgain(platform::Handle file)
+    bool writeAgain(qvplatform::Handle file)
     {
         if (!openItem())
             return refuse("cannot be read");
@@ -336,7 +337,7 @@ private:
     }
 
     /// A file system that has no such times is no failure.
-    void setTimes(platform::Handle file)
+    void setTimes(qvplatform::Handle file)
     {
         const zip::CentralEntry & entry = m_archive.directory.current();
         const std::uint64_t extraPosition = m_header.dataPosition - m_header.extraLength;
@@ -345,8 +346,8 @@ private:
         const zip::UtTimes times =
             zip::findUtTimes(extra.first(std::min<std::size_t>(extra.size(), m_header.extraLength)));
         const ZIPENTRY told = zip::entryOf(0, {}, entry, times);
-        platform::setFileTimes(file, platform::unitsOf(told.ctime), platform::unitsOf(told.atime),
-            platform::unitsOf(told.mtime));
+        qvplatform::setFileTimes(file, qvplatform::unitsOf(told.ctime), qvplatform::unitsOf(told.atime),
+            qvplatform::unitsOf(told.mtime));
     }
 
     zip::OpenArchive & m_archive;

@@ -33,7 +33,7 @@ ZIPENTRY emptyEntry(std::int32_t index) noexcept
 
 std::uint32_t attributesOf(std::uint32_t externalAttributes) noexcept
 {
-    namespace attribute = platform::attribute;
+    namespace attribute = qvplatform::attribute;
     std::uint32_t attributes = attribute::normal;
     if ((externalAttributes & external::directory) != 0)
         attributes |= attribute::directory;
@@ -51,10 +51,10 @@ ZIPENTRY entryOf(
     ZIPENTRY told = emptyEntry(index);
     std::copy(name.begin(), name.end(), std::begin(told.name));
     told.attr = attributesOf(entry.externalAttributes);
-    const FILETIME dosTime = platform::fileTimeOf(fileTimeOfDosDate(entry.dosTimestamp));
+    const FILETIME dosTime = qvplatform::fileTimeOf(fileTimeOfDosDate(entry.dosTimestamp));
     const auto timeOf = [&](const std::optional<std::int32_t> & seconds)
     {
-        return seconds ? platform::fileTimeOf(fileTimeOfSeconds(*seconds)) : dosTime;
+        return seconds ? qvplatform::fileTimeOf(fileTimeOfSeconds(*seconds)) : dosTime;
     };
     told.atime = timeOf(times.access);
     told.ctime = timeOf(times.creation);

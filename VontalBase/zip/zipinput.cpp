@@ -10,8 +10,8 @@ namespace zip
 
 Input::~Input()
 {
-    if (platform::isHandle(m_handle))
-        platform::closeHandle(m_handle);
+    if (qvplatform::isHandle(m_handle))
+        qvplatform::closeHandle(m_handle);
 }
 
 Result Input::open(void * source, unsigned int length, Vontal::ulong32 kind)
@@ -32,27 +32,27 @@ Result Input::open(void * source, unsigned int length, Vontal::ulong32 kind)
     }
 }
 
-Result Input::openHandle(platform::Handle handle) noexcept
+Result Input::openHandle(qvplatform::Handle handle) noexcept
 {
-    if (!platform::isHandle(handle) || !platform::isDiskFile(handle))
+    if (!qvplatform::isHandle(handle) || !qvplatform::isDiskFile(handle))
         return result::unseekable;
-    m_handle = platform::duplicateHandle(handle);
-    if (!platform::isHandle(m_handle))
+    m_handle = qvplatform::duplicateHandle(handle);
+    if (!qvplatform::isHandle(m_handle))
         return result::noDuplicate;
-    return platform::tellPosition(m_handle, m_initialOffset) ? result::success : result::unseekable;
+    return qvplatform::tellPosition(m_handle, m_initialOffset) ? result::success : result::unseekable;
 }
 
 Result Input::openFile(const wchar_t * path)
 {
     if (path != nullptr)
-        m_handle = platform::openForReading(path);
-    return platform::isHandle(m_handle) ? result::success : result::noFile;
+        m_handle = qvplatform::openForReading(path);
+    return qvplatform::isHandle(m_handle) ? result::success : result::noFile;
 }
 
 bool Input::readSize(std::uint64_t & size) const noexcept
 {
     if (!m_isMemory)
-        return platform::readFileSize(m_handle, size);
+        return qvplatform::readFileSize(m_handle, size);
     size = m_memory.size();
     return true;
 }
@@ -60,7 +60,7 @@ bool Input::readSize(std::uint64_t & size) const noexcept
 std::size_t Input::readAt(std::uint64_t position, void * buffer, std::size_t size) const noexcept
 {
     std::size_t count = 0;
-    return platform::readBytesAt(m_handle, position, buffer, size, count) ? count : 0;
+    return qvplatform::readBytesAt(m_handle, position, buffer, size, count) ? count : 0;
 }
 
 std::span<const unsigned char> InputWindow::held(std::uint64_t position) const noexcept

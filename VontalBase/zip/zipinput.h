@@ -55,10 +55,10 @@ public:
     }
 
 private:
-    Result openHandle(platform::Handle handle) noexcept;
+    Result openHandle(qvplatform::Handle handle) noexcept;
     Result openFile(const wchar_t * path);
 
-    platform::Handle m_handle = platform::invalidHandle();
+    qvplatform::Handle m_handle = qvplatform::invalidHandle();
     std::uint64_t m_initialOffset = 0;
     bool m_isMemory = false;
     std::span<const unsigned char> m_memory;

@@ -33,10 +33,10 @@ void makeDirectories(const std::wstring & root, std::wstring_view path)
     for (std::size_t i = 1; i < path.size(); ++i)
     {
         if (isSeparator(path[i]) && !isSeparator(path[i - 1]))
-            platform::makeDirectory(root + std::wstring(path.substr(0, i)));
+            qvplatform::makeDirectory(root + std::wstring(path.substr(0, i)));
     }
     if (!path.empty() && !isSeparator(path.back()))
-        platform::makeDirectory(root + std::wstring(path));
+        qvplatform::makeDirectory(root + std::wstring(path));
 }
 
 std::wstring_view safeDirectoryPart(std::wstring_view name) noexcept
@@ -47,43 +47,43 @@ std::wstring_view safeDirectoryPart(std::wstring_view name) noexcept
     return name.substr(0, last);
 }
 
-Output::Output(platform::Handle handle) noexcept : m_handle(handle), m_isOwned(false)
+Output::Output(qvplatform::Handle handle) noexcept : m_handle(handle), m_isOwned(false)
 {
 }
 
 Output::Output(const std::wstring & path, std::uint32_t attributes)
-    : m_handle(platform::createForWriting(path, attributes)), m_isOwned(true)
+    : m_handle(qvplatform::createForWriting(path, attributes)), m_isOwned(true)
 {
 }
 
 Output::~Output()
 {
     if (m_isOwned && isOpen())
-        platform::closeHandle(m_handle);
+        qvplatform::closeHandle(m_handle);
 }
 
 bool Output::isOpen() const noexcept
 {
-    return platform::isHandle(m_handle);
+    return qvplatform::isHandle(m_handle);
 }
 
 bool Output::isDiskFile() noexcept
 {
     if (!m_isDiskFile)
-        m_isDiskFile = isOpen() && platform::isDiskFile(m_handle);
+        m_isDiskFile = isOpen() && qvplatform::isDiskFile(m_handle);
     return *m_isDiskFile;
 }
 
 bool Output::write(const void * data, std::size_t size) noexcept
 {
-    return isDiskFile() ? platform::writeToDisk(m_handle, data, size)
-                        : isOpen() && platform::writeBytes(m_handle, data, size);
+    return isDiskFile() ? qvplatform::writeToDisk(m_handle, data, size)
+                        : isOpen() && qvplatform::writeBytes(m_handle, data, size);
 }
 
 void Output::setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept
 {
     if (isDiskFile())
-        platform::setFileTimes(m_handle, created, accessed, changed);
+        qvplatform::setFileTimes(m_handle, created, accessed, changed);
 }
 
 } // namespace zip

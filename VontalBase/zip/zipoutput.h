@@ -27,9 +27,9 @@ class Output
 {
 public:
     /// A handle that stays open.
-    explicit Output(platform::Handle handle) noexcept;
+    explicit Output(qvplatform::Handle handle) noexcept;
     /// A new file, or an emptied one.
-    /// @param attributes as for `platform::createForWriting`.
+    /// @param attributes as for `qvplatform::createForWriting`.
     Output(const std::wstring & path, std::uint32_t attributes);
     Output(const Output &) = delete;
     Output & operator=(const Output &) = delete;
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] bool isOpen() const noexcept;
 
     /// What is written to; it stays this one's.
-    [[nodiscard]] platform::Handle handle() const noexcept
+    [[nodiscard]] qvplatform::Handle handle() const noexcept
     {
         return m_handle;
     }
@@ -51,7 +51,7 @@ public:
 private:
     bool isDiskFile() noexcept;
 
-    platform::Handle m_handle;
+    qvplatform::Handle m_handle;
     bool m_isOwned;
     /// Empty until somebody asks.
     std::optional<bool> m_isDiskFile;

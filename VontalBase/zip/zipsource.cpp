@@ -24,9 +24,9 @@ constexpr std::uint64_t largestSize = 0xFFFFFFFF;
 constexpr std::uint32_t plainAttributes = 0x80000000;
 constexpr std::uint32_t folderAttributes = 0x41C00010;
 
-constexpr std::uint32_t keptAttributes = platform::attribute::readOnly | platform::attribute::hidden |
-                                         platform::attribute::system | platform::attribute::directory |
-                                         platform::attribute::archive;
+constexpr std::uint32_t keptAttributes = qvplatform::attribute::readOnly | qvplatform::attribute::hidden |
+                                         qvplatform::attribute::system | qvplatform::attribute::directory |
+                                         qvplatform::attribute::archive;
 
 // Unix modes.
 constexpr std::uint32_t modeDirectory = 0x40000000;
@@ -45,11 +45,11 @@ constexpr std::uint32_t headerSignatures[] = {0x5A4D, 0x454E, 0x454C, 0x4550};
 
 /// Gives false where the file ends too early.
 bool readWord(
-    platform::Handle handle, std::uint64_t position, std::size_t size, std::uint32_t & word) noexcept
+    qvplatform::Handle handle, std::uint64_t position, std::size_t size, std::uint32_t & word) noexcept
 {
     std::array<unsigned char, sizeof(std::uint32_t)> bytes = {};
     std::size_t count = 0;
-    if (!platform::readBytesAt(handle, position, bytes.data(), size, count) || count != size)
+    if (!qvplatform::readBytesAt(handle, position, bytes.data(), size, count) || count != size)
         return false;
     word = format::FieldReader(bytes.data()).take32();
     return true;
@@ -59,16 +59,16 @@ bool readWord(
 
 std::uint32_t externalAttributes(std::uint32_t fileAttributes, bool isExecutable) noexcept
 {
-    std::uint32_t mode = (fileAttributes & platform::attribute::directory) != 0 ? modeDirectory : modeFile;
+    std::uint32_t mode = (fileAttributes & qvplatform::attribute::directory) != 0 ? modeDirectory : modeFile;
     mode |= modeReadable;
-    if ((fileAttributes & platform::attribute::readOnly) == 0)
+    if ((fileAttributes & qvplatform::attribute::readOnly) == 0)
         mode |= modeWritable;
     if (isExecutable)
         mode |= modeExecutable;
     return mode | (fileAttributes & keptAttributes);
 }
 
-bool looksExecutable(platform::Handle handle, std::uint64_t size) noexcept
+bool looksExecutable(qvplatform::Handle handle, std::uint64_t size) noexcept
 {
     std::uint32_t word = 0;
     if (size <= leastProgram || !readWord(handle, 0, sizeof(std::uint16_t), word) ||
@@ -116,19 +116,19 @@ Result Source::openFile(const wchar_t * path, unsigned int size)
 {
     if (path == nullptr)
         return result::faultyArguments;
-    platform::Handle handle = platform::openForReading(path);
-    if (!platform::isHandle(handle))
+    qvplatform::Handle handle = qvplatform::openForReading(path);
+    if (!qvplatform::isHandle(handle))
         return result::noFile;
     m_isOwned = true;
     return openHandle(handle, size);
 }
 
-Result Source::openHandle(platform::Handle handle, unsigned int size)
+Result Source::openHandle(qvplatform::Handle handle, unsigned int size)
 {
-    if (!platform::isHandle(handle))
+    if (!qvplatform::isHandle(handle))
         return result::faultyArguments;
     m_handle = handle;
-    if (platform::isDiskFile(handle))
+    if (qvplatform::isDiskFile(handle))
     {
         const Result opened = openDiskFile();
         if (opened != result::success)
@@ -143,8 +143,8 @@ Result Source::openHandle(platform::Handle handle, unsigned int size)
 
 Result Source::openDiskFile()
 {
-    platform::FileInformation information;
-    if (!platform::readFileInformation(m_handle, information))
+    qvplatform::FileInformation information;
+    if (!qvplatform::readFileInformation(m_handle, information))
         return result::noFile;
     // Kept: the present difference is taken for all times, in summer and in winter.
     const std::int64_t difference = localMinusUtc();
@@ -157,7 +157,7 @@ Result Source::openDiskFile()
         externalAttributes(information.attributes, looksExecutable(m_handle, information.size));
     m_expectedSize = static_cast<std::uint32_t>(std::min(information.size, largestSize));
     m_isTooLong = information.size > largestSize;
-    return platform::seekTo(m_handle, 0) ? result::success : result::noFile;
+    return qvplatform::seekTo(m_handle, 0) ? result::success : result::noFile;
 }
 
 Result Source::openMemory(const void * block, unsigned int size)
@@ -193,7 +193,7 @@ std::string_view Source::next() noexcept
     std::string_view piece = m_memory.substr(0, pieceSize);
     m_memory.remove_prefix(piece.size());
     std::size_t count = 0;
-    if (platform::isHandle(m_handle) && platform::readBytes(m_handle, m_buffer.get(), pieceSize, count))
+    if (qvplatform::isHandle(m_handle) && qvplatform::readBytes(m_handle, m_buffer.get(), pieceSize, count))
         piece = {m_buffer.get(), count};
     if (m_read + piece.size() > largestSize)
     {
@@ -211,9 +211,9 @@ std::string_view Source::next() noexcept
 void Source::close() noexcept
 {
     if (m_isOwned)
-        platform::closeHandle(m_handle);
+        qvplatform::closeHandle(m_handle);
     m_isOwned = false;
-    m_handle = platform::invalidHandle();
+    m_handle = qvplatform::invalidHandle();
     m_memory = {};
 }
 

@@ -36,7 +36,7 @@ std::uint32_t externalAttributes(std::uint32_t fileAttributes, bool isExecutable
 ///
 /// Kept: the signature at the beginning is one that no program has, so that programs go unnoticed.
 /// @param size of the file in bytes.
-bool looksExecutable(platform::Handle handle, std::uint64_t size) noexcept;
+bool looksExecutable(qvplatform::Handle handle, std::uint64_t size) noexcept;
 
 /// One source behind the other, each opened, read once and closed. Belongs to one thread at a time.
 class Source
@@ -98,7 +98,7 @@ public:
 
 private:
     Result openFile(const wchar_t * path, unsigned int size);
-    Result openHandle(platform::Handle handle, unsigned int size);
+    Result openHandle(qvplatform::Handle handle, unsigned int size);
     Result openDiskFile();
     Result openMemory(const void * block, unsigned int size);
     Result openFolder();
@@ -110,7 +110,7 @@ private:
     std::uint32_t m_crc = 0;
     bool m_isTooLong = false;
 
-    platform::Handle m_handle = platform::invalidHandle();
+    qvplatform::Handle m_handle = qvplatform::invalidHandle();
     bool m_isOwned = false;
     std::string_view m_memory;
     std::unique_ptr<char[]> m_buffer;

@@ -26,10 +26,10 @@ Target::~Target()
 
 bool Target::close() noexcept
 {
-    if (!platform::isHandle(m_handle))
+    if (!qvplatform::isHandle(m_handle))
         return true;
-    const bool isClosed = platform::closeWritten(m_handle);
-    m_handle = platform::invalidHandle();
+    const bool isClosed = qvplatform::closeWritten(m_handle);
+    m_handle = qvplatform::invalidHandle();
     return isClosed;
 }
 
@@ -52,24 +52,24 @@ Result Target::openFile(const wchar_t * path)
 {
     m_buffer = std::make_unique<char[]>(bufferSize);
     if (path != nullptr)
-        m_handle = platform::createForWriting(path, platform::attribute::normal);
-    if (!platform::isHandle(m_handle))
+        m_handle = qvplatform::createForWriting(path, qvplatform::attribute::normal);
+    if (!qvplatform::isHandle(m_handle))
         return result::noFile;
     m_canSeek = true;
     return result::success;
 }
 
-Result Target::duplicate(platform::Handle handle)
+Result Target::duplicate(qvplatform::Handle handle)
 {
     m_buffer = std::make_unique<char[]>(bufferSize);
-    if (platform::isHandle(handle))
-        m_handle = platform::duplicateHandle(handle);
-    if (!platform::isHandle(m_handle))
+    if (qvplatform::isHandle(handle))
+        m_handle = qvplatform::duplicateHandle(handle);
+    if (!qvplatform::isHandle(m_handle))
         return result::noDuplicate;
     std::uint64_t position = 0;
     // No position beyond this one can be told in an archive.
-    m_canSeek = platform::isDiskFile(m_handle) && !platform::alwaysAppends(m_handle) &&
-                platform::tellPosition(m_handle, position) && position <= largestPosition;
+    m_canSeek = qvplatform::isDiskFile(m_handle) && !qvplatform::alwaysAppends(m_handle) &&
+                qvplatform::tellPosition(m_handle, position) && position <= largestPosition;
     if (m_canSeek)
     {
         m_base = static_cast<std::uint32_t>(position);
@@ -152,7 +152,7 @@ bool Target::flush() noexcept
     if (m_isDisplaced && !moveHandle(m_bufferStart))
         return false;
     std::size_t count = 0;
-    const bool isWritten = platform::writeBytes(m_handle, m_buffer.get(), m_bufferUsed, count);
+    const bool isWritten = qvplatform::writeBytes(m_handle, m_buffer.get(), m_bufferUsed, count);
     m_reached = std::max(m_reached, m_bufferStart + count);
     m_bufferStart += m_bufferUsed;
     m_bufferUsed = 0;
@@ -167,14 +167,14 @@ bool Target::finish() noexcept
     if (!m_canSeek || m_reached <= m_position)
         return true;
     std::uint64_t size = 0;
-    if (!platform::readFileSize(m_handle, size))
+    if (!qvplatform::readFileSize(m_handle, size))
         return false;
-    return size > m_base + m_reached || platform::cutFile(m_handle, m_base + m_position);
+    return size > m_base + m_reached || qvplatform::cutFile(m_handle, m_base + m_position);
 }
 
 bool Target::moveHandle(std::uint64_t position) noexcept
 {
-    m_isDisplaced = m_canSeek && !platform::seekTo(m_handle, m_base + position);
+    m_isDisplaced = m_canSeek && !qvplatform::seekTo(m_handle, m_base + position);
     return !m_isDisplaced;
 }
 
@@ -182,7 +182,7 @@ Result Target::seek(std::uint64_t position) noexcept
 {
     if (m_memory != nullptr)
         return seekInMemory(position);
-    if (!platform::isHandle(m_handle))
+    if (!qvplatform::isHandle(m_handle))
         m_error = result::notInitialised;
     else if (!m_canSeek)
         m_error = result::unseekable;

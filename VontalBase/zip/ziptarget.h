@@ -91,7 +91,7 @@ public:
 
 private:
     Result openFile(const wchar_t * path);
-    Result duplicate(platform::Handle handle);
+    Result duplicate(qvplatform::Handle handle);
     Result takeMemory(void * block, unsigned int size);
     bool makeBuffer();
     bool writeToMemory(const void * data, std::size_t size) noexcept;
@@ -99,7 +99,7 @@ private:
     bool moveHandle(std::uint64_t position) noexcept;
     Result seekInMemory(std::uint64_t position) noexcept;
 
-    platform::Handle m_handle = platform::invalidHandle();
+    qvplatform::Handle m_handle = qvplatform::invalidHandle();
     std::uint32_t m_base = 0;
     bool m_canSeek = false;
     Result m_error = result::success;
@@ -112,7 +112,7 @@ private:
 
     char * m_memory = nullptr;
     std::uint64_t m_memorySize = 0;
-    platform::MemoryMapping m_mapping;
+    qvplatform::MemoryMapping m_mapping;
 
     std::unique_ptr<char[]> m_buffer;
     /// The position of the first byte in the buffer.

@@ -11,10 +11,10 @@ namespace zip
 namespace
 {
 
-using platform::CivilTime;
+using qvplatform::CivilTime;
 
-constexpr std::int64_t unitsPerMillisecond = platform::fileTimeUnits / 1000;
-constexpr std::int64_t millisecondsFrom1601To1970 = platform::secondsFrom1601To1970 * 1000;
+constexpr std::int64_t unitsPerMillisecond = qvplatform::fileTimeUnits / 1000;
+constexpr std::int64_t millisecondsFrom1601To1970 = qvplatform::secondsFrom1601To1970 * 1000;
 constexpr std::int64_t aMinute = 60'000;
 
 constexpr int firstCountedYear = 1970;
@@ -28,20 +28,20 @@ CivilTime civilTimeOf(std::uint64_t fileTime) noexcept
 {
     constexpr std::uint64_t latest = std::numeric_limits<std::int64_t>::max();
     const auto units = static_cast<std::int64_t>(std::min(fileTime, latest));
-    return platform::civilTime(units / unitsPerMillisecond - millisecondsFrom1601To1970);
+    return qvplatform::civilTime(units / unitsPerMillisecond - millisecondsFrom1601To1970);
 }
 
 std::uint64_t fileTimeOf(const CivilTime & time) noexcept
 {
     return static_cast<std::uint64_t>(
-        (platform::millisecondsSince1970(time) + millisecondsFrom1601To1970) * unitsPerMillisecond);
+        (qvplatform::millisecondsSince1970(time) + millisecondsFrom1601To1970) * unitsPerMillisecond);
 }
 
 std::int64_t localMinusUtc() noexcept
 {
     // The two clocks are read one behind the other, so that the difference is not a round one.
-    const std::int64_t utc = platform::millisecondsSince1970(platform::utcNow());
-    const std::int64_t difference = platform::millisecondsSince1970(platform::localNow()) - utc;
+    const std::int64_t utc = qvplatform::millisecondsSince1970(qvplatform::utcNow());
+    const std::int64_t difference = qvplatform::millisecondsSince1970(qvplatform::localNow()) - utc;
     const std::int64_t half = difference < 0 ? -aMinute / 2 : aMinute / 2;
     return (difference + half) / aMinute * aMinute * unitsPerMillisecond;
 }
@@ -60,7 +60,7 @@ std::uint64_t shifted(std::uint64_t fileTime, std::int64_t units) noexcept
 
 std::uint64_t localFileTimeNow() noexcept
 {
-    return fileTimeOf(platform::localNow());
+    return fileTimeOf(qvplatform::localNow());
 }
 
 std::uint32_t secondsOfLocalFileTime(std::uint64_t localFileTime) noexcept
@@ -78,7 +78,7 @@ std::uint32_t secondsOfLocalFileTime(std::uint64_t localFileTime) noexcept
         time.month = 12;
         time.day = 31;
     }
-    return static_cast<std::uint32_t>(platform::secondsOfStandardTime(time));
+    return static_cast<std::uint32_t>(qvplatform::secondsOfStandardTime(time));
 }
 
 std::uint32_t dosDateOf(std::uint64_t fileTime) noexcept
@@ -101,14 +101,15 @@ std::uint64_t fileTimeOfDosDate(std::uint32_t dosDate) noexcept
     };
     const CivilTime time = {
         firstDosYear + bits(25, 7), bits(21, 4), bits(16, 5), bits(11, 5), bits(5, 6), 2 * bits(0, 5), 0};
-    const bool isDate = time.day >= 1 && time.day <= platform::daysInMonth(time.year, time.month);
+    const bool isDate = time.day >= 1 && time.day <= qvplatform::daysInMonth(time.year, time.month);
     const bool isTimeOfDay = time.hour < 24 && time.minute < 60 && time.second < 60;
     return isDate && isTimeOfDay ? fileTimeOf(time) : 0;
 }
 
 std::uint64_t fileTimeOfSeconds(std::int32_t seconds) noexcept
 {
-    return static_cast<std::uint64_t>((seconds + platform::secondsFrom1601To1970) * platform::fileTimeUnits);
+    return static_cast<std::uint64_t>(
+        (seconds + qvplatform::secondsFrom1601To1970) * qvplatform::fileTimeUnits);
 }
 
 } // namespace zip

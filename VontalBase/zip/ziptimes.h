@@ -15,10 +15,10 @@ namespace zip
 {
 
 /// The date and time of day that a file time is.
-platform::CivilTime civilTimeOf(std::uint64_t fileTime) noexcept;
+qvplatform::CivilTime civilTimeOf(std::uint64_t fileTime) noexcept;
 
 /// The file time of a date and time of day, all of whose parts are in range, from 1601 on.
-std::uint64_t fileTimeOf(const platform::CivilTime & time) noexcept;
+std::uint64_t fileTimeOf(const qvplatform::CivilTime & time) noexcept;
 
 /// How far the local clock is ahead of UTC at present, in units of file times; whole minutes.
 std::int64_t localMinusUtc() noexcept;

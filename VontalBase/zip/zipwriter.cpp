@@ -56,7 +56,7 @@ bool convertName(const wchar_t * name, std::string & converted)
     const std::wstring_view text = textOf(name, nameBuffer);
     if (text.size() >= nameBuffer)
         return false;
-    platform::ansiFromWide(text, converted);
+    qvplatform::ansiFromWide(text, converted);
     return converted.size() < nameBuffer;
 }
 
@@ -64,7 +64,7 @@ bool convertName(const wchar_t * name, std::string & converted)
 
 HZIP CreateZipZ(void * z, unsigned int len, Vontal::ulong32 flags)
 {
-    platform::refreshTimeZone();
+    qvplatform::refreshTimeZone();
     try
     {
         auto writer = std::make_unique<ArchiveWriter>();

@@ -196,11 +196,11 @@ TEST(CondThreadMutex, FreesOneWaiterForEachSignal)
 
 TEST(CondThreadMutex, WaitsForNothingWhereTheSystemGaveNoEvent)
 {
-    platform::armGates({"create event", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"create event", 1, 1, qvplatform::GateAnswer::Fail});
     ThreadMutex mutex;
     CondThreadMutex condition(mutex);
-    platform::disarmGates();
-    EXPECT_STREQ(platform::faultedGate(), "create event");
+    qvplatform::disarmGates();
+    EXPECT_STREQ(qvplatform::faultedGate(), "create event");
     mutex.acquire();
     mutex.acquire();
     condition.wait();

@@ -21,10 +21,10 @@
 namespace
 {
 
-using platform::GateAnswer;
 using qvbase::ProcessRunner;
 using qvbase::RunningProcess;
 using qvbase::RunningProcessImpl;
+using qvplatform::GateAnswer;
 using testsupport::TempDirectory;
 using Calls = std::vector<std::string>;
 
@@ -38,13 +38,13 @@ class Armed
 public:
     Armed(const char * service, std::uint64_t passage, std::uint64_t repeats, GateAnswer answer)
     {
-        platform::armGates({service, passage, repeats, answer});
+        qvplatform::armGates({service, passage, repeats, answer});
     }
     Armed(const Armed &) = delete;
     Armed & operator=(const Armed &) = delete;
     ~Armed()
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 };
 
@@ -171,7 +171,7 @@ TEST(ProcessRunnerFailures, OfPipesCopiesAndStartsLeaveNoChild)
             const MonitorReference monitor = newMonitor();
             const Armed armed(row.service, passage, 1, GateAnswer::Fail);
             EXPECT_FALSE(tryToStartChild(runner, monitor, "givesASignal", {signal.path()}));
-            EXPECT_EQ(platform::gatePassages(), passage) << "nothing is tried behind it";
+            EXPECT_EQ(qvplatform::gatePassages(), passage) << "nothing is tried behind it";
             EXPECT_EQ(runner.getProcessCount(), 0U);
             EXPECT_EQ(monitor->heard().calls, Calls{});
         }
@@ -191,7 +191,7 @@ TEST(ProcessRunnerFailures, ToCountOrReadEndADrainAndTheNextCycleTriesAgain)
         const Armed armed(service, 1, 1, GateAnswer::Fail);
         ASSERT_TRUE(startChild(runner, monitor, "printsAndWaits", {"text", signal.path()}));
         EXPECT_TRUE(monitor->waitForOutput("text"));
-        EXPECT_STREQ(platform::faultedGate(), service);
+        EXPECT_STREQ(qvplatform::faultedGate(), service);
         signal.give();
         ASSERT_TRUE(monitor->waitForEnd());
         EXPECT_EQ(monitor->heard().exitCode, 7U);
@@ -362,7 +362,7 @@ TEST(ProcessRunnerWatcher, LooksTenTimesASecond)
         ASSERT_TRUE(startChild(runner, monitor, "livesForASecond"));
         ASSERT_TRUE(monitor->waitForEnd());
         const std::chrono::duration<double, std::deci> tenths = Clock::now() - start;
-        const double looks = static_cast<double>(platform::gatePassages());
+        const double looks = static_cast<double>(qvplatform::gatePassages());
         EXPECT_LE(looks, tenths.count() + 2);
         // A machine that has much else to do may be late.
         isOftenEnough = looks > tenths.count() * 0.6;
@@ -385,7 +385,7 @@ TEST(ProcessRunnerWatcher, DoesNotTakeAStoppedChildForOneThatHasEnded)
         const auto number = static_cast<std::uint32_t>(std::stoul(monitor->heard().output));
         ASSERT_TRUE(testsupport::eventually([&] { return testsupport::isStopped(number); }));
         const Armed counted("wait for process", 1, 0, GateAnswer::Fail);
-        ASSERT_TRUE(testsupport::eventually([] { return platform::gatePassages() >= 3; }));
+        ASSERT_TRUE(testsupport::eventually([] { return qvplatform::gatePassages() >= 3; }));
         EXPECT_EQ(monitor->heard().finishes, 0U);
         testsupport::letGoOn(number);
         ASSERT_TRUE(monitor->waitForEnd());
@@ -398,7 +398,7 @@ TEST(ProcessRunnerCommandLine, MayHaveAProgramWithBlanksInItsPathIfItIsQuoted)
 {
     const TempDirectory directory;
     const std::string copy = directory.text("a program.exe");
-    std::filesystem::copy_file(platform::programPath(), copy);
+    std::filesystem::copy_file(qvplatform::programPath(), copy);
     const testsupport::ChildCommand command = testsupport::childCommand("printsAndReturnsSeven", {"a", "b"});
     ProcessRunner runner;
     const MonitorReference monitor = newMonitor();

@@ -55,11 +55,11 @@ protected:
 TEST_F(Workers, BeginByStartAndEndAtOnceWhereNothingWaits)
 {
     // Only counts.
-    platform::armGates({.service = "start thread", .repeats = 0});
+    qvplatform::armGates({.service = "start thread", .repeats = 0});
     executor->start();
     EXPECT_TRUE(nobodyWorks());
-    platform::disarmGates();
-    EXPECT_EQ(platform::gatePassages(), 1U);
+    qvplatform::disarmGates();
+    EXPECT_EQ(qvplatform::gatePassages(), 1U);
 }
 
 TEST_F(Workers, EndWithTheLastTaskWithoutAnyCall)
@@ -100,12 +100,12 @@ TEST_F(Workers, FindTheOrderThatWasMadeWithoutOne)
 {
     const auto addWithoutAWorker = [&](bool hasPriority, Task * task)
     {
-        platform::armGates({.service = "start thread"});
+        qvplatform::armGates({.service = "start thread"});
         if (hasPriority)
             executor->addPriorityTask(task);
         else
             executor->addTask(task);
-        platform::disarmGates();
+        qvplatform::disarmGates();
     };
     const Reference<Task> second(newTask(happenings, "T2"));
     addWithoutAWorker(false, newTask(happenings, "T1"));

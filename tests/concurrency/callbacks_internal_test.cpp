@@ -30,10 +30,10 @@
 namespace
 {
 
-using platform::heldLocks;
 using qvbase::LongRunCommand;
 using qvbase::Reference;
 using qvbase::ReferencedImplMT;
+using qvplatform::heldLocks;
 using testsupport::TestSemaphore;
 
 /// The most locks that were held at the calls of each kind.

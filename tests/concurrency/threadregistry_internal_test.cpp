@@ -72,7 +72,7 @@ public:
     {
         const auto run = [this]
         {
-            m_id = platform::currentThreadId();
+            m_id = qvplatform::currentThreadId();
             m_handle = runningHandle(m_id);
             m_running.release();
             m_leave.acquire();
@@ -343,13 +343,13 @@ TEST_F(ThreadRegistryTest, IsLeftAloneByAThreadThatIsNotInIt)
     const auto takeItselfOut = [&]
     {
         const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
-        handle = runningHandle(platform::currentThreadId());
-        threadRegistry.runningThreads.erase(platform::currentThreadId());
+        handle = runningHandle(qvplatform::currentThreadId());
+        threadRegistry.runningThreads.erase(qvplatform::currentThreadId());
     };
     ASSERT_TRUE(Thread::execute(newWork(takeItselfOut, [&] { gone.release(); })));
     ASSERT_TRUE(gone.tryAcquireFor(testsupport::patience));
     ASSERT_NE(handle, nullptr);
-    platform::joinThread(handle); // nobody else closes it
+    qvplatform::joinThread(handle); // nobody else closes it
     EXPECT_TRUE(endedThreads().empty()) << "it reaped the others and did not retire";
     EXPECT_EQ(runningCount(), 0U);
 }
@@ -372,11 +372,11 @@ protected:
     {
         ThreadRegistryTest::SetUp();
         HeldThread().end();
-        platform::armGates({"start thread", 1, 1, platform::GateAnswer::Fail});
+        qvplatform::armGates({"start thread", 1, 1, qvplatform::GateAnswer::Fail});
     }
     void TearDown() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 };
 
@@ -388,7 +388,7 @@ TEST_F(FailingStart, GivesFalseAndLeavesTheCallersReferenceAlone)
     const auto before = testsupport::ResourceSnapshot::take();
     Reference<Work> own(newWork([&] { ran = true; }, [&] { isGone = true; }));
     EXPECT_FALSE(Thread::execute(own));
-    EXPECT_STREQ(platform::faultedGate(), "start thread");
+    EXPECT_STREQ(qvplatform::faultedGate(), "start thread");
     EXPECT_FALSE(isGone);
     // A thread that ended before may just be giving its own handles back.
     EXPECT_LE(testsupport::ResourceSnapshot::take().descriptors, before.descriptors);

@@ -47,11 +47,11 @@ TEST(ComErrors, SayThatTheSystemRefusesThem)
     const GUID someInterface = {};
     Vontal::U8StringBuilder out;
     VontalException failure;
-    platform::armGates({"thread error", 1, 2});
+    qvplatform::armGates({"thread error", 1, 2});
     qvbase::processComException(&object, &someInterface, 0, out);
     qvbase::processComException(&object, &someInterface, failure);
-    platform::disarmGates();
-    if (platform::gatePassages() == 0)
+    qvplatform::disarmGates();
+    if (qvplatform::gatePassages() == 0)
         GTEST_SKIP() << "the errors of threads are the system's own here, which refuses none";
     EXPECT_EQ(static_cast<const u8string &>(out), "Cannot get error detail");
     ASSERT_NE(failure.first, nullptr);

@@ -45,8 +45,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void ** out) override
     {
-        const bool isKnown =
-            id == platform::idOf<IUnknown>() || (supportsErrors && id == platform::idOf<ISupportErrorInfo>());
+        const bool isKnown = id == qvplatform::idOf<IUnknown>() ||
+                             (supportsErrors && id == qvplatform::idOf<ISupportErrorInfo>());
         *out = isKnown ? static_cast<ISupportErrorInfo *>(this) : nullptr;
         if (!isKnown)
             return E_NOINTERFACE;
@@ -85,7 +85,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void ** out) override
     {
-        const bool isKnown = id == platform::idOf<IUnknown>() || id == platform::idOf<IErrorInfo>();
+        const bool isKnown = id == qvplatform::idOf<IUnknown>() || id == qvplatform::idOf<IErrorInfo>();
         *out = isKnown ? static_cast<IErrorInfo *>(this) : nullptr;
         if (!isKnown)
             return E_NOINTERFACE;
@@ -138,7 +138,7 @@ void setError(const wchar_t * description)
     ASSERT_TRUE(SUCCEEDED(CreateErrorInfo(creator.receive())));
     ASSERT_TRUE(SUCCEEDED(creator->SetDescription(const_cast<wchar_t *>(description))));
     void * found = nullptr;
-    ASSERT_TRUE(SUCCEEDED(creator->QueryInterface(platform::idOf<IErrorInfo>(), &found)));
+    ASSERT_TRUE(SUCCEEDED(creator->QueryInterface(qvplatform::idOf<IErrorInfo>(), &found)));
     auto * const error = static_cast<IErrorInfo *>(found);
     EXPECT_TRUE(SUCCEEDED(SetErrorInfo(0, error)));
     error->Release();

@@ -28,13 +28,13 @@ class EarthTimeNow : public testing::Test
 protected:
     ~EarthTimeNow() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 };
 
 TEST_F(EarthTimeNow, IsTheLocalTimeWithMilliseconds)
 {
-    platform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
+    qvplatform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
     EarthTime value;
     value.setNowLocal();
     EXPECT_TRUE(value == EarthTime(2031, 12, 31, 86398987));
@@ -43,8 +43,8 @@ TEST_F(EarthTimeNow, IsTheLocalTimeWithMilliseconds)
 TEST_F(EarthTimeNow, IsTheTimeInUtcWithMilliseconds)
 {
     // 2020-01-02 03:04:05.678
-    platform::setFileTimeNow(132'224'078'456'780'009);
-    platform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
+    qvplatform::setFileTimeNow(132'224'078'456'780'009);
+    qvplatform::setLocalNow({2031, 12, 31, 23, 59, 58, 987});
     EarthTime value;
     value.setNowUtc();
     EXPECT_TRUE(value == EarthTime(2020, 1, 2, 11045678));
@@ -56,7 +56,7 @@ TEST_F(EarthTimeNow, IsWhatTheSystemSays)
     EarthTime value;
     EarthTime after;
     before.setNowUtc();
-    value = EarthTime(platform::secondsSince1970());
+    value = EarthTime(qvplatform::secondsSince1970());
     after.setNowUtc();
     before.time -= before.time % 1000;
     EXPECT_TRUE(before <= value && value <= after);
@@ -79,7 +79,7 @@ TEST(EarthTimeBefore1970, IsBrokenDownOrAllZerosWhereTheSystemRefuses)
     {
         SCOPED_TRACE(row.seconds);
         std::tm brokenDown{};
-        const bool isGiven = platform::breakDownUtc(row.seconds, brokenDown);
+        const bool isGiven = qvplatform::breakDownUtc(row.seconds, brokenDown);
         EXPECT_TRUE(isGiven || testsupport::hasDrives()) << "elsewhere no system refuses";
         const EarthTime expected = isGiven ? row.expected : EarthTime();
         EXPECT_TRUE(EarthTime(row.seconds) == expected);
@@ -102,14 +102,14 @@ VONTALBASE_TEST_CHILD(formatsDates, arguments)
     if (!qvbase::dateFormat.empty())
         return 3;
     const EarthTime value(2024, 1, 15, 0);
-    platform::armGates({"long date pattern", 1, 0});
+    qvplatform::armGates({"long date pattern", 1, 0});
     const std::string first = value.formatDate();
-    if (qvbase::dateFormat != platform::longDatePattern())
+    if (qvbase::dateFormat != qvplatform::longDatePattern())
         return 4;
     const std::string second = value.formatDate();
-    platform::disarmGates();
+    qvplatform::disarmGates();
     // Two passages: the first formatDate and the call above.
-    if (platform::gatePassages() != 2)
+    if (qvplatform::gatePassages() != 2)
         return 5;
     return first == second && !first.empty() ? 0 : 6;
 }
@@ -122,9 +122,9 @@ TEST(EarthTimeLocale, LooksItsDateFormatUpOnFirstUseAndOnlyThen)
 
 VONTALBASE_TEST_CHILD(formatsDatesOfNoFormat, arguments)
 {
-    platform::armGates({"long date pattern", 1, 1});
+    qvplatform::armGates({"long date pattern", 1, 1});
     const std::string text = EarthTime(2024, 1, 15, 0).formatDate();
-    platform::disarmGates();
+    qvplatform::disarmGates();
     return text.empty() ? 3 : 0;
 }
 
@@ -168,12 +168,12 @@ TEST(EarthTimeLocale, IsEmptyWhereTheSystemRefuses)
 {
     const EarthTime value(2024, 1, 15, 3600000);
     EXPECT_NE(value.formatDate(), "");
-    platform::armGates({"format date", 1, 1});
+    qvplatform::armGates({"format date", 1, 1});
     EXPECT_EQ(value.formatDate(), "");
-    platform::armGates({"format time", 1, 2});
+    qvplatform::armGates({"format time", 1, 2});
     EXPECT_EQ(value.formatTime(true), "");
     EXPECT_EQ(value.formatTime(false), "");
-    platform::disarmGates();
+    qvplatform::disarmGates();
 }
 
 } // namespace

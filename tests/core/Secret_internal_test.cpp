@@ -78,9 +78,9 @@ TEST(Secret, IsEmptyWhereTheSystemRefusesToProtect)
 {
     Secret secret;
     EXPECT_TRUE(secret.set("the former value"));
-    platform::armGates({"protect memory", 1, 1});
+    qvplatform::armGates({"protect memory", 1, 1});
     EXPECT_FALSE(secret.set("value"));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_TRUE(secret.empty());
     EXPECT_EQ(secret.getProtectedData(), "");
     EXPECT_TRUE(secret.set("value")) << "and may be set again";
@@ -96,9 +96,9 @@ TEST(Secret, LeavesNothingInClearWhereTheSystemRefusesToProtect)
     value.reserve(hidden.size());
     for (std::size_t i = 0; i < hidden.size(); ++i)
         value.push_back(static_cast<char>(hidden.at(i)));
-    platform::armGates({"protect memory", 1, 1});
+    qvplatform::armGates({"protect memory", 1, 1});
     EXPECT_FALSE(secret.set(value));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     qvbase::wipeString(value);
     EXPECT_EQ(testsupport::piecesInMemory(hidden), 0U);
 }
@@ -107,12 +107,12 @@ TEST(SecretClear, KeepsAnEmptyTextForEveryFailure)
 {
     Secret secret;
     EXPECT_TRUE(secret.set("value"));
-    platform::armGates({"unprotect memory", 1, 1});
+    qvplatform::armGates({"unprotect memory", 1, 1});
     {
         const Secret::Clear clear(secret);
         EXPECT_EQ(clear.get(), "");
     }
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(Secret::Clear(secret).get(), "value");
 }
 

@@ -30,7 +30,7 @@ void protectAsTheyAre(Secret & secret, std::string && bytes)
 {
     std::string & target = protectedBytesOf(secret);
     target = std::move(bytes);
-    ASSERT_TRUE(platform::protectMemory(target.data(), target.size()));
+    ASSERT_TRUE(qvplatform::protectMemory(target.data(), target.size()));
 }
 
 TEST(SecretClear, KeepsToTheLastByteForThePadding)
@@ -86,11 +86,11 @@ TEST(SecretClear, HasNoTextOfProtectedBytesThatAreNoWholeBlocks)
             protectAsTheyAre(secret, std::move(bytes));
         else
             protectedBytesOf(secret) = std::move(bytes);
-        platform::armGates({"unprotect memory", 1, 0});
+        qvplatform::armGates({"unprotect memory", 1, 0});
         const std::string text = Secret::Clear(secret).get();
-        EXPECT_EQ(platform::gatePassages(), isWhole ? 1U : 0U)
+        EXPECT_EQ(qvplatform::gatePassages(), isWhole ? 1U : 0U)
             << "the system is asked for whole blocks alone";
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_EQ(text, isWhole ? std::string(size - 1, '\x01') : "");
     }
 }

@@ -12,7 +12,7 @@
 namespace
 {
 
-using platform::GateAnswer;
+using qvplatform::GateAnswer;
 
 /// A reader, and gates that are open in the end.
 class FileReaderAtTheGates : public testing::Test
@@ -20,7 +20,7 @@ class FileReaderAtTheGates : public testing::Test
 protected:
     ~FileReaderAtTheGates() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
         reader.reset();
         directory.clear();
     }
@@ -63,9 +63,9 @@ TEST_F(FileReaderAtTheGates, KeepsStoringEveryPieceOfABlockAtTheBeginning)
         SCOPED_TRACE(row.label);
         open(row.bytes);
         buffer = "........";
-        platform::armGates({"read stream", 1, row.shortReads, GateAnswer::CutShort});
+        qvplatform::armGates({"read stream", 1, row.shortReads, GateAnswer::CutShort});
         EXPECT_EQ(reader->readBlock(buffer.data(), row.size), row.isRead);
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_EQ(buffer, row.buffer);
     }
 }
@@ -73,9 +73,9 @@ TEST_F(FileReaderAtTheGates, KeepsStoringEveryPieceOfABlockAtTheBeginning)
 TEST_F(FileReaderAtTheGates, RefusesABlockWhoseReadFails)
 {
     open("12345678");
-    platform::armGates({"read stream", 1, 1, GateAnswer::Fail});
+    qvplatform::armGates({"read stream", 1, 1, GateAnswer::Fail});
     EXPECT_FALSE(reader->readBlock(buffer.data(), 4));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(buffer, "........");
     EXPECT_TRUE(reader->readBlock(buffer.data(), 4)) << "the next one succeeds";
     EXPECT_EQ(buffer, "1234....");
@@ -84,9 +84,9 @@ TEST_F(FileReaderAtTheGates, RefusesABlockWhoseReadFails)
 TEST_F(FileReaderAtTheGates, TellsHowMuchAShortReadGave)
 {
     open("12345678");
-    platform::armGates({"read stream", 1, 1, GateAnswer::CutShort});
+    qvplatform::armGates({"read stream", 1, 1, GateAnswer::CutShort});
     EXPECT_EQ(reader->read(buffer.data(), 6), 3U);
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(buffer, "123.....");
     EXPECT_TRUE(reader->hasMoreData());
     EXPECT_EQ(reader->read(buffer.data(), 8), 5U);

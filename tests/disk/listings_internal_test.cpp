@@ -20,8 +20,8 @@
 namespace
 {
 
-using platform::GateAnswer;
 using qvdisk::File;
+using qvplatform::GateAnswer;
 using testsupport::TempDirectory;
 using Vontal::u8string;
 
@@ -37,7 +37,7 @@ class ListingsAtTheGates : public testing::Test
 protected:
     ~ListingsAtTheGates() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
         directory.clear();
     }
 
@@ -120,18 +120,18 @@ TEST_F(ListingsAtTheGates, AreFailuresWhereverTheyBreakOff)
     for (const auto & row : rows)
     {
         lay(row.names);
-        platform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
+        qvplatform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
         EXPECT_TRUE(row.walk()) << row.label;
-        const std::uint64_t passages = platform::gatePassages();
+        const std::uint64_t passages = qvplatform::gatePassages();
         EXPECT_GT(passages, row.names.size()) << row.label;
         for (std::uint64_t passage = 1; passage <= passages; ++passage)
         {
             SCOPED_TRACE(row.label + (" at " + std::to_string(passage)));
             lay(row.names);
-            platform::armGates({nextEntry, passage, 1, GateAnswer::Fail});
+            qvplatform::armGates({nextEntry, passage, 1, GateAnswer::Fail});
             EXPECT_FALSE(row.walk());
-            EXPECT_STREQ(platform::faultedGate(), nextEntry);
-            platform::disarmGates();
+            EXPECT_STREQ(qvplatform::faultedGate(), nextEntry);
+            qvplatform::disarmGates();
             EXPECT_TRUE(directory.contains("tree"));
         }
     }
@@ -140,7 +140,7 @@ TEST_F(ListingsAtTheGates, AreFailuresWhereverTheyBreakOff)
 TEST_F(ListingsAtTheGates, AreFailuresWhereTheyCannotBegin)
 {
     lay({"1"});
-    platform::armGates({"begin search", 1, forever, GateAnswer::Fail});
+    qvplatform::armGates({"begin search", 1, forever, GateAnswer::Fail});
     Everything entries;
     std::list<u8string> names;
     EXPECT_FALSE(File(tree).getEntries(&entries));
@@ -159,18 +159,18 @@ TEST_F(ListingsAtTheGates, HaveToldWhatCameBeforeTheyBrokeOff)
 {
     lay({"1", "2", "3"});
     Everything all;
-    platform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
+    qvplatform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
     ASSERT_TRUE(File(tree).getEntries(&all));
-    const std::uint64_t passages = platform::gatePassages();
+    const std::uint64_t passages = qvplatform::gatePassages();
     // The last passage finds the end, the three before it a file each.
     for (std::uint64_t missing = 0; missing <= 3; ++missing)
     {
         SCOPED_TRACE(missing);
-        platform::armGates({nextEntry, passages - missing, 1, GateAnswer::Fail});
+        qvplatform::armGates({nextEntry, passages - missing, 1, GateAnswer::Fail});
         Everything entries;
         EXPECT_FALSE(File(tree).getEntries(&entries));
         EXPECT_EQ(entries.count, 3 - missing);
-        platform::armGates({nextEntry, passages - missing, 1, GateAnswer::Fail});
+        qvplatform::armGates({nextEntry, passages - missing, 1, GateAnswer::Fail});
         std::list<u8string> names;
         EXPECT_FALSE(qvdisk::getDirectoryContent(tree, names));
         EXPECT_EQ(names.size(), 3 - missing);
@@ -181,20 +181,20 @@ TEST_F(ListingsAtTheGates, KeepCountingAsDoneForDeleteAllFilesWhereTheyBreakOff)
 {
     std::wstring error = L"before";
     lay({"1", "2", "3"});
-    platform::armGates({"begin search", 1, 1, GateAnswer::Fail});
+    qvplatform::armGates({"begin search", 1, 1, GateAnswer::Fail});
     EXPECT_TRUE(qvdisk::deleteAllFiles(wide(tree), error)) << "there is nothing to delete";
     EXPECT_EQ(left(), 3U);
 
-    platform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
+    qvplatform::armGates({nextEntry, 1, 0, GateAnswer::Fail});
     EXPECT_TRUE(qvdisk::deleteAllFiles(wide(tree), error));
-    const std::uint64_t passages = platform::gatePassages();
+    const std::uint64_t passages = qvplatform::gatePassages();
     for (std::uint64_t passage = 1; passage <= passages; ++passage)
     {
         SCOPED_TRACE(passage);
         lay({"1", "2", "3"});
-        platform::armGates({nextEntry, passage, 1, GateAnswer::Fail});
+        qvplatform::armGates({nextEntry, passage, 1, GateAnswer::Fail});
         EXPECT_TRUE(qvdisk::deleteAllFiles(wide(tree), error));
-        EXPECT_STREQ(platform::faultedGate(), nextEntry);
+        EXPECT_STREQ(qvplatform::faultedGate(), nextEntry);
         EXPECT_EQ(left(), std::min<std::uint64_t>(3, passages - passage)) << "what had been listed is gone";
     }
     EXPECT_EQ(error, L"before");
@@ -229,21 +229,21 @@ TEST_F(ListingsAtTheGates, StopAtTheFirstEntryThatStays)
         {
             SCOPED_TRACE(way.label + (" at " + std::to_string(refused)));
             lay({"1", "2", "3"});
-            platform::armGates({removeEntry, refused, 1, GateAnswer::Fail});
+            qvplatform::armGates({removeEntry, refused, 1, GateAnswer::Fail});
             EXPECT_FALSE(way.remove());
-            EXPECT_EQ(platform::gatePassages(), refused) << "nothing is tried behind it";
+            EXPECT_EQ(qvplatform::gatePassages(), refused) << "nothing is tried behind it";
             EXPECT_EQ(left(), 4 - refused);
         }
         SCOPED_TRACE(way.label);
         lay({"below/file"});
-        platform::armGates({removeEntry, 1, 1, GateAnswer::Fail});
+        qvplatform::armGates({removeEntry, 1, 1, GateAnswer::Fail});
         EXPECT_FALSE(way.remove());
         EXPECT_TRUE(directory.contains("tree/below/file")) << "the innermost is the first";
-        platform::armGates({removeEntry, 2, 1, GateAnswer::Fail});
+        qvplatform::armGates({removeEntry, 2, 1, GateAnswer::Fail});
         EXPECT_FALSE(way.remove());
         EXPECT_TRUE(directory.contains("tree/below"));
         EXPECT_FALSE(directory.contains("tree/below/file"));
-        platform::armGates({"enter directory", 1, 1, GateAnswer::Fail});
+        qvplatform::armGates({"enter directory", 1, 1, GateAnswer::Fail});
         EXPECT_FALSE(way.remove());
         EXPECT_TRUE(directory.contains("tree/below"));
     }
@@ -255,10 +255,10 @@ TEST_F(ListingsAtTheGates, EndDeleteAllFilesAtTheEntryThatItNames)
     {
         SCOPED_TRACE(refused);
         lay({"1", "2", "3"});
-        platform::armGates({removeEntry, refused, 1, GateAnswer::Fail});
+        qvplatform::armGates({removeEntry, refused, 1, GateAnswer::Fail});
         std::wstring error;
         EXPECT_FALSE(qvdisk::deleteAllFiles(wide(tree), error));
-        EXPECT_EQ(platform::gatePassages(), refused);
+        EXPECT_EQ(qvplatform::gatePassages(), refused);
         EXPECT_EQ(left(), 4 - refused);
         const std::size_t start = error.find(L"Cannot remove file: ");
         ASSERT_NE(start, std::wstring::npos);
@@ -275,15 +275,15 @@ TEST_F(ListingsAtTheGates, AreNotBegunForARootThatIsToBeDeleted)
     {
         SCOPED_TRACE(root);
         // Should the root be walked after all, nothing in it is removed.
-        platform::armGates({removeEntry, 1, forever, GateAnswer::Fail});
+        qvplatform::armGates({removeEntry, 1, forever, GateAnswer::Fail});
         EXPECT_FALSE(qvdisk::deleteDirectory(root));
-        EXPECT_EQ(platform::gatePassages(), 0U) << "nothing was to be removed";
-        platform::armGates({"enter directory", 1, forever, GateAnswer::Fail});
+        EXPECT_EQ(qvplatform::gatePassages(), 0U) << "nothing was to be removed";
+        qvplatform::armGates({"enter directory", 1, forever, GateAnswer::Fail});
         EXPECT_FALSE(qvdisk::deleteDirectory(root));
-        EXPECT_EQ(platform::gatePassages(), 0U) << "nothing was entered";
-        platform::armGates({"remove directory", 1, forever, GateAnswer::Fail});
+        EXPECT_EQ(qvplatform::gatePassages(), 0U) << "nothing was entered";
+        qvplatform::armGates({"remove directory", 1, forever, GateAnswer::Fail});
         EXPECT_FALSE(qvdisk::deleteDirectory(root));
-        EXPECT_EQ(platform::gatePassages(), 0U) << "nor the root itself";
+        EXPECT_EQ(qvplatform::gatePassages(), 0U) << "nor the root itself";
     }
 }
 

@@ -21,8 +21,8 @@
 namespace
 {
 
-using platform::GateAnswer;
 using qvdisk::AutoDeleteFile;
+using qvplatform::GateAnswer;
 using testsupport::TempDirectory;
 using testsupport::TemporaryPlace;
 using Vontal::pstring;
@@ -47,7 +47,7 @@ class TemporaryFilesAtTheGates : public testing::Test
 protected:
     ~TemporaryFilesAtTheGates() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
         directory.clear();
     }
 
@@ -72,10 +72,10 @@ TEST_F(TemporaryFilesAtTheGates, AreTriedAgainUnderTheNumberOfTheAttempt)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.label);
-        platform::armGates({createFile, 1, row.refusals, GateAnswer::Fail});
+        qvplatform::armGates({createFile, 1, row.refusals, GateAnswer::Fail});
         u8string out;
         EXPECT_TRUE(qvdisk::createTempFile(pathOf(directory), u8string("a"), u8string(row.suffix), out));
-        EXPECT_EQ(platform::gatePassages(), row.refusals + 1);
+        EXPECT_EQ(qvplatform::gatePassages(), row.refusals + 1);
         EXPECT_THAT(leaf(out), HasForm(row.expected));
         EXPECT_EQ(directory.read(leaf(out)), "");
         directory.clear();
@@ -85,14 +85,14 @@ TEST_F(TemporaryFilesAtTheGates, AreTriedAgainUnderTheNumberOfTheAttempt)
 TEST_F(TemporaryFilesAtTheGates, AreNoDirectoriesAfterAThousandAttempts)
 {
     u8string out = "before";
-    platform::armGates({makeDirectory, 1, forever, GateAnswer::Fail});
+    qvplatform::armGates({makeDirectory, 1, forever, GateAnswer::Fail});
     EXPECT_FALSE(qvdisk::createTempDir("a", out));
-    EXPECT_EQ(platform::gatePassages(), 1000U);
+    EXPECT_EQ(qvplatform::gatePassages(), 1000U);
     EXPECT_EQ(out, "before");
     EXPECT_TRUE(fs::is_empty(directory.path()));
-    platform::armGates({makeDirectory, 1, 999, GateAnswer::Fail});
+    qvplatform::armGates({makeDirectory, 1, 999, GateAnswer::Fail});
     EXPECT_TRUE(qvdisk::createTempDir("a", out));
-    EXPECT_EQ(platform::gatePassages(), 1000U);
+    EXPECT_EQ(qvplatform::gatePassages(), 1000U);
 }
 
 /// What `rand` gives next after a seed.
@@ -113,12 +113,12 @@ struct RandomNumbers
 TEST_F(TemporaryFilesAtTheGates, TakeAnotherNumberForADirectoryThatIsRefused)
 {
     const RandomNumbers numbers(4711);
-    platform::armGates({makeDirectory, 1, 1, GateAnswer::Fail});
+    qvplatform::armGates({makeDirectory, 1, 1, GateAnswer::Fail});
     const std::time_t before = testsupport::secondsNow();
     u8string out;
     EXPECT_TRUE(qvdisk::createTempDir("a", out));
     const std::time_t after = testsupport::secondsNow();
-    EXPECT_EQ(platform::gatePassages(), 2U);
+    EXPECT_EQ(qvplatform::gatePassages(), 2U);
     const std::string name = leaf(out);
     ASSERT_THAT(name, HasForm("a-#.#"));
     EXPECT_EQ(name.substr(name.find('.') + 1), numbers.second) << "one number each attempt";
@@ -137,10 +137,10 @@ TEST_F(TemporaryFilesAtTheGates, DoNotAskForADirectoryThatIsThere)
     const std::time_t now = testsupport::secondsNow();
     for (int i = 0; i < patience; ++i)
         fs::create_directory(directory.path() / ("a-" + std::to_string(now + i) + '.' + numbers.first));
-    platform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});
+    qvplatform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});
     u8string out;
     EXPECT_TRUE(qvdisk::createTempDir("a", out));
-    EXPECT_EQ(platform::gatePassages(), 1U);
+    EXPECT_EQ(qvplatform::gatePassages(), 1U);
     EXPECT_EQ(out.substr(out.rfind('.') + 1), numbers.second);
 }
 
@@ -150,10 +150,10 @@ TEST_F(TemporaryFilesAtTheGates, TryADirectoryWhoseNameAFileHas)
     const std::time_t now = testsupport::secondsNow();
     for (int i = 0; i < patience; ++i)
         directory.write("a-" + std::to_string(now + i) + '.' + numbers.first, "1");
-    platform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});
+    qvplatform::armGates({makeDirectory, 1, 0, GateAnswer::Fail});
     u8string out;
     EXPECT_TRUE(qvdisk::createTempDir("a", out));
-    EXPECT_EQ(platform::gatePassages(), 2U) << "a file is no directory that is there";
+    EXPECT_EQ(qvplatform::gatePassages(), 2U) << "a file is no directory that is there";
     EXPECT_EQ(out.substr(out.rfind('.') + 1), numbers.second);
 }
 
@@ -229,14 +229,14 @@ TEST_F(TemporaryFilesAtTheGates, AreNotMadeWithoutAPlaceForThem)
         directory.write("held", "1");
         owner.attach(held);
         directory.write("held", "1");
-        platform::armGates({temporaryDirectory, 1, forever, GateAnswer::Fail});
+        qvplatform::armGates({temporaryDirectory, 1, forever, GateAnswer::Fail});
         EXPECT_FALSE(row.make());
-        EXPECT_EQ(platform::gatePassages(), 1U);
+        EXPECT_EQ(qvplatform::gatePassages(), 1U);
         EXPECT_EQ(wideOut, L"before");
         EXPECT_EQ(out, "before");
         EXPECT_EQ(owner.get(), wide(held));
         EXPECT_TRUE(directory.contains("held"));
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_TRUE(row.make()) << "with a place";
     }
 }
@@ -244,7 +244,7 @@ TEST_F(TemporaryFilesAtTheGates, AreNotMadeWithoutAPlaceForThem)
 TEST_F(TemporaryFilesAtTheGates, DoNotAskForThePlaceWhereADirectoryIsNamed)
 {
     directory.write("source.x", "12345");
-    platform::armGates({temporaryDirectory, 1, forever, GateAnswer::Fail});
+    qvplatform::armGates({temporaryDirectory, 1, forever, GateAnswer::Fail});
     std::wstring wideOut;
     u8string out;
     AutoDeleteFile owner;
@@ -253,7 +253,7 @@ TEST_F(TemporaryFilesAtTheGates, DoNotAskForThePlaceWhereADirectoryIsNamed)
     EXPECT_TRUE(qvdisk::createTempFile(pathOf(directory), u8string("a"), u8string("b"), owner));
     EXPECT_TRUE(
         qvdisk::createTempFileCopy(pathOf(directory), u8string("a"), pathOf(directory, "source.x"), out));
-    EXPECT_EQ(platform::gatePassages(), 0U);
+    EXPECT_EQ(qvplatform::gatePassages(), 0U);
 }
 
 TEST_F(TemporaryFilesAtTheGates, LeaveAnOwnerThatMakesOneWithNothing)
@@ -266,7 +266,7 @@ TEST_F(TemporaryFilesAtTheGates, LeaveAnOwnerThatMakesOneWithNothing)
     {
         directory.write("held", "1");
         AutoDeleteFile file(pathOf(directory, "held"));
-        platform::armGates({temporaryDirectory, 1, 1, GateAnswer::Fail});
+        qvplatform::armGates({temporaryDirectory, 1, 1, GateAnswer::Fail});
         EXPECT_FALSE(create(file));
         EXPECT_TRUE(file.isEmpty());
         EXPECT_FALSE(directory.contains("held")) << "what it held is deleted first";
@@ -278,14 +278,14 @@ TEST_F(TemporaryFilesAtTheGates, AreNoCopiesWhereTheCopyingFails)
     directory.write("source.x", "12345");
     const u8string source = pathOf(directory, "source.x");
     std::wstring wideOut = L"before";
-    platform::armGates({"copy file", 1, 1, GateAnswer::Fail});
+    qvplatform::armGates({"copy file", 1, 1, GateAnswer::Fail});
     EXPECT_FALSE(qvdisk::createTempFileCopy(L"a", wide(source), wideOut));
     EXPECT_EQ(wideOut, L"before");
     u8string out = "before";
-    platform::armGates({"read stream", 1, 1, GateAnswer::Fail});
+    qvplatform::armGates({"read stream", 1, 1, GateAnswer::Fail});
     EXPECT_FALSE(qvdisk::createTempFileCopy(pathOf(directory), u8string("a"), source, out));
     EXPECT_EQ(out, "before");
-    platform::disarmGates();
+    qvplatform::disarmGates();
     directory.remove("source.x");
     EXPECT_TRUE(fs::is_empty(directory.path())) << "the new files are deleted";
 }

@@ -34,7 +34,7 @@ namespace fs = std::filesystem;
 std::string bracketedName()
 {
     std::string name;
-    return platform::readComputerName(name) ? " (" + name + ")" : "";
+    return qvplatform::readComputerName(name) ? " (" + name + ")" : "";
 }
 
 class DailyLog : public testing::Test
@@ -46,14 +46,14 @@ protected:
     }
     ~DailyLog() override
     {
-        platform::disarmGates();
-        platform::resetClocks();
+        qvplatform::disarmGates();
+        qvplatform::resetClocks();
         directory.clear();
     }
 
     static void atNoonOf(int day)
     {
-        platform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
+        qvplatform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
     }
 
     [[nodiscard]] u8string prefix() const
@@ -85,12 +85,12 @@ protected:
 
 TEST_F(DailyLog, BeginsAndEndsWithBanners)
 {
-    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 999});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 999});
     {
         DailyLogger logger;
         EXPECT_TRUE(start(logger));
         EXPECT_TRUE(logger.internal_log("a line\n"));
-        platform::setLocalNow({2026, 11, 13, 23, 59, 59, 0});
+        qvplatform::setLocalNow({2026, 11, 13, 23, 59, 59, 0});
     }
     EXPECT_THAT(linesOfDay(13), ElementsAre("Logging started - 2026.11.13 13:05:09" + bracketedName(),
                                     "a line", "Logging stoped - 2026.11.13 23:59:59"));
@@ -98,7 +98,7 @@ TEST_F(DailyLog, BeginsAndEndsWithBanners)
 
 TEST_F(DailyLog, HasNoBracketsWhereTheMachineHasNoName)
 {
-    platform::armGates({"computer name", 1, 1});
+    qvplatform::armGates({"computer name", 1, 1});
     DailyLogger logger;
     EXPECT_TRUE(start(logger));
     EXPECT_THAT(linesOfDay(13), ElementsAre("Logging started - 2026.11.13 12:00:00"));
@@ -108,7 +108,7 @@ TEST_F(DailyLog, PadsDatesAndTimesInNamesAndBanners)
 {
     const struct
     {
-        platform::CivilTime time;
+        qvplatform::CivilTime time;
         const char * name;
         const char * moment;
     } rows[] = {
@@ -120,7 +120,7 @@ TEST_F(DailyLog, PadsDatesAndTimesInNamesAndBanners)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.name);
-        platform::setLocalNow(row.time);
+        qvplatform::setLocalNow(row.time);
         {
             DailyLogger logger;
             EXPECT_TRUE(start(logger));
@@ -176,9 +176,9 @@ TEST_F(DailyLog, ChangesItsFileWithTheFirstLineOfADay)
     const auto before = testsupport::ResourceSnapshot::take();
     DailyLogger logger(1024, prefix(), ".log");
     const std::size_t withOneFile = testsupport::ResourceSnapshot::take().descriptors;
-    platform::setLocalNow({2026, 11, 13, 23, 59, 59, 999});
+    qvplatform::setLocalNow({2026, 11, 13, 23, 59, 59, 999});
     EXPECT_TRUE(logger.internal_log("before midnight\n"));
-    platform::setLocalNow({2026, 11, 14, 0, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 14, 0, 0, 0, 0});
     EXPECT_FALSE(directory.contains("server20261114.log")) << "not before there is a line";
     EXPECT_EQ(currentNameOf(logger), prefix() + "20261113.log");
     EXPECT_TRUE(logger.internal_log("after midnight\n"));
@@ -224,10 +224,10 @@ TEST_F(DailyLog, TellsDaysApartByYearMonthAndDay)
 {
     DailyLogger logger;
     EXPECT_TRUE(start(logger));
-    for (const platform::CivilTime & time :
-        {platform::CivilTime{2026, 12, 13, 12, 0, 0, 0}, platform::CivilTime{2027, 12, 13, 12, 0, 0, 0}})
+    for (const qvplatform::CivilTime & time :
+        {qvplatform::CivilTime{2026, 12, 13, 12, 0, 0, 0}, qvplatform::CivilTime{2027, 12, 13, 12, 0, 0, 0}})
     {
-        platform::setLocalNow(time);
+        qvplatform::setLocalNow(time);
         EXPECT_TRUE(logger.internal_log("a\n"));
     }
     EXPECT_THAT(
@@ -342,9 +342,9 @@ TEST_F(DailyLog, StopsWhenALineIsNotWrittenAndGoesOnInTheSameFileWhenStarted)
         SCOPED_TRACE(service);
         directory.clear();
         DailyLogger logger(1024, prefix(), ".log");
-        platform::armGates({service, 1, 1});
+        qvplatform::armGates({service, 1, 1});
         EXPECT_FALSE(logger.internal_log("lost\n"));
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_FALSE(logger.internal_log("dropped\n"));
         // Kept: the file of the day stays open, so the new prefix counts from the next day on.
         EXPECT_TRUE(logger.init_logger(5, placeOf(directory) + "other", ".txt"));

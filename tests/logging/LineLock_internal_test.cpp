@@ -40,7 +40,7 @@ public:
 /// From here on the system says that all other threads are stopped.
 void stopOtherThreads()
 {
-    platform::armGates({"threads run on", 1, std::numeric_limits<std::uint64_t>::max()});
+    qvplatform::armGates({"threads run on", 1, std::numeric_limits<std::uint64_t>::max()});
 }
 
 template <class Logger>
@@ -73,7 +73,7 @@ public:
     {
         m_mayEnd.release();
         m_thread.join();
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 
 private:
@@ -131,7 +131,7 @@ TEST(LostLock, IsTakenAsUsualByTheThreadThatHasIt)
     logger.log(text, 1);
     EXPECT_EQ(logger.mutex.getRecursiveCounter(), 1U);
     logger.mutex.release();
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_THAT(logger.lines, ElementsAre("a\n"));
 }
 

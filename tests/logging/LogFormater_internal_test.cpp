@@ -38,17 +38,17 @@ class LogLines : public testing::Test
 protected:
     LogLines()
     {
-        platform::setLocalNow({2026, 11, 13, 13, 5, 9, 987});
+        qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 987});
     }
     ~LogLines() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 
     /// The part of a line that the caller does not give.
     static std::string head(int id)
     {
-        return "#" + std::to_string(id) + ":thrId=" + std::to_string(platform::currentThreadId());
+        return "#" + std::to_string(id) + ":thrId=" + std::to_string(qvplatform::currentThreadId());
     }
 };
 
@@ -103,7 +103,7 @@ TEST_F(LogLines, BeginWithTheTimeInTwoDigitsAndWithoutTheDate)
 {
     const struct
     {
-        platform::CivilTime time;
+        qvplatform::CivilTime time;
         const char * expected;
     } rows[] = {
         {{2026, 11, 13, 0, 0, 0, 0}, "00:00:00 #"},
@@ -113,7 +113,7 @@ TEST_F(LogLines, BeginWithTheTimeInTwoDigitsAndWithoutTheDate)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.expected);
-        platform::setLocalNow(row.time);
+        qvplatform::setLocalNow(row.time);
         const std::string text = LogMsgBuilderImpl(1, "a", nullptr, 0, true, 1).build();
         EXPECT_EQ(text.substr(0, 10), row.expected);
     }
@@ -122,14 +122,14 @@ TEST_F(LogLines, BeginWithTheTimeInTwoDigitsAndWithoutTheDate)
 TEST_F(LogLines, CarryTheGreatestNumber)
 {
     const std::string text = LogMsgBuilderImpl(1, "a", nullptr, 0, false, 4294967295U).build();
-    EXPECT_EQ(text, "#4294967295:thrId=" + std::to_string(platform::currentThreadId()) + ": a\n");
+    EXPECT_EQ(text, "#4294967295:thrId=" + std::to_string(qvplatform::currentThreadId()) + ": a\n");
 }
 
 TEST_F(LogLines, TakeTimeAndTextsWhenTheyAreBuilt)
 {
     std::string message = "early";
     LogMsgBuilderImpl builder(1, message.c_str(), nullptr, 0, true, 7);
-    platform::setLocalNow({2026, 11, 13, 14, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 14, 0, 0, 0});
     message[0] = 'E';
     EXPECT_EQ(builder.build(), "14:00:00 " + head(7) + ": Early\n");
 }

@@ -25,16 +25,16 @@ class SimpleLog : public testing::Test
 protected:
     SimpleLog()
     {
-        platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+        qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
         std::string name;
         started = "Logging started - 2026.11.13 13:05:09";
-        if (platform::readComputerName(name))
+        if (qvplatform::readComputerName(name))
             started += " (" + name + ")";
     }
     ~SimpleLog() override
     {
-        platform::disarmGates();
-        platform::resetClocks();
+        qvplatform::disarmGates();
+        qvplatform::resetClocks();
         directory.clear();
     }
 
@@ -84,7 +84,7 @@ TEST_F(SimpleLog, LooksAtNoDate)
 {
     {
         SimpleLogger logger(path(), 1024, false);
-        platform::setLocalNow({2026, 11, 14, 0, 0, 0, 0});
+        qvplatform::setLocalNow({2026, 11, 14, 0, 0, 0, 0});
         EXPECT_TRUE(logger.internal_log("a\n"));
     }
     EXPECT_THAT(linesOf(directory, "log"), ElementsAre(started, "a", "Logging stoped - 2026.11.14 00:00:00"));
@@ -97,9 +97,9 @@ TEST_F(SimpleLog, GoesOnBehindWhatWasNotWritten)
         SimpleLogger logger(path(), 1024, false);
         EXPECT_FALSE(logger.internal_log("")) << "one item without a byte is no item";
         EXPECT_FALSE(logger.internal_log(nullptr));
-        platform::armGates({"write stream", 1, 1});
+        qvplatform::armGates({"write stream", 1, 1});
         EXPECT_FALSE(logger.internal_log("lost\n"));
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_TRUE(logger.internal_log("a\n"));
     }
     EXPECT_THAT(linesOf(directory, "log"), ElementsAre(started, "a", stopped));

@@ -41,13 +41,13 @@ protected:
     }
     ~HardUse() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
         directory.clear();
     }
 
     static void onDay(int day)
     {
-        platform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
+        qvplatform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
     }
 
     [[nodiscard]] u8string prefix() const
@@ -226,7 +226,7 @@ VONTALBASE_TEST_CHILD(logsBeyondALimit, arguments)
     constexpr unsigned int limit = 4096;
     if (!testsupport::limitFileSize(limit))
         return 99;
-    platform::setLocalNow({2026, 11, 13, 12, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 12, 0, 0, 0});
     DailyLogger logger(1024, u8string(arguments.at(0)), ".log");
     int written = 0;
     while (logger.internal_log("a line of some length\n"))
@@ -235,7 +235,7 @@ VONTALBASE_TEST_CHILD(logsBeyondALimit, arguments)
         return 10;
     if (!logger.init_logger(1024, "", "") || logger.internal_log("no\n"))
         return 11;
-    platform::setLocalNow({2026, 11, 14, 12, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 14, 12, 0, 0, 0});
     return logger.init_logger(1024, u8string(arguments.at(0)), ".log") && logger.internal_log("yes\n") ? 0
                                                                                                        : 12;
 }
@@ -274,20 +274,20 @@ VONTALBASE_TEST_CHILD(logsToAReadOnlyFile, arguments)
     if (!testsupport::dropPrivileges())
         return 99;
     const u8string prefix(arguments.at(0));
-    platform::setLocalNow({2026, 11, 13, 12, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 12, 0, 0, 0});
     DailyLogger logger(1024, prefix, ".log");
     testsupport::setReadOnly(prefix + "20261113.log", true);
     // Whoever has it open may go on.
     if (!logger.internal_log("a\n"))
         return 10;
-    platform::setLocalNow({2026, 11, 14, 12, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 14, 12, 0, 0, 0});
     if (!logger.internal_log("b\n"))
         return 11;
-    platform::setLocalNow({2026, 11, 13, 13, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 0, 0, 0});
     if (logger.internal_log("c\n") || logger.internal_log("d\n"))
         return 12;
     testsupport::setReadOnly(prefix + "20261113.log", false);
-    platform::setLocalNow({2026, 11, 14, 13, 0, 0, 0});
+    qvplatform::setLocalNow({2026, 11, 14, 13, 0, 0, 0});
     return logger.init_logger(1024, prefix, ".log") && logger.internal_log("e\n") ? 0 : 13;
 }
 

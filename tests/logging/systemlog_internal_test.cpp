@@ -35,24 +35,24 @@ constexpr int good = 3;
 /// Tells the test the thread's number.
 void tellThread()
 {
-    std::printf("%u", static_cast<unsigned int>(platform::currentThreadId()));
+    std::printf("%u", static_cast<unsigned int>(qvplatform::currentThreadId()));
 }
 
 std::string bracketedName()
 {
     std::string name;
-    return platform::readComputerName(name) ? " (" + name + ")" : "";
+    return qvplatform::readComputerName(name) ? " (" + name + ")" : "";
 }
 
 VONTALBASE_TEST_CHILD(logsADay, arguments)
 {
-    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
     tellThread();
     if (!initSystemLog(u8string(arguments.at(0)), "server", 1024))
         return 10;
     getSystemLogFormater()->writeMessage(1024, "Cannot open", "src\\disk", 310);
     getSystemLogFormater()->writeMessage(1025, "not wanted");
-    platform::setLocalNow({2026, 11, 13, 13, 7, 51, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 7, 51, 0});
     return good;
 }
 
@@ -65,7 +65,7 @@ TEST(SystemLog, IsWrittenFromItsBannerToItsLastLine)
     EXPECT_THAT(linesOf(directory, "server20261113.log"),
         ElementsAre("Logging started - 2026.11.13 13:05:09" + bracketedName(),
             "13:05:09 #1" + thread + ":VontalBase\\VontalBase\\logging:112: LogLevel=1024, acp=" +
-                std::to_string(platform::ansiCodePage()),
+                std::to_string(qvplatform::ansiCodePage()),
             "13:05:09 #2" + thread + ":src\\disk:310: Cannot open", "13:07:51 #5" + thread + ": 4 Destructor",
             "Logging stoped - 2026.11.13 13:07:51"));
     directory.clear();
@@ -73,7 +73,7 @@ TEST(SystemLog, IsWrittenFromItsBannerToItsLastLine)
 
 VONTALBASE_TEST_CHILD(closesItsLogWithoutMemory, arguments)
 {
-    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
     tellThread();
     if (!initSystemLog(u8string(arguments.at(0)), "server", 1024))
         return 10;
@@ -108,7 +108,7 @@ TEST(SystemLog, ClosesForGoodAndWithoutMemory)
 
 VONTALBASE_TEST_CHILD(startsWithLittleMemory, arguments)
 {
-    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
     const u8string directory(arguments.at(0));
     const u8string name("server");
     for (std::uint64_t allocation = 1; allocation < 1000; ++allocation)
@@ -140,11 +140,11 @@ TEST(SystemLog, StartsAlthoughThereIsNoMemoryForItsSecondLine)
 
 VONTALBASE_TEST_CHILD(logsOverMidnight, arguments)
 {
-    platform::setLocalNow({2026, 12, 31, 23, 59, 59, 0});
+    qvplatform::setLocalNow({2026, 12, 31, 23, 59, 59, 0});
     tellThread();
     if (!initSystemLog(u8string(arguments.at(0)), "", 1024))
         return 10;
-    platform::setLocalNow({2027, 1, 1, 0, 0, 0, 0});
+    qvplatform::setLocalNow({2027, 1, 1, 0, 0, 0, 0});
     return good;
 }
 
@@ -162,14 +162,14 @@ TEST(SystemLog, EndsInTheFileOfTheDay)
 
 VONTALBASE_TEST_CHILD(hasAStoppedLog, arguments)
 {
-    platform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
+    qvplatform::setLocalNow({2026, 11, 13, 13, 5, 9, 0});
     const u8string missing = u8string(arguments.at(0)) + "missing\\";
     if (!initSystemLog(missing, "server", 1024) || !initSystemLog(missing, "server", 5))
         return 10;
     if (qvutils::getSystemLogLevel() != 5)
         return 11;
     getSystemLogFormater()->writeMessage(1, "dropped");
-    platform::setLocalNow({2026, 11, 14, 13, 5, 9, 0});
+    qvplatform::setLocalNow({2026, 11, 14, 13, 5, 9, 0});
     tellThread();
     return initSystemLog(u8string(arguments.at(0)), "server", 1024) ? good : 12;
 }

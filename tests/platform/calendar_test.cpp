@@ -8,7 +8,7 @@
 namespace
 {
 
-using platform::CivilTime;
+using qvplatform::CivilTime;
 
 /// A date that goes on day by day, as one does it on the fingers.
 struct Finger
@@ -62,13 +62,13 @@ void expectDays(Finger finger, std::int64_t number, int count)
 {
     for (int i = 0; i < count; ++i, ++number, finger.next())
     {
-        ASSERT_EQ(platform::daysSince1970(finger.year, finger.month, finger.day), number);
-        ASSERT_EQ(platform::daysInMonth(finger.year, finger.month), finger.lengthOfMonth());
-        ASSERT_EQ(platform::dayOfWeek(finger.year, finger.month, finger.day), finger.weekday);
+        ASSERT_EQ(qvplatform::daysSince1970(finger.year, finger.month, finger.day), number);
+        ASSERT_EQ(qvplatform::daysInMonth(finger.year, finger.month), finger.lengthOfMonth());
+        ASSERT_EQ(qvplatform::dayOfWeek(finger.year, finger.month, finger.day), finger.weekday);
         const CivilTime lastMillisecond{finger.year, finger.month, finger.day, 23, 59, 59, 999};
         const std::int64_t milliseconds = number * 86'400'000 + 86'399'999;
-        ASSERT_EQ(platform::civilTime(milliseconds), lastMillisecond) << number;
-        ASSERT_EQ(platform::millisecondsSince1970(lastMillisecond), milliseconds);
+        ASSERT_EQ(qvplatform::civilTime(milliseconds), lastMillisecond) << number;
+        ASSERT_EQ(qvplatform::millisecondsSince1970(lastMillisecond), milliseconds);
     }
 }
 
@@ -103,16 +103,16 @@ TEST(PlatformCalendar, KnowsMomentsByTheirNumbers)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.label);
-        EXPECT_EQ(platform::civilTime(row.milliseconds), row.time);
-        EXPECT_EQ(platform::millisecondsSince1970(row.time), row.milliseconds);
+        EXPECT_EQ(qvplatform::civilTime(row.milliseconds), row.time);
+        EXPECT_EQ(qvplatform::millisecondsSince1970(row.time), row.milliseconds);
     }
 }
 
 TEST(PlatformCalendar, HasNoDaysInAMonthThatIsNone)
 {
-    EXPECT_EQ(platform::daysInMonth(2024, 0), 0);
-    EXPECT_EQ(platform::daysInMonth(2024, 13), 0);
-    EXPECT_EQ(platform::daysInMonth(2024, -1), 0);
+    EXPECT_EQ(qvplatform::daysInMonth(2024, 0), 0);
+    EXPECT_EQ(qvplatform::daysInMonth(2024, 13), 0);
+    EXPECT_EQ(qvplatform::daysInMonth(2024, -1), 0);
 }
 
 TEST(PlatformCalendar, BreaksEveryDayOfFourHundredYearsDownAsTheArithmeticDoes)
@@ -120,8 +120,8 @@ TEST(PlatformCalendar, BreaksEveryDayOfFourHundredYearsDownAsTheArithmeticDoes)
     for (std::int64_t day = 0; day < 146097; ++day)
     {
         std::tm broken{};
-        ASSERT_TRUE(platform::breakDownUtc(day * 86400 + 3661, broken));
-        const CivilTime time = platform::civilTime((day * 86400 + 3661) * 1000);
+        ASSERT_TRUE(qvplatform::breakDownUtc(day * 86400 + 3661, broken));
+        const CivilTime time = qvplatform::civilTime((day * 86400 + 3661) * 1000);
         ASSERT_EQ(broken.tm_year + 1900, time.year);
         ASSERT_EQ(broken.tm_mon + 1, time.month);
         ASSERT_EQ(broken.tm_mday, time.day);
@@ -140,7 +140,7 @@ TEST(PlatformCalendar, GivesZerosForAYearThatTheSystemRefuses)
         broken.tm_year = 99;
         broken.tm_mday = 7;
         broken.tm_sec = 5;
-        EXPECT_FALSE(platform::breakDownUtc(seconds, broken));
+        EXPECT_FALSE(qvplatform::breakDownUtc(seconds, broken));
         EXPECT_EQ(broken.tm_year, 0);
         EXPECT_EQ(broken.tm_mon, 0);
         EXPECT_EQ(broken.tm_mday, 0);

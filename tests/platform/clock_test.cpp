@@ -11,7 +11,7 @@
 namespace
 {
 
-using platform::CivilTime;
+using qvplatform::CivilTime;
 
 std::int64_t standardNow()
 {
@@ -25,7 +25,7 @@ class PlatformClock : public testing::Test
 protected:
     ~PlatformClock() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 };
 
@@ -35,7 +35,7 @@ constexpr std::int64_t tick = 20;
 TEST_F(PlatformClock, CountsFileTimesFrom1601)
 {
     const std::int64_t before = standardNow();
-    const std::uint64_t units = platform::fileTimeNow();
+    const std::uint64_t units = qvplatform::fileTimeNow();
     const std::int64_t after = standardNow();
     const std::int64_t milliseconds = static_cast<std::int64_t>(units / 10'000) - 11'644'473'600'000;
     EXPECT_GE(milliseconds, before - tick);
@@ -45,24 +45,24 @@ TEST_F(PlatformClock, CountsFileTimesFrom1601)
 TEST_F(PlatformClock, TellsTheTimeInUtcWithMilliseconds)
 {
     const std::int64_t before = standardNow();
-    const CivilTime now = platform::utcNow();
+    const CivilTime now = qvplatform::utcNow();
     const std::int64_t after = standardNow();
-    EXPECT_GE(platform::millisecondsSince1970(now), before - tick);
-    EXPECT_LE(platform::millisecondsSince1970(now), after + tick);
+    EXPECT_GE(qvplatform::millisecondsSince1970(now), before - tick);
+    EXPECT_LE(qvplatform::millisecondsSince1970(now), after + tick);
 }
 
 TEST_F(PlatformClock, TellsTheTimeOfTheUsersZone)
 {
     // That the system and the C library mean the same zone is made sure of before the tests run.
     const std::int64_t before = standardNow();
-    const CivilTime now = platform::localNow();
+    const CivilTime now = qvplatform::localNow();
     const std::int64_t after = standardNow();
     const std::time_t moment = static_cast<std::time_t>(before / 1000);
     const std::tm local = *std::localtime(&moment);
     const CivilTime expected{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
         local.tm_min, local.tm_sec, static_cast<int>(before % 1000)};
     const std::int64_t passed =
-        platform::millisecondsSince1970(now) - platform::millisecondsSince1970(expected);
+        qvplatform::millisecondsSince1970(now) - qvplatform::millisecondsSince1970(expected);
     EXPECT_GE(passed, -tick);
     EXPECT_LE(passed, after - before + tick);
 }
@@ -74,9 +74,9 @@ VONTALBASE_TEST_CHILD(goesToAnotherZone, arguments)
     for (int i = 0; i < 20; ++i)
     {
         testsupport::takeZone("ABC0");
-        const std::int64_t here = platform::millisecondsSince1970(platform::localNow());
+        const std::int64_t here = qvplatform::millisecondsSince1970(qvplatform::localNow());
         testsupport::takeZone("XYZ-5:45");
-        const std::int64_t there = platform::millisecondsSince1970(platform::localNow());
+        const std::int64_t there = qvplatform::millisecondsSince1970(qvplatform::localNow());
         constexpr std::int64_t aMinute = 60'000;
         if (there - here < ahead - aMinute || there - here > ahead + aMinute)
             return 10;
@@ -120,8 +120,8 @@ VONTALBASE_TEST_CHILD(countsStandardTime, arguments)
     {
         ++number;
         testsupport::takeZone(row.zone);
-        platform::refreshTimeZone();
-        if (platform::secondsOfStandardTime(row.time) != row.seconds)
+        qvplatform::refreshTimeZone();
+        if (qvplatform::secondsOfStandardTime(row.time) != row.seconds)
             return number;
     }
     return 0;
@@ -136,11 +136,11 @@ TEST_F(PlatformClock, CountsSecondsOfLocalTimeWithDaylightSavingOff)
 
 TEST_F(PlatformClock, CountsSecondsOfLocalTimeInTheZoneOfTheSystem)
 {
-    platform::refreshTimeZone();
+    qvplatform::refreshTimeZone();
     const CivilTime time{2001, 2, 3, 4, 5, 6, 0};
-    const std::int64_t seconds = platform::secondsOfStandardTime(time);
+    const std::int64_t seconds = qvplatform::secondsOfStandardTime(time);
     const CivilTime dayLater{2001, 2, 4, 4, 5, 6, 0};
-    EXPECT_EQ(platform::secondsOfStandardTime(dayLater) - seconds, 86'400);
+    EXPECT_EQ(qvplatform::secondsOfStandardTime(dayLater) - seconds, 86'400);
     constexpr std::int64_t inUtc = 981'173'106;
     constexpr std::int64_t farthest = 14 * 3600;
     EXPECT_LE(seconds, inUtc + farthest);
@@ -151,7 +151,7 @@ TEST_F(PlatformClock, CountsSecondsOfLocalTimeInTheZoneOfTheSystem)
 TEST_F(PlatformClock, CountsWholeSecondsFrom1970)
 {
     const std::int64_t before = standardNow();
-    const std::int64_t seconds = platform::secondsSince1970();
+    const std::int64_t seconds = qvplatform::secondsSince1970();
     const std::int64_t after = standardNow();
     EXPECT_GE(seconds, (before - tick) / 1000);
     EXPECT_LE(seconds, (after + tick) / 1000);
@@ -160,32 +160,32 @@ TEST_F(PlatformClock, CountsWholeSecondsFrom1970)
 TEST_F(PlatformClock, LocalTimeCanBeSetByATest)
 {
     const CivilTime moment{2031, 12, 31, 23, 59, 59, 999};
-    platform::setLocalNow(moment);
-    EXPECT_EQ(platform::localNow(), moment);
-    EXPECT_EQ(platform::localNow(), moment) << "it stands still";
-    EXPECT_NE(platform::systemLocalNow(), moment);
-    EXPECT_NE(platform::utcNow().year, 2031) << "UTC goes on";
-    platform::resetClocks();
-    EXPECT_NE(platform::localNow(), moment);
+    qvplatform::setLocalNow(moment);
+    EXPECT_EQ(qvplatform::localNow(), moment);
+    EXPECT_EQ(qvplatform::localNow(), moment) << "it stands still";
+    EXPECT_NE(qvplatform::systemLocalNow(), moment);
+    EXPECT_NE(qvplatform::utcNow().year, 2031) << "UTC goes on";
+    qvplatform::resetClocks();
+    EXPECT_NE(qvplatform::localNow(), moment);
 }
 
 TEST_F(PlatformClock, TheOtherClockCanBeSetByATest)
 {
     // 2020-01-02 03:04:05.678, of which nine units of 100 nanoseconds are below a millisecond.
-    platform::setFileTimeNow(132'224'078'456'780'009);
-    EXPECT_EQ(platform::fileTimeNow(), 132'224'078'456'780'009U);
-    EXPECT_EQ(platform::utcNow(), (CivilTime{2020, 1, 2, 3, 4, 5, 678}));
-    EXPECT_EQ(platform::secondsSince1970(), 1'577'934'245);
-    EXPECT_NE(platform::localNow().year, 2020) << "local time goes on";
-    platform::resetClocks();
-    EXPECT_GT(platform::fileTimeNow(), 132'224'078'456'780'009U);
+    qvplatform::setFileTimeNow(132'224'078'456'780'009);
+    EXPECT_EQ(qvplatform::fileTimeNow(), 132'224'078'456'780'009U);
+    EXPECT_EQ(qvplatform::utcNow(), (CivilTime{2020, 1, 2, 3, 4, 5, 678}));
+    EXPECT_EQ(qvplatform::secondsSince1970(), 1'577'934'245);
+    EXPECT_NE(qvplatform::localNow().year, 2020) << "local time goes on";
+    qvplatform::resetClocks();
+    EXPECT_GT(qvplatform::fileTimeNow(), 132'224'078'456'780'009U);
 }
 
 TEST_F(PlatformClock, ATimeBefore1970HasANegativeNumber)
 {
-    platform::setFileTimeNow(10'000'000);
-    EXPECT_EQ(platform::secondsSince1970(), -11'644'473'599);
-    EXPECT_EQ(platform::utcNow(), (CivilTime{1601, 1, 1, 0, 0, 1, 0}));
+    qvplatform::setFileTimeNow(10'000'000);
+    EXPECT_EQ(qvplatform::secondsSince1970(), -11'644'473'599);
+    EXPECT_EQ(qvplatform::utcNow(), (CivilTime{1601, 1, 1, 0, 0, 1, 0}));
 }
 
 } // namespace

@@ -178,7 +178,7 @@ TEST(ComStreams, AStreamOffersItsInterfacesAndNoOthers)
     EXPECT_TRUE(comtesting::query<ISequentialStream>(stream.get()));
     EXPECT_TRUE(comtesting::query<IUnknown>(stream.get()));
     void * other = &other;
-    EXPECT_EQ(stream->QueryInterface(platform::idOf<IXMLDOMNode>(), &other), E_NOINTERFACE);
+    EXPECT_EQ(stream->QueryInterface(qvplatform::idOf<IXMLDOMNode>(), &other), E_NOINTERFACE);
     EXPECT_EQ(other, nullptr);
 }
 
@@ -365,7 +365,7 @@ TEST(ComErrors, AResultThatIsThrownIsTold)
         EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
         const _com_error copy = error;
         EXPECT_EQ(copy.Error(), E_OUTOFMEMORY);
-        EXPECT_FALSE(platform::comErrorMessage(copy.Error()).empty());
+        EXPECT_FALSE(qvplatform::comErrorMessage(copy.Error()).empty());
     }
 }
 
@@ -385,7 +385,7 @@ TEST(ComErrors, CodesWithoutAMessageHaveANumber)
     for (const auto & row : rows)
     {
         SCOPED_TRACE(row.code);
-        EXPECT_EQ(platform::comErrorMessage(static_cast<HRESULT>(row.code)), row.text);
+        EXPECT_EQ(qvplatform::comErrorMessage(static_cast<HRESULT>(row.code)), row.text);
     }
 }
 
@@ -393,7 +393,7 @@ TEST(ComErrors, TheSystemsMessageHasNoLineEnd)
 {
     for (const HRESULT result : {E_FAIL, E_OUTOFMEMORY, E_INVALIDARG, E_ACCESSDENIED})
     {
-        const std::wstring text = platform::comErrorMessage(result);
+        const std::wstring text = qvplatform::comErrorMessage(result);
         ASSERT_FALSE(text.empty());
         EXPECT_NE(text.back(), L'\n');
         EXPECT_NE(text.back(), L'\r');
@@ -423,15 +423,15 @@ TEST(ComClasses, ObjectsAreMadeWhereTheThreadHasInitialised)
                     static_cast<IUnknown *>(object)->Release();
                 return result;
             };
-            before = create(platform::domDocumentClass(), platform::idOf<IXMLDOMDocument>());
+            before = create(qvplatform::domDocumentClass(), qvplatform::idOf<IXMLDOMDocument>());
             first = CoInitialize(nullptr);
             second = CoInitialize(nullptr);
-            made = create(platform::domDocumentClass(), platform::idOf<IXMLDOMDocument>());
-            unknownClass = create(platform::idOf<IUnknown>(), platform::idOf<IUnknown>());
-            unknownInterface = create(platform::domDocumentClass(), platform::idOf<IStream>());
+            made = create(qvplatform::domDocumentClass(), qvplatform::idOf<IXMLDOMDocument>());
+            unknownClass = create(qvplatform::idOf<IUnknown>(), qvplatform::idOf<IUnknown>());
+            unknownInterface = create(qvplatform::domDocumentClass(), qvplatform::idOf<IStream>());
             CoUninitialize();
             CoUninitialize();
-            after = create(platform::domDocumentClass(), platform::idOf<IXMLDOMDocument>());
+            after = create(qvplatform::domDocumentClass(), qvplatform::idOf<IXMLDOMDocument>());
         })
         .join();
     EXPECT_EQ(before, CO_E_NOTINITIALIZED);

@@ -7,7 +7,7 @@
 namespace
 {
 
-using platform::splitCommandLine;
+using qvplatform::splitCommandLine;
 using Words = std::vector<std::string>;
 
 struct Row

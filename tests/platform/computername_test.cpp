@@ -13,7 +13,7 @@ namespace
 TEST(PlatformComputerName, BeginsWithTheNameOfTheHost)
 {
     std::string name("before");
-    ASSERT_TRUE(platform::readComputerName(name));
+    ASSERT_TRUE(qvplatform::readComputerName(name));
     for (char & c : name)
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
     ASSERT_NE(testsupport::hostName(), "");
@@ -25,9 +25,9 @@ TEST(PlatformComputerName, BeginsWithTheNameOfTheHost)
 TEST(PlatformComputerName, IsNotTouchedWhereTheSystemRefuses)
 {
     std::string name("before");
-    platform::armGates({"computer name", 1, 1});
-    EXPECT_FALSE(platform::readComputerName(name));
-    platform::disarmGates();
+    qvplatform::armGates({"computer name", 1, 1});
+    EXPECT_FALSE(qvplatform::readComputerName(name));
+    qvplatform::disarmGates();
     EXPECT_EQ(name, "before");
 }
 

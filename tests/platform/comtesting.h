@@ -175,7 +175,8 @@ Com<Interface> make(REFCLSID classId)
 {
     void * object = nullptr;
     EXPECT_EQ(
-        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &object), S_OK);
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, qvplatform::idOf<Interface>(), &object),
+        S_OK);
     return adopt<Interface>(object);
 }
 
@@ -183,7 +184,7 @@ template <class Interface>
 Com<Interface> query(IUnknown * object)
 {
     void * found = nullptr;
-    if (object == nullptr || object->QueryInterface(platform::idOf<Interface>(), &found) != S_OK)
+    if (object == nullptr || object->QueryInterface(qvplatform::idOf<Interface>(), &found) != S_OK)
         return {};
     return adopt<Interface>(found);
 }
@@ -191,7 +192,7 @@ Com<Interface> query(IUnknown * object)
 /// An empty document that keeps white space.
 inline Com<IXMLDOMDocument> makeDocument()
 {
-    Com<IXMLDOMDocument> document = make<IXMLDOMDocument>(platform::domDocumentClass());
+    Com<IXMLDOMDocument> document = make<IXMLDOMDocument>(qvplatform::domDocumentClass());
     EXPECT_EQ(document->put_async(VARIANT_FALSE), S_OK);
     EXPECT_EQ(document->put_resolveExternals(VARIANT_FALSE), S_OK);
     EXPECT_EQ(document->put_validateOnParse(VARIANT_FALSE), S_OK);

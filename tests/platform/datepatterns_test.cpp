@@ -32,7 +32,7 @@ TEST(PlatformDatePatterns, MakeALongDateOfDateAndTime)
         {"nothing", L"", L"%x"},
     };
     for (const auto & row : rows)
-        EXPECT_EQ(platform::longDateOf(row.dateAndTime), row.expected) << row.label;
+        EXPECT_EQ(qvplatform::longDateOf(row.dateAndTime), row.expected) << row.label;
 }
 
 TEST(PlatformDatePatterns, LeaveTheSecondsOutOfATime)
@@ -80,7 +80,7 @@ TEST(PlatformDatePatterns, LeaveTheSecondsOutOfATime)
         {"a percent sign", L"%% %T", L"", L"%% %H:%M"},
     };
     for (const auto & row : rows)
-        EXPECT_EQ(platform::timeWithoutSeconds(row.time, row.halfDayTime), row.expected) << row.label;
+        EXPECT_EQ(qvplatform::timeWithoutSeconds(row.time, row.halfDayTime), row.expected) << row.label;
 }
 
 } // namespace

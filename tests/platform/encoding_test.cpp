@@ -9,12 +9,12 @@
 namespace
 {
 
-using platform::ansiFromWide;
-using platform::wideFromAnsi;
+using qvplatform::ansiFromWide;
+using qvplatform::wideFromAnsi;
 
 TEST(PlatformEncoding, HasTheCodePage1252)
 {
-    EXPECT_EQ(platform::ansiCodePage(), 1252U);
+    EXPECT_EQ(qvplatform::ansiCodePage(), 1252U);
 }
 
 TEST(PlatformEncoding, ReplacesItsDestination)

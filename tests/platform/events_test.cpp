@@ -11,8 +11,8 @@
 namespace
 {
 
-using platform::AutoResetEvent;
-using platform::CountingSemaphore;
+using qvplatform::AutoResetEvent;
+using qvplatform::CountingSemaphore;
 using testsupport::eventually;
 using testsupport::suspicion;
 
@@ -82,9 +82,9 @@ TEST(AutoResetEvent, StaysSetForTheNextWaitAndTakesNoSecondSet)
 
 TEST(AutoResetEvent, IsNotWaitedForWhereTheSystemGaveNone)
 {
-    platform::armGates({"create event", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"create event", 1, 1, qvplatform::GateAnswer::Fail});
     AutoResetEvent event;
-    platform::disarmGates();
+    qvplatform::disarmGates();
     event.wait();
     event.set();
     event.wait();
@@ -147,9 +147,9 @@ TEST(CountingSemaphore, IsNotWaitedForWhereTheSystemGaveNone)
     negative.release();
     negative.acquire();
 
-    platform::armGates({"create semaphore", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"create semaphore", 1, 1, qvplatform::GateAnswer::Fail});
     CountingSemaphore refused(0);
-    platform::disarmGates();
+    qvplatform::disarmGates();
     refused.acquire();
     refused.release();
     refused.acquire();

@@ -18,7 +18,7 @@
 namespace
 {
 
-using platform::FileStatus;
+using qvplatform::FileStatus;
 using testsupport::TempDirectory;
 
 std::wstring wide(const std::string & utf8)
@@ -42,15 +42,15 @@ TEST(PlatformFiles, TellWhatAPathNames)
     const std::time_t before = testsupport::secondsNow();
     directory.write("file", "12345");
     FileStatus status;
-    ASSERT_TRUE(platform::readFileStatus(inside(directory, "file"), status));
+    ASSERT_TRUE(qvplatform::readFileStatus(inside(directory, "file"), status));
     EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
     EXPECT_EQ(status.size, 5);
     EXPECT_GE(status.modificationTime, before - 2);
     EXPECT_LE(status.modificationTime, testsupport::secondsNow() + 2);
-    ASSERT_TRUE(platform::readFileStatus(directory.text("file"), status)) << "the narrow form";
+    ASSERT_TRUE(qvplatform::readFileStatus(directory.text("file"), status)) << "the narrow form";
     EXPECT_EQ(status.kind, FileStatus::Kind::Regular);
     EXPECT_EQ(status.size, 5);
-    ASSERT_TRUE(platform::readFileStatus(wide(directory.text()), status));
+    ASSERT_TRUE(qvplatform::readFileStatus(wide(directory.text()), status));
     EXPECT_EQ(status.kind, FileStatus::Kind::Directory);
     directory.remove("file");
 }
@@ -60,10 +60,10 @@ TEST(PlatformFiles, LeaveTheStatusAloneWhereNothingIsNamed)
     const TempDirectory directory;
     FileStatus status;
     status.size = 77;
-    EXPECT_FALSE(platform::readFileStatus(inside(directory, "none"), status));
-    EXPECT_FALSE(platform::readFileStatus(directory.text("none"), status));
-    EXPECT_FALSE(platform::readFileStatus(std::wstring(), status));
-    EXPECT_FALSE(platform::readFileStatus(std::string(), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(inside(directory, "none"), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(directory.text("none"), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(std::wstring(), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(std::string(), status));
     EXPECT_EQ(status.size, 77);
 }
 
@@ -72,8 +72,8 @@ TEST(PlatformFiles, EndAPathAtItsFirstNul)
     const TempDirectory directory;
     directory.write("file", "12345");
     FileStatus status;
-    EXPECT_TRUE(platform::readFileStatus(inside(directory, "file") + L'\0' + L"x", status));
-    EXPECT_FALSE(platform::readFileStatus(L'\0' + inside(directory, "file"), status));
+    EXPECT_TRUE(qvplatform::readFileStatus(inside(directory, "file") + L'\0' + L"x", status));
+    EXPECT_FALSE(qvplatform::readFileStatus(L'\0' + inside(directory, "file"), status));
     directory.remove("file");
 }
 
@@ -83,14 +83,14 @@ TEST(PlatformFiles, NameNothingWithADriveOrAShareWhereThereAreNone)
         GTEST_SKIP() << "this system has drives";
     const TempDirectory directory;
     FileStatus status;
-    EXPECT_TRUE(platform::readFileStatus(wide(directory.text()), status));
-    EXPECT_FALSE(platform::readFileStatus(L"\\" + (L'\\' + wide(directory.text()).substr(1)), status));
-    EXPECT_FALSE(platform::makeDirectory(L"Q:\\"));
-    EXPECT_FALSE(platform::makeDirectory(L"Q:"));
-    EXPECT_FALSE(platform::makeDirectory(L"q:/x"));
+    EXPECT_TRUE(qvplatform::readFileStatus(wide(directory.text()), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(L"\\" + (L'\\' + wide(directory.text()).substr(1)), status));
+    EXPECT_FALSE(qvplatform::makeDirectory(L"Q:\\"));
+    EXPECT_FALSE(qvplatform::makeDirectory(L"Q:"));
+    EXPECT_FALSE(qvplatform::makeDirectory(L"q:/x"));
     EXPECT_FALSE(std::filesystem::exists("Q:"));
-    EXPECT_TRUE(platform::makeDirectory(inside(directory, "Q:"))) << "further in it is a name";
-    EXPECT_TRUE(platform::removeDirectory(inside(directory, "Q:")));
+    EXPECT_TRUE(qvplatform::makeDirectory(inside(directory, "Q:"))) << "further in it is a name";
+    EXPECT_TRUE(qvplatform::removeDirectory(inside(directory, "Q:")));
 }
 
 TEST(PlatformFiles, AreEmptiedOnlyWhenTheyAreOpen)
@@ -98,14 +98,14 @@ TEST(PlatformFiles, AreEmptiedOnlyWhenTheyAreOpen)
     const TempDirectory directory;
     directory.write("file", "12345");
     const std::wstring path = inside(directory, "file");
-    std::FILE * const first = platform::openStream(path, "r+b");
+    std::FILE * const first = qvplatform::openStream(path, "r+b");
     ASSERT_NE(first, nullptr);
-    EXPECT_EQ(platform::openStream(path, "wb"), nullptr);
-    EXPECT_EQ(platform::openStream(path, "ab"), nullptr);
-    EXPECT_EQ(platform::openStream(path, "rb"), nullptr) << "a reader beside a writer";
+    EXPECT_EQ(qvplatform::openStream(path, "wb"), nullptr);
+    EXPECT_EQ(qvplatform::openStream(path, "ab"), nullptr);
+    EXPECT_EQ(qvplatform::openStream(path, "rb"), nullptr) << "a reader beside a writer";
     EXPECT_TRUE(close(first));
     EXPECT_EQ(directory.read("file"), "12345");
-    EXPECT_TRUE(close(platform::openStream(path, "wb")));
+    EXPECT_TRUE(close(qvplatform::openStream(path, "wb")));
     EXPECT_EQ(directory.read("file"), "");
     directory.remove("file");
 }
@@ -115,10 +115,10 @@ TEST(PlatformFiles, LetManyReadButNobodyWriteBesideThem)
     const TempDirectory directory;
     directory.write("file", "12345");
     const std::wstring path = inside(directory, "file");
-    std::FILE * const first = platform::openStream(path, "rb");
-    std::FILE * const second = platform::openStream(path, "rb");
-    EXPECT_EQ(platform::openStream(path, "wb"), nullptr);
-    EXPECT_EQ(platform::openStream(path, "r+b"), nullptr);
+    std::FILE * const first = qvplatform::openStream(path, "rb");
+    std::FILE * const second = qvplatform::openStream(path, "rb");
+    EXPECT_EQ(qvplatform::openStream(path, "wb"), nullptr);
+    EXPECT_EQ(qvplatform::openStream(path, "r+b"), nullptr);
     EXPECT_TRUE(close(first));
     EXPECT_TRUE(close(second));
     EXPECT_EQ(directory.read("file"), "12345");
@@ -129,12 +129,12 @@ TEST(PlatformFiles, OpenInTheModeThatIsAskedFor)
 {
     const TempDirectory directory;
     const std::wstring path = inside(directory, "file");
-    EXPECT_EQ(platform::openStream(path, "rb"), nullptr) << "reading makes no file";
-    EXPECT_EQ(platform::openStream(path, "r+b"), nullptr);
+    EXPECT_EQ(qvplatform::openStream(path, "rb"), nullptr) << "reading makes no file";
+    EXPECT_EQ(qvplatform::openStream(path, "r+b"), nullptr);
     EXPECT_FALSE(directory.contains("file"));
     const auto write = [&](const char * mode, const char * text)
     {
-        std::FILE * const stream = platform::openStream(path, mode);
+        std::FILE * const stream = qvplatform::openStream(path, mode);
         return stream != nullptr && std::fputs(text, stream) >= 0 && close(stream);
     };
     EXPECT_TRUE(write("wb", "one\n"));
@@ -149,7 +149,7 @@ TEST(PlatformFiles, OpenInTheModeThatIsAskedFor)
     EXPECT_TRUE(write("abN", "6"));
     EXPECT_EQ(directory.read("file"), "3456");
     for (const char * const mode : {"", "q", "b", "rw", "rx", "wq"})
-        EXPECT_EQ(platform::openStream(path, mode), nullptr) << mode;
+        EXPECT_EQ(qvplatform::openStream(path, mode), nullptr) << mode;
     EXPECT_EQ(directory.read("file"), "3456");
     directory.remove("file");
 }
@@ -158,17 +158,17 @@ VONTALBASE_TEST_CHILD(staysUntilTold, arguments)
 {
     const std::wstring ready = wide(arguments.at(0));
     const std::wstring leave = wide(arguments.at(1));
-    if (!platform::createNewFile(ready))
+    if (!qvplatform::createNewFile(ready))
         return 1;
     FileStatus status;
-    return testsupport::eventually([&] { return platform::readFileStatus(leave, status); }) ? 0 : 2;
+    return testsupport::eventually([&] { return qvplatform::readFileStatus(leave, status); }) ? 0 : 2;
 }
 
 TEST(PlatformFiles, AreNotHandedToChildren)
 {
     const TempDirectory directory;
     const std::wstring path = inside(directory, "file");
-    std::FILE * const stream = platform::openStream(path, "wb");
+    std::FILE * const stream = qvplatform::openStream(path, "wb");
     ASSERT_NE(stream, nullptr);
     testsupport::ChildResult result;
     std::thread other(
@@ -179,7 +179,7 @@ TEST(PlatformFiles, AreNotHandedToChildren)
     EXPECT_TRUE(testsupport::eventually([&] { return directory.contains("ready"); }));
     // Not by the function that would give a lock back.
     std::fclose(stream);
-    EXPECT_TRUE(close(platform::openStream(path, "wb"))) << "the child has it";
+    EXPECT_TRUE(close(qvplatform::openStream(path, "wb"))) << "the child has it";
     directory.write("leave", "");
     other.join();
     EXPECT_EQ(result.exitCode, 0);
@@ -193,7 +193,7 @@ TEST(PlatformFiles, DoNotOpenADirectory)
     for (const char * const mode : {"rb", "r+b", "wb", "ab"})
     {
         SCOPED_TRACE(mode);
-        EXPECT_EQ(platform::openStream(wide(directory.text()), mode), nullptr);
+        EXPECT_EQ(qvplatform::openStream(wide(directory.text()), mode), nullptr);
     }
 }
 
@@ -202,18 +202,18 @@ TEST(PlatformFiles, LetTwoWriteToADevice)
     if (testsupport::deviceThatIsNoFile().empty())
         GTEST_SKIP() << "this system has no such device";
     const std::wstring path = wide(testsupport::deviceThatIsNoFile());
-    std::FILE * const first = platform::openStream(path, "wb");
-    std::FILE * const second = platform::openStream(path, "wb");
+    std::FILE * const first = qvplatform::openStream(path, "wb");
+    std::FILE * const second = qvplatform::openStream(path, "wb");
     EXPECT_TRUE(close(first));
     EXPECT_TRUE(close(second));
     FileStatus status;
-    ASSERT_TRUE(platform::readFileStatus(path, status));
+    ASSERT_TRUE(qvplatform::readFileStatus(path, status));
     EXPECT_EQ(status.kind, FileStatus::Kind::Other);
 }
 
 VONTALBASE_TEST_CHILD(opensForWriting, arguments)
 {
-    std::FILE * const stream = platform::openStream(wide(arguments.at(0)), arguments.at(1));
+    std::FILE * const stream = qvplatform::openStream(wide(arguments.at(0)), arguments.at(1));
     return stream == nullptr ? 3 : close(stream) ? 0 : 4;
 }
 
@@ -221,12 +221,12 @@ TEST(PlatformFiles, AreRefusedToWritersOfOtherProcesses)
 {
     const TempDirectory directory;
     const std::string path = directory.write("file", "12345");
-    std::FILE * const reader = platform::openStream(wide(path), "rb");
+    std::FILE * const reader = qvplatform::openStream(wide(path), "rb");
     EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "wb"}).exitCode, 3);
     EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "rb"}).exitCode, 0);
     EXPECT_TRUE(close(reader));
     EXPECT_EQ(directory.read("file"), "12345") << "the refused open must not empty it";
-    std::FILE * const writer = platform::openStream(wide(path), "ab");
+    std::FILE * const writer = qvplatform::openStream(wide(path), "ab");
     EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "ab"}).exitCode, 3);
     EXPECT_EQ(testsupport::runChild("opensForWriting", {path, "rb"}).exitCode, 3);
     EXPECT_TRUE(close(writer));
@@ -239,13 +239,13 @@ TEST(PlatformFiles, AreMadeOnceOnly)
 {
     const TempDirectory directory;
     const std::wstring path = inside(directory, "new");
-    EXPECT_TRUE(platform::createNewFile(path));
+    EXPECT_TRUE(qvplatform::createNewFile(path));
     EXPECT_EQ(directory.read("new"), "");
-    EXPECT_FALSE(platform::createNewFile(path));
+    EXPECT_FALSE(qvplatform::createNewFile(path));
     directory.write("new", "1");
-    EXPECT_FALSE(platform::createNewFile(path));
+    EXPECT_FALSE(qvplatform::createNewFile(path));
     EXPECT_EQ(directory.read("new"), "1");
-    EXPECT_FALSE(platform::createNewFile(inside(directory, "missing") + L"\\new"));
+    EXPECT_FALSE(qvplatform::createNewFile(inside(directory, "missing") + L"\\new"));
     directory.remove("new");
 }
 
@@ -257,12 +257,12 @@ TEST(PlatformFiles, AreCopiedWithTheirTimeAndTheirBeingReadOnly)
     directory.write("target", "longer than nothing");
     const auto longAgo = std::filesystem::last_write_time(source) - std::chrono::hours(1000);
     std::filesystem::last_write_time(source, longAgo);
-    EXPECT_TRUE(platform::copyFile(wide(source), inside(directory, "target")));
+    EXPECT_TRUE(qvplatform::copyFile(wide(source), inside(directory, "target")));
     EXPECT_EQ(directory.read("target"), bytes);
     EXPECT_EQ(std::filesystem::last_write_time(directory.path() / "target"), longAgo);
     EXPECT_FALSE(testsupport::isReadOnly(directory.text("target")));
     testsupport::setReadOnly(source, true);
-    EXPECT_TRUE(platform::copyFile(wide(source), inside(directory, "target")));
+    EXPECT_TRUE(qvplatform::copyFile(wide(source), inside(directory, "target")));
     EXPECT_TRUE(testsupport::isReadOnly(directory.text("target")) || !testsupport::copiesStayReadOnly());
     testsupport::setReadOnly(source, false);
     testsupport::setReadOnly(directory.text("target"), false);
@@ -273,11 +273,11 @@ TEST(PlatformFiles, AreNotCopiedFromNothingAndNotOntoThemselves)
 {
     const TempDirectory directory;
     const std::string file = directory.write("file", "12345");
-    EXPECT_FALSE(platform::copyFile(inside(directory, "none"), wide(file)));
-    EXPECT_FALSE(platform::copyFile(wide(directory.text()), wide(file)));
-    EXPECT_FALSE(platform::copyFile(wide(file), wide(file)));
+    EXPECT_FALSE(qvplatform::copyFile(inside(directory, "none"), wide(file)));
+    EXPECT_FALSE(qvplatform::copyFile(wide(directory.text()), wide(file)));
+    EXPECT_FALSE(qvplatform::copyFile(wide(file), wide(file)));
     EXPECT_EQ(directory.read("file"), "12345");
-    EXPECT_FALSE(platform::copyFile(wide(file), inside(directory, "missing") + L"\\a"));
+    EXPECT_FALSE(qvplatform::copyFile(wide(file), inside(directory, "missing") + L"\\a"));
     directory.remove("file");
 }
 
@@ -285,17 +285,17 @@ TEST(PlatformFiles, AreRemovedButDirectoriesAreNot)
 {
     const TempDirectory directory;
     directory.write("file", "1");
-    EXPECT_TRUE(platform::makeDirectory(inside(directory, "below")));
-    EXPECT_FALSE(platform::makeDirectory(inside(directory, "below")));
-    EXPECT_FALSE(platform::removeFile(inside(directory, "below")));
-    EXPECT_FALSE(platform::removeDirectory(inside(directory, "file")));
-    EXPECT_TRUE(platform::removeFile(inside(directory, "file")));
-    EXPECT_FALSE(platform::removeFile(inside(directory, "file")));
-    EXPECT_FALSE(platform::makeDirectory(inside(directory, "missing\\below")));
+    EXPECT_TRUE(qvplatform::makeDirectory(inside(directory, "below")));
+    EXPECT_FALSE(qvplatform::makeDirectory(inside(directory, "below")));
+    EXPECT_FALSE(qvplatform::removeFile(inside(directory, "below")));
+    EXPECT_FALSE(qvplatform::removeDirectory(inside(directory, "file")));
+    EXPECT_TRUE(qvplatform::removeFile(inside(directory, "file")));
+    EXPECT_FALSE(qvplatform::removeFile(inside(directory, "file")));
+    EXPECT_FALSE(qvplatform::makeDirectory(inside(directory, "missing\\below")));
     directory.write("below/file", "1");
-    EXPECT_FALSE(platform::removeDirectory(inside(directory, "below")));
-    EXPECT_TRUE(platform::removeFile(inside(directory, "below\\file")));
-    EXPECT_TRUE(platform::removeDirectory(inside(directory, "below")));
+    EXPECT_FALSE(qvplatform::removeDirectory(inside(directory, "below")));
+    EXPECT_TRUE(qvplatform::removeFile(inside(directory, "below\\file")));
+    EXPECT_TRUE(qvplatform::removeDirectory(inside(directory, "below")));
 }
 
 TEST(PlatformFiles, CanBeMadeWritable)
@@ -303,9 +303,9 @@ TEST(PlatformFiles, CanBeMadeWritable)
     const TempDirectory directory;
     const std::string file = directory.write("file", "1");
     testsupport::setReadOnly(file, true);
-    platform::clearReadOnly(wide(file));
+    qvplatform::clearReadOnly(wide(file));
     EXPECT_FALSE(testsupport::isReadOnly(file));
-    platform::clearReadOnly(inside(directory, "none"));
+    qvplatform::clearReadOnly(inside(directory, "none"));
     directory.remove("file");
 }
 
@@ -326,31 +326,31 @@ TEST(PlatformFiles, AreNotTouchedThroughALink)
     for (const char * const name : {"link", "dirlink", "dangling", "circle"})
     {
         SCOPED_TRACE(name);
-        EXPECT_TRUE(platform::isLink(inside(directory, name)));
-        EXPECT_TRUE(platform::isLink(inside(directory, name) + L"\\/"));
+        EXPECT_TRUE(qvplatform::isLink(inside(directory, name)));
+        EXPECT_TRUE(qvplatform::isLink(inside(directory, name) + L"\\/"));
     }
-    EXPECT_FALSE(platform::isLink(wide(file)));
-    EXPECT_FALSE(platform::isLink(inside(directory, "below")));
-    EXPECT_FALSE(platform::isLink(inside(directory, "none")));
-    EXPECT_FALSE(platform::isLink(L""));
+    EXPECT_FALSE(qvplatform::isLink(wide(file)));
+    EXPECT_FALSE(qvplatform::isLink(inside(directory, "below")));
+    EXPECT_FALSE(qvplatform::isLink(inside(directory, "none")));
+    EXPECT_FALSE(qvplatform::isLink(L""));
 
     FileStatus status;
-    EXPECT_FALSE(platform::readFileStatus(inside(directory, "dangling"), status));
-    EXPECT_FALSE(platform::readFileStatus(inside(directory, "circle"), status));
-    ASSERT_TRUE(platform::readFileStatus(inside(directory, "dirlink"), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(inside(directory, "dangling"), status));
+    EXPECT_FALSE(qvplatform::readFileStatus(inside(directory, "circle"), status));
+    ASSERT_TRUE(qvplatform::readFileStatus(inside(directory, "dirlink"), status));
     EXPECT_EQ(status.kind, FileStatus::Kind::Directory);
 
     testsupport::setReadOnly(file, true);
-    platform::clearReadOnly(inside(directory, "link"));
+    qvplatform::clearReadOnly(inside(directory, "link"));
     EXPECT_TRUE(testsupport::isReadOnly(file)) << "the setting of what is linked to stays";
     testsupport::setReadOnly(file, false);
 
-    EXPECT_FALSE(platform::removeDirectory(inside(directory, "link")));
-    EXPECT_FALSE(platform::removeDirectory(inside(directory, "dangling")));
-    EXPECT_TRUE(platform::removeDirectory(inside(directory, "dirlink")));
-    EXPECT_TRUE(platform::removeFile(inside(directory, "link")));
-    EXPECT_TRUE(platform::removeFile(inside(directory, "dangling")));
-    EXPECT_TRUE(platform::removeFile(inside(directory, "circle")));
+    EXPECT_FALSE(qvplatform::removeDirectory(inside(directory, "link")));
+    EXPECT_FALSE(qvplatform::removeDirectory(inside(directory, "dangling")));
+    EXPECT_TRUE(qvplatform::removeDirectory(inside(directory, "dirlink")));
+    EXPECT_TRUE(qvplatform::removeFile(inside(directory, "link")));
+    EXPECT_TRUE(qvplatform::removeFile(inside(directory, "dangling")));
+    EXPECT_TRUE(qvplatform::removeFile(inside(directory, "circle")));
     EXPECT_EQ(directory.read("file"), "1");
     EXPECT_TRUE(directory.contains("below"));
     directory.clear();
@@ -364,26 +364,26 @@ TEST(PlatformFiles, MayHavePathsOfAnyLength)
     while (path.size() < testsupport::possiblePathLength())
     {
         path += L'\\' + name;
-        ASSERT_TRUE(platform::makeDirectory(path)) << path.size();
+        ASSERT_TRUE(qvplatform::makeDirectory(path)) << path.size();
     }
-    EXPECT_FALSE(platform::makeDirectory(path));
+    EXPECT_FALSE(qvplatform::makeDirectory(path));
     const std::wstring file = path + L"\\file";
-    std::FILE * const stream = platform::openStream(file, "wb");
+    std::FILE * const stream = qvplatform::openStream(file, "wb");
     ASSERT_NE(stream, nullptr);
     std::fputs("12", stream);
     EXPECT_TRUE(close(stream));
     FileStatus status;
-    ASSERT_TRUE(platform::readFileStatus(file, status));
+    ASSERT_TRUE(qvplatform::readFileStatus(file, status));
     EXPECT_EQ(status.size, 2);
-    EXPECT_FALSE(platform::isLink(file));
-    EXPECT_TRUE(platform::copyFile(file, path + L"\\copy"));
-    EXPECT_TRUE(platform::removeFile(path + L"\\copy"));
-    EXPECT_FALSE(platform::removeDirectory(path));
-    EXPECT_TRUE(platform::removeFile(file));
-    EXPECT_FALSE(platform::readFileStatus(file, status));
+    EXPECT_FALSE(qvplatform::isLink(file));
+    EXPECT_TRUE(qvplatform::copyFile(file, path + L"\\copy"));
+    EXPECT_TRUE(qvplatform::removeFile(path + L"\\copy"));
+    EXPECT_FALSE(qvplatform::removeDirectory(path));
+    EXPECT_TRUE(qvplatform::removeFile(file));
+    EXPECT_FALSE(qvplatform::readFileStatus(file, status));
     while (path.size() > wide(directory.text()).size())
     {
-        ASSERT_TRUE(platform::removeDirectory(path)) << path.size();
+        ASSERT_TRUE(qvplatform::removeDirectory(path)) << path.size();
         path.resize(path.size() - name.size() - 1);
     }
 }
@@ -392,10 +392,10 @@ TEST(PlatformFiles, HaveNamesThatNoFileHasBeyondALimit)
 {
     const TempDirectory directory;
     const std::wstring longest(255, L'n');
-    EXPECT_TRUE(platform::createNewFile(wide(directory.text()) + L'\\' + longest));
-    EXPECT_TRUE(platform::removeFile(wide(directory.text()) + L'\\' + longest));
-    EXPECT_FALSE(platform::createNewFile(wide(directory.text()) + L'\\' + longest + L'n'));
-    EXPECT_FALSE(platform::createNewFile(wide(directory.text()) + L'\\' + std::wstring(100'000, L'n')));
+    EXPECT_TRUE(qvplatform::createNewFile(wide(directory.text()) + L'\\' + longest));
+    EXPECT_TRUE(qvplatform::removeFile(wide(directory.text()) + L'\\' + longest));
+    EXPECT_FALSE(qvplatform::createNewFile(wide(directory.text()) + L'\\' + longest + L'n'));
+    EXPECT_FALSE(qvplatform::createNewFile(wide(directory.text()) + L'\\' + std::wstring(100'000, L'n')));
 }
 
 TEST(PlatformFiles, KeepNothingOpenWhereTheSystemRefuses)
@@ -407,10 +407,10 @@ TEST(PlatformFiles, KeepNothingOpenWhereTheSystemRefuses)
     for (std::uint64_t passage = 1;; ++passage)
     {
         SCOPED_TRACE(passage);
-        platform::armGates({nullptr, passage, 1, platform::GateAnswer::Fail});
-        std::FILE * const stream = platform::openStream(path, "wb");
-        platform::disarmGates();
-        if (platform::faultedGate() == nullptr)
+        qvplatform::armGates({nullptr, passage, 1, qvplatform::GateAnswer::Fail});
+        std::FILE * const stream = qvplatform::openStream(path, "wb");
+        qvplatform::disarmGates();
+        if (qvplatform::faultedGate() == nullptr)
         {
             EXPECT_GT(passage, 1U);
             EXPECT_TRUE(close(stream));

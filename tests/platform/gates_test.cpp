@@ -7,13 +7,13 @@
 namespace
 {
 
-using platform::armGates;
-using platform::disarmGates;
-using platform::faultedGate;
-using platform::GateAnswer;
-using platform::gateFails;
-using platform::gatePassages;
-using platform::passGate;
+using qvplatform::armGates;
+using qvplatform::disarmGates;
+using qvplatform::faultedGate;
+using qvplatform::GateAnswer;
+using qvplatform::gateFails;
+using qvplatform::gatePassages;
+using qvplatform::passGate;
 
 /// Leaves the gates open whatever a test did.
 class Gates : public testing::Test

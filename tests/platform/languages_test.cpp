@@ -14,9 +14,9 @@ namespace
 {
 
 using namespace std::string_literals;
-using platform::languagesOfEnvironment;
-using platform::languagesOfList;
-using platform::readPreferredLanguages;
+using qvplatform::languagesOfEnvironment;
+using qvplatform::languagesOfList;
+using qvplatform::readPreferredLanguages;
 
 using Names = std::vector<std::string>;
 
@@ -149,18 +149,18 @@ TEST(PlatformLanguages, BeginWithTheLanguageOfTheDisplayWhereThatIsASetting)
 TEST(PlatformLanguages, AreNotToldWhereTheSystemRefusesOneOfItsAnswers)
 {
     Names names = {"before"};
-    platform::armGates({"preferred languages", 1, 0});
+    qvplatform::armGates({"preferred languages", 1, 0});
     EXPECT_TRUE(readPreferredLanguages(names));
-    const std::uint64_t passages = platform::gatePassages();
+    const std::uint64_t passages = qvplatform::gatePassages();
     ASSERT_GT(passages, 0U);
     for (std::uint64_t passage = 1; passage <= passages; ++passage)
     {
         names = {"before"};
-        platform::armGates({"preferred languages", passage, 1});
+        qvplatform::armGates({"preferred languages", passage, 1});
         EXPECT_FALSE(readPreferredLanguages(names)) << passage;
         EXPECT_EQ(names, Names{"before"}) << passage;
     }
-    platform::disarmGates();
+    qvplatform::disarmGates();
 }
 
 } // namespace

@@ -19,9 +19,9 @@ using testsupport::takeUserLocale;
 VONTALBASE_TEST_CHILD(printsDatesOfALocale, arguments)
 {
     takeUserLocale(arguments.at(0).c_str());
-    const std::wstring pattern = platform::longDatePattern();
-    const std::wstring texts[] = {platform::localeDate(2024, 1, 5, pattern),
-        platform::localeTime(13, 5, 9, true), platform::localeTime(13, 5, 9, false)};
+    const std::wstring pattern = qvplatform::longDatePattern();
+    const std::wstring texts[] = {qvplatform::localeDate(2024, 1, 5, pattern),
+        qvplatform::localeTime(13, 5, 9, true), qvplatform::localeTime(13, 5, 9, false)};
     for (const std::wstring & text : texts)
     {
         for (const wchar_t unit : text)
@@ -58,18 +58,18 @@ TEST(PlatformLocaleDate, IsOfTheUsersLocale)
 
 TEST(PlatformLocaleDate, HasAPatternThatNamesTheDay)
 {
-    const std::wstring pattern = platform::longDatePattern();
+    const std::wstring pattern = qvplatform::longDatePattern();
     EXPECT_NE(pattern, L"");
-    const std::wstring date = platform::localeDate(2024, 1, 15, pattern);
+    const std::wstring date = qvplatform::localeDate(2024, 1, 15, pattern);
     EXPECT_NE(date.find(L"15"), std::wstring::npos);
     EXPECT_NE(date.find(L"2024"), std::wstring::npos);
-    EXPECT_NE(platform::localeDate(2024, 1, 16, pattern), date);
-    EXPECT_NE(platform::localeDate(2024, 2, 15, pattern), date);
+    EXPECT_NE(qvplatform::localeDate(2024, 1, 16, pattern), date);
+    EXPECT_NE(qvplatform::localeDate(2024, 2, 15, pattern), date);
 }
 
 TEST(PlatformLocaleDate, HasADateWithoutAPattern)
 {
-    EXPECT_NE(platform::localeDate(2024, 1, 15, L"").find(L"15"), std::wstring::npos);
+    EXPECT_NE(qvplatform::localeDate(2024, 1, 15, L"").find(L"15"), std::wstring::npos);
 }
 
 TEST(PlatformLocaleDate, IsEmptyWhereThePatternGivesTooMuch)
@@ -77,16 +77,16 @@ TEST(PlatformLocaleDate, IsEmptyWhereThePatternGivesTooMuch)
     if (testsupport::isWine())
         GTEST_SKIP() << "Wine itself crashes on such a pattern";
     std::wstring pattern;
-    const std::wstring once = platform::longDatePattern();
+    const std::wstring once = qvplatform::longDatePattern();
     for (int i = 0; i < 100; ++i)
         pattern += once;
-    EXPECT_EQ(platform::localeDate(2024, 1, 15, pattern), L"");
+    EXPECT_EQ(qvplatform::localeDate(2024, 1, 15, pattern), L"");
 }
 
 TEST(PlatformLocaleDate, HasTimesWithAndWithoutSeconds)
 {
-    const std::wstring with = platform::localeTime(13, 47, 59, true);
-    const std::wstring without = platform::localeTime(13, 47, 59, false);
+    const std::wstring with = qvplatform::localeTime(13, 47, 59, true);
+    const std::wstring without = qvplatform::localeTime(13, 47, 59, false);
     EXPECT_NE(with.find(L"47"), std::wstring::npos);
     EXPECT_NE(with.find(L"59"), std::wstring::npos);
     EXPECT_NE(without.find(L"47"), std::wstring::npos);
@@ -95,13 +95,13 @@ TEST(PlatformLocaleDate, HasTimesWithAndWithoutSeconds)
 
 TEST(PlatformLocaleDate, IsEmptyWhereTheSystemRefuses)
 {
-    platform::armGates({"long date pattern", 1, 1});
-    EXPECT_EQ(platform::longDatePattern(), L"");
-    platform::armGates({"format date", 1, 1});
-    EXPECT_EQ(platform::localeDate(2024, 1, 15, L""), L"");
-    platform::armGates({"format time", 1, 1});
-    EXPECT_EQ(platform::localeTime(1, 2, 3, true), L"");
-    platform::disarmGates();
+    qvplatform::armGates({"long date pattern", 1, 1});
+    EXPECT_EQ(qvplatform::longDatePattern(), L"");
+    qvplatform::armGates({"format date", 1, 1});
+    EXPECT_EQ(qvplatform::localeDate(2024, 1, 15, L""), L"");
+    qvplatform::armGates({"format time", 1, 1});
+    EXPECT_EQ(qvplatform::localeTime(1, 2, 3, true), L"");
+    qvplatform::disarmGates();
 }
 
 } // namespace

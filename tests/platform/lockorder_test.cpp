@@ -8,10 +8,10 @@
 namespace
 {
 
-using platform::heldLocks;
-using platform::LockRank;
-using platform::noteAcquiring;
-using platform::noteReleasing;
+using qvplatform::heldLocks;
+using qvplatform::LockRank;
+using qvplatform::noteAcquiring;
+using qvplatform::noteReleasing;
 
 constexpr int outer = 0;
 constexpr int middle = 0;

@@ -12,7 +12,7 @@
 namespace
 {
 
-using platform::RecursiveLock;
+using qvplatform::RecursiveLock;
 
 static_assert(!std::is_copy_constructible_v<RecursiveLock> && !std::is_move_constructible_v<RecursiveLock>);
 static_assert(std::is_nothrow_default_constructible_v<RecursiveLock>);

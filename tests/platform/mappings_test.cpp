@@ -9,7 +9,7 @@
 namespace
 {
 
-using platform::MemoryMapping;
+using qvplatform::MemoryMapping;
 
 bool isAll(const char * data, std::size_t from, std::size_t to, char byte)
 {
@@ -46,16 +46,16 @@ TEST(PlatformMappings, StayAsTheyAreWhereMemoryIsShort)
     MemoryMapping mapping;
     EXPECT_FALSE(mapping.grow(std::numeric_limits<std::size_t>::max() / 2));
     EXPECT_EQ(mapping.data(), nullptr);
-    platform::armGates({"memory mapping", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"memory mapping", 1, 1, qvplatform::GateAnswer::Fail});
     EXPECT_FALSE(mapping.grow(10));
     EXPECT_EQ(mapping.data(), nullptr);
     ASSERT_TRUE(mapping.grow(10));
     std::fill_n(mapping.data(), 10, 'a');
     const char * const data = mapping.data();
     EXPECT_FALSE(mapping.grow(std::numeric_limits<std::size_t>::max() / 2));
-    platform::armGates({"memory mapping", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"memory mapping", 1, 1, qvplatform::GateAnswer::Fail});
     EXPECT_FALSE(mapping.grow(20));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(mapping.data(), data);
     EXPECT_TRUE(isAll(data, 0, 10, 'a'));
 }

@@ -5,8 +5,8 @@
 namespace
 {
 
-using platform::OpenMode;
-using platform::parseOpenMode;
+using qvplatform::OpenMode;
+using qvplatform::parseOpenMode;
 
 constexpr OpenMode reading = {.reads = true};
 constexpr OpenMode writing = {.writes = true, .creates = true, .empties = true};

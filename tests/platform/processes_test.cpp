@@ -20,11 +20,11 @@
 namespace
 {
 
-using platform::GateAnswer;
-using platform::Handle;
-using platform::invalidHandle;
-using platform::ProcessInformation;
-using platform::ProcessWait;
+using qvplatform::GateAnswer;
+using qvplatform::Handle;
+using qvplatform::invalidHandle;
+using qvplatform::ProcessInformation;
+using qvplatform::ProcessWait;
 using testsupport::ResourceSnapshot;
 
 /// Arms a gate for a scope.
@@ -33,13 +33,13 @@ class Armed
 public:
     Armed(const char * service, std::uint64_t passage, std::uint64_t repeats, GateAnswer answer)
     {
-        platform::armGates({service, passage, repeats, answer});
+        qvplatform::armGates({service, passage, repeats, answer});
     }
     Armed(const Armed &) = delete;
     Armed & operator=(const Armed &) = delete;
     ~Armed()
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 };
 
@@ -57,8 +57,8 @@ struct Pipe
 {
     explicit Pipe(Own kept = Own::ReadEnd)
     {
-        isMade = platform::makePipe(readEnd, writeEnd, 1048576) &&
-                 platform::copyForOneself(kept == Own::ReadEnd ? readEnd : writeEnd, own);
+        isMade = qvplatform::makePipe(readEnd, writeEnd, 1048576) &&
+                 qvplatform::copyForOneself(kept == Own::ReadEnd ? readEnd : writeEnd, own);
     }
     Pipe(const Pipe &) = delete;
     Pipe & operator=(const Pipe &) = delete;
@@ -67,7 +67,7 @@ struct Pipe
         for (const Handle end : {readEnd, writeEnd, own})
         {
             if (end != invalidHandle())
-                platform::closeHandle(end);
+                qvplatform::closeHandle(end);
         }
     }
 
@@ -98,18 +98,18 @@ struct Child
     Child & operator=(const Child &) = delete;
     ~Child()
     {
-        platform::forgetProcess(information);
+        qvplatform::forgetProcess(information);
     }
 
     void start(const std::string & line)
     {
-        isStarted = platform::startProcess(Vontal::u8string(line).toAstring(),
+        isStarted = qvplatform::startProcess(Vontal::u8string(line).toAstring(),
             {input.readEnd, output.writeEnd, error.writeEnd}, information);
     }
 
     ProcessWait wait() const
     {
-        return platform::waitForProcess(information, 60'000);
+        return qvplatform::waitForProcess(information, 60'000);
     }
 
     Pipe input{Own::WriteEnd};
@@ -123,11 +123,11 @@ std::string readAll(Handle readEnd)
 {
     std::string text;
     unsigned int waiting = 0;
-    while (platform::countWaitingBytes(readEnd, waiting) && waiting > 0)
+    while (qvplatform::countWaitingBytes(readEnd, waiting) && waiting > 0)
     {
         std::array<char, 100> buffer{};
         unsigned int count = 0;
-        if (!platform::readPipe(readEnd, buffer.data(), std::min(waiting, 100U), count))
+        if (!qvplatform::readPipe(readEnd, buffer.data(), std::min(waiting, 100U), count))
             break;
         text.append(buffer.data(), count);
     }
@@ -163,15 +163,15 @@ TEST(PlatformPipes, HoldWhatWasWrittenAndTellHowMuch)
     ASSERT_TRUE(child.isStarted);
     ASSERT_EQ(child.wait(), ProcessWait::Ended);
     unsigned int waiting = 0;
-    ASSERT_TRUE(platform::countWaitingBytes(child.output.own, waiting));
+    ASSERT_TRUE(qvplatform::countWaitingBytes(child.output.own, waiting));
     EXPECT_EQ(waiting, 6U);
     char buffer[8] = {};
     unsigned int count = 0;
-    ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 4, count));
+    ASSERT_TRUE(qvplatform::readPipe(child.output.own, buffer, 4, count));
     EXPECT_EQ(std::string(buffer, count), "outp") << "no more than asked for";
-    ASSERT_TRUE(platform::countWaitingBytes(child.output.own, waiting));
+    ASSERT_TRUE(qvplatform::countWaitingBytes(child.output.own, waiting));
     EXPECT_EQ(waiting, 2U);
-    ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 8, count));
+    ASSERT_TRUE(qvplatform::readPipe(child.output.own, buffer, 8, count));
     EXPECT_EQ(std::string(buffer, count), "ut") << "no more than there is";
     EXPECT_EQ(readAll(child.error.own), "error!");
 }
@@ -181,7 +181,7 @@ TEST(PlatformPipes, TellThatNothingWaits)
     const Pipe pipe;
     ASSERT_TRUE(pipe.isMade);
     unsigned int waiting = 7;
-    EXPECT_TRUE(platform::countWaitingBytes(pipe.own, waiting));
+    EXPECT_TRUE(qvplatform::countWaitingBytes(pipe.own, waiting));
     EXPECT_EQ(waiting, 0U);
 }
 
@@ -193,7 +193,7 @@ TEST(PlatformPipes, AreNotWaitedForWhereNothingIsToBeRead)
     ASSERT_TRUE(pipe.isMade);
     char buffer[8] = {};
     unsigned int count = 7;
-    EXPECT_FALSE(platform::readPipe(pipe.own, buffer, 8, count));
+    EXPECT_FALSE(qvplatform::readPipe(pipe.own, buffer, 8, count));
     EXPECT_EQ(count, 7U);
 }
 
@@ -201,15 +201,15 @@ TEST(PlatformPipes, HaveAnEndForOneselfThatNoChildGets)
 {
     Handle readEnd = invalidHandle();
     Handle writeEnd = invalidHandle();
-    ASSERT_TRUE(platform::makePipe(readEnd, writeEnd, 1000));
+    ASSERT_TRUE(qvplatform::makePipe(readEnd, writeEnd, 1000));
     const std::size_t before = testsupport::countInheritable();
     Handle readCopy = invalidHandle();
     Handle writeCopy = invalidHandle();
-    EXPECT_TRUE(platform::copyForOneself(readEnd, readCopy));
-    EXPECT_TRUE(platform::copyForOneself(writeEnd, writeCopy));
+    EXPECT_TRUE(qvplatform::copyForOneself(readEnd, readCopy));
+    EXPECT_TRUE(qvplatform::copyForOneself(writeEnd, writeCopy));
     EXPECT_EQ(testsupport::countInheritable(), before);
     for (const Handle end : {readEnd, writeEnd, readCopy, writeCopy})
-        platform::closeHandle(end);
+        qvplatform::closeHandle(end);
 }
 
 TEST(PlatformPipes, ThatAreShrunkLoseNothing)
@@ -217,12 +217,12 @@ TEST(PlatformPipes, ThatAreShrunkLoseNothing)
     Child child("printsAndReturns", {std::string(5000, 'o'), "error", "0"});
     ASSERT_TRUE(child.isStarted);
     ASSERT_EQ(child.wait(), ProcessWait::Ended);
-    platform::shrinkPipe(child.output.own);
-    platform::shrinkPipe(child.error.own);
+    qvplatform::shrinkPipe(child.output.own);
+    qvplatform::shrinkPipe(child.error.own);
     EXPECT_EQ(readAll(child.output.own), std::string(5000, 'o'));
     EXPECT_EQ(readAll(child.error.own), "error");
-    platform::shrinkPipe(child.output.own);
-    platform::shrinkPipe(invalidHandle());
+    qvplatform::shrinkPipe(child.output.own);
+    qvplatform::shrinkPipe(invalidHandle());
 }
 
 TEST(PlatformPipes, GiveTheirHandlesBack)
@@ -247,22 +247,22 @@ TEST(PlatformPipes, FailWithoutATraceWhereTheSystemRefuses)
         const Armed armed("make pipe", 1, 1, GateAnswer::Fail);
         Handle readEnd = invalidHandle();
         Handle writeEnd = invalidHandle();
-        EXPECT_FALSE(platform::makePipe(readEnd, writeEnd, 1000));
+        EXPECT_FALSE(qvplatform::makePipe(readEnd, writeEnd, 1000));
         EXPECT_EQ(readEnd, invalidHandle());
         EXPECT_EQ(writeEnd, invalidHandle());
     }
     {
         const Armed armed("copy pipe end", 1, 1, GateAnswer::Fail);
         Handle copy = invalidHandle();
-        EXPECT_FALSE(platform::copyForOneself(made.readEnd, copy));
+        EXPECT_FALSE(qvplatform::copyForOneself(made.readEnd, copy));
         EXPECT_EQ(copy, invalidHandle());
     }
     {
         Handle copy = invalidHandle();
-        EXPECT_FALSE(platform::copyForOneself(reinterpret_cast<Handle>(std::intptr_t{123456}), copy));
+        EXPECT_FALSE(qvplatform::copyForOneself(reinterpret_cast<Handle>(std::intptr_t{123456}), copy));
         EXPECT_EQ(copy, invalidHandle());
         unsigned int waiting = 7;
-        EXPECT_FALSE(platform::countWaitingBytes(reinterpret_cast<Handle>(std::intptr_t{123456}), waiting));
+        EXPECT_FALSE(qvplatform::countWaitingBytes(reinterpret_cast<Handle>(std::intptr_t{123456}), waiting));
         EXPECT_EQ(waiting, 7U);
     }
     EXPECT_EQ(ResourceSnapshot::take().descriptors, before.descriptors);
@@ -277,23 +277,23 @@ TEST(PlatformPipes, AreReadThroughInterruptionsAndShortReads)
     unsigned int count = 0;
     {
         const Armed armed("read pipe", 1, 3, GateAnswer::Interrupt);
-        ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 3, count));
+        ASSERT_TRUE(qvplatform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(std::string(buffer, count), "out");
     }
     {
         const Armed armed("read pipe", 1, 1, GateAnswer::CutShort);
-        ASSERT_TRUE(platform::readPipe(child.output.own, buffer, 3, count));
+        ASSERT_TRUE(qvplatform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(std::string(buffer, count), "p");
     }
     {
         const Armed armed("read pipe", 1, 1, GateAnswer::Fail);
-        EXPECT_FALSE(platform::readPipe(child.output.own, buffer, 3, count));
+        EXPECT_FALSE(qvplatform::readPipe(child.output.own, buffer, 3, count));
         EXPECT_EQ(count, 1U);
     }
     {
         const Armed armed("count waiting bytes", 1, 1, GateAnswer::Fail);
         unsigned int waiting = 7;
-        EXPECT_FALSE(platform::countWaitingBytes(child.output.own, waiting));
+        EXPECT_FALSE(qvplatform::countWaitingBytes(child.output.own, waiting));
         EXPECT_EQ(waiting, 7U);
     }
     EXPECT_EQ(readAll(child.output.own), "ut") << "a failure takes nothing away";
@@ -308,11 +308,11 @@ class PlatformProcesses : public testing::TestWithParam<const char *>
 protected:
     void SetUp() override
     {
-        platform::armGates({GetParam(), 1, GetParam() == nullptr ? 0 : always, GateAnswer::Fail});
+        qvplatform::armGates({GetParam(), 1, GetParam() == nullptr ? 0 : always, GateAnswer::Fail});
     }
     void TearDown() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 };
 
@@ -329,7 +329,7 @@ TEST_P(PlatformProcesses, TellTheirExitCode)
         ASSERT_EQ(child.wait(), ProcessWait::Ended);
         EXPECT_EQ(child.wait(), ProcessWait::Ended) << "as often as one asks";
         unsigned int exitCode = 1000;
-        EXPECT_TRUE(platform::readExitCode(child.information, exitCode));
+        EXPECT_TRUE(qvplatform::readExitCode(child.information, exitCode));
         EXPECT_EQ(exitCode, code);
     }
 }
@@ -340,7 +340,7 @@ TEST_P(PlatformProcesses, TellThatTheyWereKilled)
     ASSERT_TRUE(child.isStarted);
     ASSERT_EQ(child.wait(), ProcessWait::Ended);
     unsigned int exitCode = 1000;
-    EXPECT_TRUE(platform::readExitCode(child.information, exitCode));
+    EXPECT_TRUE(qvplatform::readExitCode(child.information, exitCode));
     EXPECT_EQ(exitCode, static_cast<unsigned int>(testsupport::exitCodeOfKilling()));
 }
 
@@ -350,10 +350,10 @@ TEST_P(PlatformProcesses, AreWaitedForNoLongerThanAsked)
     ASSERT_TRUE(child.isStarted);
     const testsupport::SignalStorm storm;
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(platform::waitForProcess(child.information, 50), ProcessWait::TimedOut);
+    EXPECT_EQ(qvplatform::waitForProcess(child.information, 50), ProcessWait::TimedOut);
     EXPECT_GE(std::chrono::steady_clock::now() - start + std::chrono::milliseconds(1),
         std::chrono::milliseconds(50));
-    EXPECT_EQ(platform::waitForProcess(child.information, 0), ProcessWait::TimedOut);
+    EXPECT_EQ(qvplatform::waitForProcess(child.information, 0), ProcessWait::TimedOut);
     testsupport::endProcess(child.information.processId);
     EXPECT_EQ(child.wait(), ProcessWait::Ended);
 }
@@ -363,7 +363,7 @@ TEST_P(PlatformProcesses, AreFoundEndedWithoutWaiting)
     Child child("printsAndReturns", {"", "", "0"});
     ASSERT_TRUE(child.isStarted);
     ASSERT_EQ(child.wait(), ProcessWait::Ended);
-    EXPECT_EQ(platform::waitForProcess(child.information, 0), ProcessWait::Ended);
+    EXPECT_EQ(qvplatform::waitForProcess(child.information, 0), ProcessWait::Ended);
 }
 
 TEST_P(PlatformProcesses, LeaveNothingBehindBesideWhatIsKeptOnPurpose)
@@ -374,7 +374,7 @@ TEST_P(PlatformProcesses, LeaveNothingBehindBesideWhatIsKeptOnPurpose)
         ASSERT_TRUE(child.isStarted);
         ASSERT_EQ(child.wait(), ProcessWait::Ended);
         unsigned int exitCode = 0;
-        EXPECT_TRUE(platform::readExitCode(child.information, exitCode));
+        EXPECT_TRUE(qvplatform::readExitCode(child.information, exitCode));
     };
     run();
     const std::size_t before = ResourceSnapshot::take().descriptors;
@@ -400,7 +400,7 @@ TEST_P(PlatformProcesses, ThatAreForgottenDoNotStayDead)
             Child other("printsAndReturns", {"", "", "0"});
             unsigned int exitCode = 0;
             return other.wait() == ProcessWait::Ended &&
-                   platform::readExitCode(other.information, exitCode) &&
+                   qvplatform::readExitCode(other.information, exitCode) &&
                    testsupport::countDeadChildren() == 0;
         }));
     {
@@ -443,10 +443,10 @@ TEST(PlatformProcess, FailsToBeWaitedForOrToTellItsCodeWhereTheSystemRefuses)
     unsigned int exitCode = 1000;
     {
         const Armed armed("exit code", 1, 1, GateAnswer::Fail);
-        EXPECT_FALSE(platform::readExitCode(child.information, exitCode));
+        EXPECT_FALSE(qvplatform::readExitCode(child.information, exitCode));
         EXPECT_EQ(exitCode, 1000U);
     }
-    EXPECT_TRUE(platform::readExitCode(child.information, exitCode)) << "a failure takes nothing away";
+    EXPECT_TRUE(qvplatform::readExitCode(child.information, exitCode)) << "a failure takes nothing away";
     EXPECT_EQ(exitCode, 3U);
 }
 
@@ -462,9 +462,9 @@ TEST(PlatformProcess, OfNobodyFailsInEveryWay)
 {
     ProcessInformation nobody;
     unsigned int exitCode = 1000;
-    EXPECT_FALSE(platform::readExitCode(nobody, exitCode));
+    EXPECT_FALSE(qvplatform::readExitCode(nobody, exitCode));
     EXPECT_EQ(exitCode, 1000U);
-    platform::forgetProcess(nobody);
+    qvplatform::forgetProcess(nobody);
 }
 
 } // namespace

@@ -7,7 +7,7 @@ namespace
 
 TEST(Processor, AgreesWithTheCompilersRuntime)
 {
-    EXPECT_EQ(platform::canPickBytes(), __builtin_cpu_supports("ssse3") != 0);
+    EXPECT_EQ(qvplatform::canPickBytes(), __builtin_cpu_supports("ssse3") != 0);
 }
 
 } // namespace

@@ -17,8 +17,8 @@
 namespace
 {
 
-using platform::protectMemory;
-using platform::unprotectMemory;
+using qvplatform::protectMemory;
+using qvplatform::unprotectMemory;
 
 /// Wine 8 says that it protects, and leaves the bytes as they are.
 bool isProtecting()
@@ -74,11 +74,11 @@ TEST(PlatformProtection, RefusesWhatIsNoWholeNumberOfBlocks)
 TEST(PlatformProtection, FailsWhereTheSystemRefuses)
 {
     std::string bytes(16, 'x');
-    platform::armGates({"protect memory", 1, 1});
+    qvplatform::armGates({"protect memory", 1, 1});
     EXPECT_FALSE(protectMemory(bytes.data(), 16));
-    platform::armGates({"unprotect memory", 1, 1});
+    qvplatform::armGates({"unprotect memory", 1, 1});
     EXPECT_FALSE(unprotectMemory(bytes.data(), 16));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(bytes, std::string(16, 'x'));
 }
 
@@ -150,12 +150,12 @@ TEST(PlatformProtection, HasOneKeyForAllThreads)
 VONTALBASE_TEST_CHILD(makesItsKeyAtTheSecondTry, arguments)
 {
     std::string bytes(16, 'x');
-    platform::GateFault fault;
+    qvplatform::GateFault fault;
     fault.service = arguments.at(0).c_str();
-    platform::armGates(fault);
+    qvplatform::armGates(fault);
     const bool first = protectMemory(bytes.data(), 16);
-    platform::disarmGates();
-    if (platform::gatePassages() == 0)
+    qvplatform::disarmGates();
+    if (qvplatform::gatePassages() == 0)
         return 4; // no such thing in this half
     if (first || bytes != std::string(16, 'x'))
         return 3;

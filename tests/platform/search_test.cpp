@@ -16,7 +16,7 @@
 namespace
 {
 
-using platform::Search;
+using qvplatform::Search;
 using testsupport::TempDirectory;
 
 std::wstring wide(const std::string & utf8)
@@ -264,17 +264,17 @@ TEST_F(PlatformSearch, TellsAnEndFromAFailure)
 {
     Search search;
     ASSERT_TRUE(search.begin(inside(directory, L"*")));
-    platform::armGates({"next entry", 2, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"next entry", 2, 1, qvplatform::GateAnswer::Fail});
     EXPECT_TRUE(search.next());
     EXPECT_FALSE(search.hasFailed());
     EXPECT_FALSE(search.next());
     EXPECT_TRUE(search.hasFailed());
-    platform::disarmGates();
+    qvplatform::disarmGates();
 }
 
 TEST_F(PlatformSearch, LooksUpNarrowNamesAndPatterns)
 {
-    using platform::matchesSomething;
+    using qvplatform::matchesSomething;
     EXPECT_TRUE(matchesSomething(directory.text("c")));
     EXPECT_TRUE(matchesSomething(directory.text() + "\\c"));
     EXPECT_TRUE(matchesSomething(directory.text("*.txt")));
@@ -295,7 +295,7 @@ TEST(PlatformSearchPaths, MayBeOfAnyLength)
     while (path.size() < testsupport::possiblePathLength())
     {
         path += L'\\' + name;
-        ASSERT_TRUE(platform::makeDirectory(path));
+        ASSERT_TRUE(qvplatform::makeDirectory(path));
     }
     Search search;
     ASSERT_TRUE(search.begin(path));
@@ -304,7 +304,7 @@ TEST(PlatformSearchPaths, MayBeOfAnyLength)
     EXPECT_FALSE(Search().begin(path + L"\\none"));
     search.end();
     for (; path.size() > start; path.resize(path.size() - name.size() - 1))
-        ASSERT_TRUE(platform::removeDirectory(path));
+        ASSERT_TRUE(qvplatform::removeDirectory(path));
 }
 
 } // namespace

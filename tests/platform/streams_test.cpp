@@ -12,7 +12,7 @@
 namespace
 {
 
-using platform::GateAnswer;
+using qvplatform::GateAnswer;
 
 std::FILE * open(const testsupport::TempDirectory & directory, const char * mode)
 {
@@ -24,18 +24,18 @@ TEST(PlatformStreams, ReadWriteAndClose)
     const testsupport::TempDirectory directory;
     std::FILE * stream = open(directory, "wb");
     ASSERT_NE(stream, nullptr);
-    EXPECT_TRUE(platform::writeStream(stream, "1234567", 7));
-    EXPECT_TRUE(platform::closeStream(stream));
+    EXPECT_TRUE(qvplatform::writeStream(stream, "1234567", 7));
+    EXPECT_TRUE(qvplatform::closeStream(stream));
     stream = open(directory, "rb");
     char buffer[16] = {};
-    EXPECT_EQ(platform::readStream(stream, buffer, 4), 4U);
-    EXPECT_EQ(platform::readStream(stream, buffer, 16), 3U);
+    EXPECT_EQ(qvplatform::readStream(stream, buffer, 4), 4U);
+    EXPECT_EQ(qvplatform::readStream(stream, buffer, 16), 3U);
     EXPECT_EQ(std::string(buffer), "5674");
     EXPECT_NE(std::feof(stream), 0);
-    EXPECT_TRUE(platform::closeStream(stream));
+    EXPECT_TRUE(qvplatform::closeStream(stream));
     stream = open(directory, "rb");
-    EXPECT_FALSE(platform::writeStream(stream, "1", 1)) << "it is open for reading";
-    platform::closeStream(stream);
+    EXPECT_FALSE(qvplatform::writeStream(stream, "1", 1)) << "it is open for reading";
+    qvplatform::closeStream(stream);
     directory.remove("file");
 }
 
@@ -44,21 +44,21 @@ TEST(PlatformStreams, FailAndComeUpShortAtTheirGates)
     const testsupport::TempDirectory directory;
     std::FILE * stream = open(directory, "w+b");
     ASSERT_NE(stream, nullptr);
-    platform::armGates({nullptr, 1, 1, GateAnswer::Fail});
-    EXPECT_FALSE(platform::writeStream(stream, "12345678", 8));
-    platform::armGates({nullptr, 1, 1, GateAnswer::CutShort});
-    EXPECT_FALSE(platform::writeStream(stream, "12345678", 8));
-    platform::disarmGates();
+    qvplatform::armGates({nullptr, 1, 1, GateAnswer::Fail});
+    EXPECT_FALSE(qvplatform::writeStream(stream, "12345678", 8));
+    qvplatform::armGates({nullptr, 1, 1, GateAnswer::CutShort});
+    EXPECT_FALSE(qvplatform::writeStream(stream, "12345678", 8));
+    qvplatform::disarmGates();
     std::rewind(stream);
     char buffer[16] = {};
-    platform::armGates({nullptr, 1, 1, GateAnswer::Fail});
-    EXPECT_EQ(platform::readStream(stream, buffer, 16), 0U);
+    qvplatform::armGates({nullptr, 1, 1, GateAnswer::Fail});
+    EXPECT_EQ(qvplatform::readStream(stream, buffer, 16), 0U);
     EXPECT_EQ(std::feof(stream), 0);
-    platform::armGates({nullptr, 1, 1, GateAnswer::CutShort});
-    EXPECT_EQ(platform::readStream(stream, buffer, 4), 2U);
-    platform::armGates({nullptr, 1, 1, GateAnswer::Fail});
-    EXPECT_FALSE(platform::closeStream(stream));
-    platform::disarmGates();
+    qvplatform::armGates({nullptr, 1, 1, GateAnswer::CutShort});
+    EXPECT_EQ(qvplatform::readStream(stream, buffer, 4), 2U);
+    qvplatform::armGates({nullptr, 1, 1, GateAnswer::Fail});
+    EXPECT_FALSE(qvplatform::closeStream(stream));
+    qvplatform::disarmGates();
     EXPECT_EQ(directory.read("file"), "1234");
     directory.remove("file");
 }
@@ -68,15 +68,15 @@ TEST(PlatformStreams, WriteThroughToTheSystem)
     const testsupport::TempDirectory directory;
     std::FILE * const stream = open(directory, "wb");
     ASSERT_NE(stream, nullptr);
-    EXPECT_TRUE(platform::writeThrough(stream, "1234567", 7));
+    EXPECT_TRUE(qvplatform::writeThrough(stream, "1234567", 7));
     EXPECT_EQ(directory.read("file"), "1234567") << "while the stream is open";
-    EXPECT_TRUE(platform::writeThrough(stream, "8", 1));
+    EXPECT_TRUE(qvplatform::writeThrough(stream, "8", 1));
     EXPECT_EQ(directory.read("file"), "12345678");
     // What the stream itself still holds goes first.
-    EXPECT_TRUE(platform::writeStream(stream, "9", 1));
-    EXPECT_TRUE(platform::writeThrough(stream, "0", 1));
+    EXPECT_TRUE(qvplatform::writeStream(stream, "9", 1));
+    EXPECT_TRUE(qvplatform::writeThrough(stream, "0", 1));
     EXPECT_EQ(directory.read("file"), "1234567890");
-    EXPECT_TRUE(platform::closeStream(stream));
+    EXPECT_TRUE(qvplatform::closeStream(stream));
     directory.remove("file");
 }
 
@@ -87,19 +87,19 @@ TEST(PlatformStreams, DoNotWriteThroughWhereTheSystemRefuses)
     ASSERT_NE(stream, nullptr);
     for (const char * const service : {"write stream", "flush stream"})
     {
-        platform::armGates({service, 1, 1});
-        EXPECT_FALSE(platform::writeThrough(stream, "1", 1)) << service;
-        platform::disarmGates();
+        qvplatform::armGates({service, 1, 1});
+        EXPECT_FALSE(qvplatform::writeThrough(stream, "1", 1)) << service;
+        qvplatform::disarmGates();
     }
-    platform::closeStream(stream);
+    qvplatform::closeStream(stream);
     const std::string full = testsupport::fullDevice();
     directory.remove("file");
     if (full.empty())
         return;
     stream = std::fopen(full.c_str(), "ab");
     ASSERT_NE(stream, nullptr);
-    EXPECT_FALSE(platform::writeThrough(stream, "1", 1));
-    platform::closeStream(stream);
+    EXPECT_FALSE(qvplatform::writeThrough(stream, "1", 1));
+    qvplatform::closeStream(stream);
 }
 
 } // namespace

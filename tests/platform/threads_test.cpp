@@ -24,9 +24,9 @@ bool holdsNoMoreThan(const testsupport::ResourceSnapshot & before)
     return now.descriptors <= before.descriptors && now.threads <= before.threads;
 }
 
-using platform::joinThread;
-using platform::StartedThread;
-using platform::startThread;
+using qvplatform::joinThread;
+using qvplatform::StartedThread;
+using qvplatform::startThread;
 
 struct Seen
 {
@@ -40,8 +40,8 @@ struct Seen
 unsigned int look(void * argument)
 {
     Seen & seen = *static_cast<Seen *>(argument);
-    seen.id = platform::currentThreadId();
-    seen.pseudoHandle = platform::currentThreadPseudoHandle();
+    seen.id = qvplatform::currentThreadId();
+    seen.pseudoHandle = qvplatform::currentThreadPseudoHandle();
     seen.stackSize = testsupport::stackSizeOfThisThread();
     seen.leave.acquire();
     seen.ran = true;
@@ -54,7 +54,7 @@ TEST(PlatformThreads, RunTheirEntryAndTellTheirNumber)
     const StartedThread thread = startThread(look, &seen);
     ASSERT_NE(thread.handle, nullptr);
     EXPECT_NE(thread.id, 0U);
-    EXPECT_NE(thread.id, platform::currentThreadId());
+    EXPECT_NE(thread.id, qvplatform::currentThreadId());
     seen.leave.release();
     joinThread(thread.handle);
     EXPECT_TRUE(seen.ran) << "joining waits for the end";
@@ -65,7 +65,7 @@ TEST(PlatformThreads, HaveNumbersOfTheirOwnWhileTheyRun)
 {
     Seen seen[8];
     StartedThread threads[8];
-    std::set<std::uint32_t> ids = {platform::currentThreadId()};
+    std::set<std::uint32_t> ids = {qvplatform::currentThreadId()};
     for (int i = 0; i < 8; ++i)
     {
         threads[i] = startThread(look, &seen[i]);
@@ -86,7 +86,7 @@ TEST(PlatformThreads, ShareThePseudoHandleOfTheCallingThread)
     seen.leave.release();
     const StartedThread thread = startThread(look, &seen);
     joinThread(thread.handle);
-    EXPECT_EQ(seen.pseudoHandle, platform::currentThreadPseudoHandle());
+    EXPECT_EQ(seen.pseudoHandle, qvplatform::currentThreadPseudoHandle());
     EXPECT_NE(seen.pseudoHandle, nullptr);
 }
 
@@ -111,9 +111,9 @@ TEST(PlatformThreads, GiveANullHandleWhereTheSystemRefuses)
 {
     const auto before = testsupport::ResourceSnapshot::take();
     Seen seen;
-    platform::armGates({"start thread", 1, 1, platform::GateAnswer::Fail});
+    qvplatform::armGates({"start thread", 1, 1, qvplatform::GateAnswer::Fail});
     const StartedThread thread = startThread(look, &seen);
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(thread.handle, nullptr);
     EXPECT_TRUE(holdsNoMoreThan(before));
     EXPECT_FALSE(seen.ran);
@@ -154,9 +154,9 @@ TEST(PlatformThreads, AreInAnApartmentBetweenEnteringAndLeavingIt)
     std::thread(
         [&]
         {
-            platform::enterApartment();
+            qvplatform::enterApartment();
             inside = testsupport::currentApartment();
-            platform::leaveApartment();
+            qvplatform::leaveApartment();
             outside = testsupport::currentApartment();
         })
         .join();
@@ -169,27 +169,27 @@ TEST(PlatformThreads, SleepThroughSignals)
     using Clock = std::chrono::steady_clock;
     const testsupport::SignalStorm storm;
     const Clock::time_point start = Clock::now();
-    platform::sleepMilliseconds(50);
+    qvplatform::sleepMilliseconds(50);
     // The system's clock may tick a millisecond before the other one.
     EXPECT_GE(Clock::now() - start + std::chrono::milliseconds(1), std::chrono::milliseconds(50));
-    platform::sleepMilliseconds(0);
+    qvplatform::sleepMilliseconds(0);
 }
 
 TEST(PlatformThreads, AreNotStoppedWhileTheProcessGoesOn)
 {
-    EXPECT_FALSE(platform::areOtherThreadsStopped());
-    platform::armGates({"threads run on", 1, 1});
-    EXPECT_TRUE(platform::areOtherThreadsStopped());
-    EXPECT_FALSE(platform::areOtherThreadsStopped());
-    platform::disarmGates();
+    EXPECT_FALSE(qvplatform::areOtherThreadsStopped());
+    qvplatform::armGates({"threads run on", 1, 1});
+    EXPECT_TRUE(qvplatform::areOtherThreadsStopped());
+    EXPECT_FALSE(qvplatform::areOtherThreadsStopped());
+    qvplatform::disarmGates();
 }
 
 TEST(PlatformThreads, ShareTheNumberOfTheirProcess)
 {
-    const std::uint32_t own = platform::currentProcessId();
+    const std::uint32_t own = qvplatform::currentProcessId();
     EXPECT_NE(own, 0U);
     std::uint32_t there = 0;
-    std::thread other([&there] { there = platform::currentProcessId(); });
+    std::thread other([&there] { there = qvplatform::currentProcessId(); });
     other.join();
     EXPECT_EQ(there, own);
 }
@@ -198,20 +198,21 @@ TEST(PlatformThreads, HaveAnotherProcessInAForkedChild)
 {
     if (!testsupport::canFork())
         GTEST_SKIP() << "processes are not copied here";
-    const std::uint32_t own = platform::currentProcessId();
+    const std::uint32_t own = qvplatform::currentProcessId();
     EXPECT_EQ(
-        testsupport::runInForkedChild([own] { return platform::currentProcessId() != own ? 3 : 4; }), 3);
-    EXPECT_EQ(platform::currentProcessId(), own);
+        testsupport::runInForkedChild([own] { return qvplatform::currentProcessId() != own ? 3 : 4; }), 3);
+    EXPECT_EQ(qvplatform::currentProcessId(), own);
 }
 
 TEST(PlatformThreads, HaveAnotherNumberInAForkedChild)
 {
     if (!testsupport::canFork())
         GTEST_SKIP() << "processes are not copied here";
-    const std::uint32_t own = platform::currentThreadId();
-    EXPECT_EQ(platform::currentThreadId(), own);
-    EXPECT_EQ(testsupport::runInForkedChild([own] { return platform::currentThreadId() != own ? 3 : 4; }), 3);
-    EXPECT_EQ(platform::currentThreadId(), own);
+    const std::uint32_t own = qvplatform::currentThreadId();
+    EXPECT_EQ(qvplatform::currentThreadId(), own);
+    EXPECT_EQ(
+        testsupport::runInForkedChild([own] { return qvplatform::currentThreadId() != own ? 3 : 4; }), 3);
+    EXPECT_EQ(qvplatform::currentThreadId(), own);
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace
 // what outlives the static objects.
 TEST(PlatformUnloading, IsNotGoingOnWhileTheProgramRuns)
 {
-    EXPECT_FALSE(platform::isBeingUnloaded());
+    EXPECT_FALSE(qvplatform::isBeingUnloaded());
 }
 
 } // namespace

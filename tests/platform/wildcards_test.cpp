@@ -51,23 +51,23 @@ TEST(Wildcards, MatchRunsAndSingleCharacters)
     {
         SCOPED_TRACE(testing::PrintToString(std::wstring(row.pattern)) + " on " +
                      testing::PrintToString(std::wstring(row.name)));
-        EXPECT_EQ(platform::matchesWildcards(row.pattern, row.name), row.matches);
+        EXPECT_EQ(qvplatform::matchesWildcards(row.pattern, row.name), row.matches);
     }
 }
 
 TEST(Wildcards, TakeStarDotStarForEveryName)
 {
-    EXPECT_TRUE(platform::matchesWildcards(L"*.*", L"a"));
-    EXPECT_TRUE(platform::matchesWildcards(L"*.*", L"a.b"));
-    EXPECT_FALSE(platform::matchesWildcards(L"a*.*", L"ab")) << "only the whole pattern is special";
+    EXPECT_TRUE(qvplatform::matchesWildcards(L"*.*", L"a"));
+    EXPECT_TRUE(qvplatform::matchesWildcards(L"*.*", L"a.b"));
+    EXPECT_FALSE(qvplatform::matchesWildcards(L"a*.*", L"ab")) << "only the whole pattern is special";
 }
 
 TEST(Wildcards, AreTheTwoCharacters)
 {
-    EXPECT_TRUE(platform::hasWildcards(L"a*"));
-    EXPECT_TRUE(platform::hasWildcards(L"?"));
-    EXPECT_FALSE(platform::hasWildcards(L"a.b[c]"));
-    EXPECT_FALSE(platform::hasWildcards(L""));
+    EXPECT_TRUE(qvplatform::hasWildcards(L"a*"));
+    EXPECT_TRUE(qvplatform::hasWildcards(L"?"));
+    EXPECT_FALSE(qvplatform::hasWildcards(L"a.b[c]"));
+    EXPECT_FALSE(qvplatform::hasWildcards(L""));
 }
 
 TEST(Wildcards, DoNotTakeForEverOnAPatternOfManyStars)
@@ -76,7 +76,7 @@ TEST(Wildcards, DoNotTakeForEverOnAPatternOfManyStars)
     for (int i = 0; i < 100; ++i)
         pattern += L"*a";
     pattern += L"b";
-    EXPECT_FALSE(platform::matchesWildcards(pattern, std::wstring(250, L'a')));
+    EXPECT_FALSE(qvplatform::matchesWildcards(pattern, std::wstring(250, L'a')));
 }
 
 } // namespace

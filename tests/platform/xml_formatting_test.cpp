@@ -20,7 +20,7 @@ using comtesting::withPlainLines;
 /// Reads a document into itself through an indenting writer.
 HRESULT format(IXMLDOMDocument * document)
 {
-    const Com<IMXWriter> writer = comtesting::make<IMXWriter>(platform::xmlWriterClass());
+    const Com<IMXWriter> writer = comtesting::make<IMXWriter>(qvplatform::xmlWriterClass());
     const Com<ISAXContentHandler> content = query<ISAXContentHandler>(writer.get());
     const Com<ISAXErrorHandler> errors = query<ISAXErrorHandler>(writer.get());
     const Com<ISAXDTDHandler> types = query<ISAXDTDHandler>(writer.get());
@@ -29,7 +29,7 @@ HRESULT format(IXMLDOMDocument * document)
     EXPECT_EQ(writer->put_standalone(VARIANT_TRUE), S_OK);
     EXPECT_EQ(writer->put_indent(VARIANT_TRUE), S_OK);
     EXPECT_EQ(writer->put_encoding(Text(L"UTF-8")), S_OK);
-    const Com<ISAXXMLReader> reader = comtesting::make<ISAXXMLReader>(platform::saxReaderClass());
+    const Com<ISAXXMLReader> reader = comtesting::make<ISAXXMLReader>(qvplatform::saxReaderClass());
     EXPECT_EQ(reader->putContentHandler(content.get()), S_OK);
     EXPECT_EQ(reader->putDTDHandler(types.get()), S_OK);
     EXPECT_EQ(reader->putErrorHandler(errors.get()), S_OK);
@@ -108,7 +108,7 @@ TEST(XmlFormatting, ADocumentWithoutAnElementFails)
 TEST(XmlFormatting, AWriterTellsWhatItWasSetTo)
 {
     const Apartment apartment;
-    const Com<IMXWriter> writer = comtesting::make<IMXWriter>(platform::xmlWriterClass());
+    const Com<IMXWriter> writer = comtesting::make<IMXWriter>(qvplatform::xmlWriterClass());
     VARIANT_BOOL flag = VARIANT_FALSE;
     EXPECT_EQ(writer->put_indent(VARIANT_TRUE), S_OK);
     EXPECT_EQ(writer->get_indent(&flag), S_OK);

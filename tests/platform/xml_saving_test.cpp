@@ -233,7 +233,7 @@ TEST(XmlSaving, ADeepDocumentIsBuiltSavedCopiedAndFreedOnASmallStack)
             const Com<IXMLDOMDocument> document = makeDocument();
             Com<IXMLDOMNode> parent;
             ASSERT_EQ(document->QueryInterface(
-                          platform::idOf<IXMLDOMNode>(), reinterpret_cast<void **>(parent.receive())),
+                          qvplatform::idOf<IXMLDOMNode>(), reinterpret_cast<void **>(parent.receive())),
                 S_OK);
             const Text name(L"a");
             for (int i = 0; i < depth; ++i)

@@ -17,7 +17,7 @@ namespace testsupport
 namespace
 {
 
-using platform::GateAnswer;
+using qvplatform::GateAnswer;
 
 /// The fault of the present run, for the message of a crash.
 Fault present;
@@ -52,7 +52,7 @@ std::string describe(const Fault & fault)
     case Fault::Kind::Gate:
         break;
     }
-    const char * const service = platform::faultedGate();
+    const char * const service = qvplatform::faultedGate();
     return "with gate " + std::to_string(fault.number) + " (" +
            (service != nullptr ? service : "not reached") + ") " + name(fault.answer);
 }
@@ -60,7 +60,7 @@ std::string describe(const Fault & fault)
 /// Says which fault was at work before the program dies.
 [[noreturn]] void reportAndAbort()
 {
-    const char * const service = platform::faultedGate();
+    const char * const service = qvplatform::faultedGate();
     std::fprintf(stderr, "terminate was called under torture: kind %d, number %llu, %s, service %s\n",
         static_cast<int>(present.kind), static_cast<unsigned long long>(present.number), name(present.answer),
         service != nullptr ? service : "none");
@@ -146,7 +146,7 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
     Run run;
     Ending ending = Ending::Returned;
     {
-        platform::GateFault gateFault;
+        qvplatform::GateFault gateFault;
         gateFault.passage = fault.number;
         gateFault.repeats = fault.kind == Fault::Kind::Gate ? 1 : 0;
         gateFault.answer = fault.answer;
@@ -154,7 +154,7 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
         allocationFault.allocation = fault.kind == Fault::Kind::Allocation ? fault.number : 0;
         allocationFault.threads = options.threads;
 
-        platform::armGates(gateFault);
+        qvplatform::armGates(gateFault);
         const FailingAllocator window(allocationFault);
         presentWindow = &window;
         try
@@ -169,13 +169,13 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
         {
             ending = Ending::OtherException;
         }
-        platform::disarmGates();
+        qvplatform::disarmGates();
         run.faultHappened = fault.happened();
         run.allocationRefused = fault.isAllocation();
         run.allocations = window.allocations();
         presentWindow = nullptr;
     }
-    run.gatePassages = platform::gatePassages();
+    run.gatePassages = qvplatform::gatePassages();
     // A test part result that GoogleTest keeps is no leak of the scenario.
     if (testing::Test::HasFailure())
     {
@@ -228,12 +228,12 @@ void keepDescriptors(std::size_t count)
 
 bool Fault::happened() const
 {
-    return isAllocation() || (kind == Kind::Gate && platform::faultedGate() != nullptr);
+    return isAllocation() || (kind == Kind::Gate && qvplatform::faultedGate() != nullptr);
 }
 
 bool Fault::isGate(const char * service, GateAnswer withAnswer) const
 {
-    const char * const faulted = platform::faultedGate();
+    const char * const faulted = qvplatform::faultedGate();
     return kind == Kind::Gate && answer == withAnswer && faulted != nullptr &&
            std::strcmp(faulted, service) == 0;
 }

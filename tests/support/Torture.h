@@ -43,14 +43,14 @@ struct Fault
     Kind kind = Kind::None;
     /// Which passage or allocation, counted from 1.
     std::uint64_t number = 0;
-    platform::GateAnswer answer = platform::GateAnswer::Pass;
+    qvplatform::GateAnswer answer = qvplatform::GateAnswer::Pass;
 
     /// True if the fault has shown itself by now.
     [[nodiscard]] bool happened() const;
 
     /// True if it has shown itself by now and was a failure of this service.
     [[nodiscard]] bool isGate(
-        const char * service, platform::GateAnswer withAnswer = platform::GateAnswer::Fail) const;
+        const char * service, qvplatform::GateAnswer withAnswer = qvplatform::GateAnswer::Fail) const;
 
     /// True if an allocation has been refused by now.
     [[nodiscard]] bool isAllocation() const;
@@ -59,8 +59,8 @@ struct Fault
 struct TortureOptions
 {
     /// What the gates answer, one series of runs for each.
-    std::vector<platform::GateAnswer> answers = {
-        platform::GateAnswer::Fail, platform::GateAnswer::Interrupt, platform::GateAnswer::CutShort};
+    std::vector<qvplatform::GateAnswer> answers = {
+        qvplatform::GateAnswer::Fail, qvplatform::GateAnswer::Interrupt, qvplatform::GateAnswer::CutShort};
     bool failAllocations = true;
     /// Whose allocations fail.
     AllocatingThreads threads = AllocatingThreads::Calling;

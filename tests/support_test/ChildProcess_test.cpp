@@ -95,7 +95,7 @@ TEST(ChildProcess, OfACopyOfTheProgramIsStartedByItsPath)
     EXPECT_FALSE(missing.started);
     EXPECT_NE(missing.standardError, "");
     const std::string copy = directory.text("copy.exe");
-    std::filesystem::copy_file(platform::programPath(), copy);
+    std::filesystem::copy_file(qvplatform::programPath(), copy);
     const testsupport::ChildResult result = testsupport::runChildFrom(copy, "echoes", {"one"});
     EXPECT_TRUE(result.started) << result.standardError;
     EXPECT_EQ(result.exitCode, 1);

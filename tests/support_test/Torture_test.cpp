@@ -15,7 +15,7 @@ namespace
 {
 
 using namespace std::chrono_literals;
-using platform::GateAnswer;
+using qvplatform::GateAnswer;
 using testsupport::Fault;
 using testsupport::torture;
 using testsupport::TortureReport;
@@ -23,13 +23,13 @@ using testsupport::TortureReport;
 /// A service as they are in the library: it opens something, and writes in two parts.
 bool saveService(bool & handledShortWrite)
 {
-    if (platform::gateFails("open"))
+    if (qvplatform::gateFails("open"))
         return false;
     for (int part = 0; part < 2; ++part)
     {
-        GateAnswer answer = platform::passGate("write");
+        GateAnswer answer = qvplatform::passGate("write");
         while (answer == GateAnswer::Interrupt)
-            answer = platform::passGate("write");
+            answer = qvplatform::passGate("write");
         if (answer == GateAnswer::Fail)
             return false;
         if (answer == GateAnswer::CutShort)
@@ -115,7 +115,7 @@ void loseMemoryOnFailure()
         [](const Fault &)
         {
             int * const block = new int(1);
-            if (platform::gateFails("open"))
+            if (qvplatform::gateFails("open"))
             {
                 lost = block;
                 return;
@@ -141,7 +141,7 @@ void loseDescriptorOnFailure()
         [&](const Fault &)
         {
             std::FILE * const file = std::fopen(path.c_str(), "rb");
-            if (platform::gateFails("write"))
+            if (qvplatform::gateFails("write"))
             {
                 lostFile = file;
                 return;
@@ -172,7 +172,7 @@ void throwSomethingElse()
             {
                 throw 1;
             }
-            if (platform::gateFails("open"))
+            if (qvplatform::gateFails("open"))
                 throw 2;
         });
 }
@@ -189,7 +189,7 @@ void runForEver()
         [](const Fault & fault)
         {
             for (std::uint64_t i = 0; i <= fault.number; ++i)
-                platform::passGate("endless");
+                qvplatform::passGate("endless");
         },
         {.failAllocations = false, .mostFaults = 20});
 }

@@ -53,7 +53,7 @@ TEST(Utf, ConvertsZeroBytesLikeAnyOther)
 std::vector<std::pair<std::string, const Vontal::UtfSteps *>> steps()
 {
     std::vector<std::pair<std::string, const Vontal::UtfSteps *>> all = {{"plain", &Vontal::plainUtfSteps}};
-    if (platform::canPickBytes())
+    if (qvplatform::canPickBytes())
         all.emplace_back("picking", &Vontal::pickingUtfSteps);
     return all;
 }

@@ -472,11 +472,11 @@ TEST_F(DiskTorture, TemporaryFilesAreGivenOutOrNotThere)
 
 TEST_F(DiskTorture, ATemporaryFileIsGivenUpAfterAHundredThousandAttempts)
 {
-    platform::armGates({"create file", 1, 1'000'000, platform::GateAnswer::Fail});
+    qvplatform::armGates({"create file", 1, 1'000'000, qvplatform::GateAnswer::Fail});
     u8string out = "before";
     EXPECT_FALSE(qvdisk::createTempFile(at("temporary"), u8string("a"), u8string("b"), out));
-    platform::disarmGates();
-    EXPECT_EQ(platform::gatePassages(), 100'000U);
+    qvplatform::disarmGates();
+    EXPECT_EQ(qvplatform::gatePassages(), 100'000U);
     EXPECT_EQ(out, "before");
     EXPECT_EQ(temporaries(), 0);
 }

@@ -31,13 +31,13 @@ protected:
     }
     ~LogTorture() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
         directory.clear();
     }
 
     static void onDay(int day)
     {
-        platform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
+        qvplatform::setLocalNow({2026, 11, day, 12, 0, 0, 0});
     }
 
     [[nodiscard]] bool contains(int day, const std::string & text) const

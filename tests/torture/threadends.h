@@ -18,7 +18,7 @@ inline void closeTheLast()
     const qvbase::ThreadMutexGuard guard(qvbase::threadRegistry.threadRegistryMutex, true);
     while (!qvbase::threadRegistry.endedThreads.empty())
     {
-        platform::joinThread(qvbase::threadRegistry.endedThreads.front());
+        qvplatform::joinThread(qvbase::threadRegistry.endedThreads.front());
         qvbase::threadRegistry.endedThreads.pop_front();
     }
 }

@@ -153,7 +153,7 @@ testsupport::TortureOptions unpackingOptions()
 {
     testsupport::TortureOptions options;
     if (testsupport::isSlow)
-        options.answers = {platform::GateAnswer::Fail};
+        options.answers = {qvplatform::GateAnswer::Fail};
     return options;
 }
 

@@ -30,7 +30,7 @@ Com<Interface> tryMaking(REFCLSID classId, const Fault & fault)
 {
     void * object = nullptr;
     expectExplained(
-        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, platform::idOf<Interface>(), &object),
+        CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, qvplatform::idOf<Interface>(), &object),
         fault);
     return comtesting::adopt<Interface>(object);
 }
@@ -38,7 +38,7 @@ Com<Interface> tryMaking(REFCLSID classId, const Fault & fault)
 /// A document of this text, or nothing.
 Com<IXMLDOMDocument> tryLoading(const wchar_t * text, const Fault & fault)
 {
-    Com<IXMLDOMDocument> document = tryMaking<IXMLDOMDocument>(platform::domDocumentClass(), fault);
+    Com<IXMLDOMDocument> document = tryMaking<IXMLDOMDocument>(qvplatform::domDocumentClass(), fault);
     const Text xml(text);
     VARIANT_BOOL isSuccessful = VARIANT_FALSE;
     if (document)
@@ -131,8 +131,8 @@ TEST(XmlServiceTorture, ADocumentIsFormattedOrFails)
         {
             const Apartment apartment;
             const Com<IXMLDOMDocument> document = tryLoading(source, fault);
-            const Com<IMXWriter> writer = tryMaking<IMXWriter>(platform::xmlWriterClass(), fault);
-            const Com<ISAXXMLReader> reader = tryMaking<ISAXXMLReader>(platform::saxReaderClass(), fault);
+            const Com<IMXWriter> writer = tryMaking<IMXWriter>(qvplatform::xmlWriterClass(), fault);
+            const Com<ISAXXMLReader> reader = tryMaking<ISAXXMLReader>(qvplatform::saxReaderClass(), fault);
             if (!document || !writer || !reader)
                 return;
             const Com<ISAXContentHandler> content = comtesting::query<ISAXContentHandler>(writer.get());

@@ -15,7 +15,7 @@ class TimeProfilerByAClock : public testing::Test
 protected:
     ~TimeProfilerByAClock() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 };
 
@@ -43,12 +43,12 @@ TEST_F(TimeProfilerByAClock, DropsTheFractionOfAMillisecond)
     {
         SCOPED_TRACE(row.units);
         TimeProfiler profiler;
-        platform::setFileTimeNow(moment);
+        qvplatform::setFileTimeNow(moment);
         profiler.start();
-        platform::setFileTimeNow(moment + row.units);
+        qvplatform::setFileTimeNow(moment + row.units);
         EXPECT_EQ(profiler.getElapsedTime(), row.expected) << "running";
         profiler.stop();
-        platform::setFileTimeNow(moment + 77'777'777);
+        qvplatform::setFileTimeNow(moment + 77'777'777);
         EXPECT_EQ(profiler.getElapsedTime(), row.expected) << "stopped";
     }
 }
@@ -56,9 +56,9 @@ TEST_F(TimeProfilerByAClock, DropsTheFractionOfAMillisecond)
 TEST_F(TimeProfilerByAClock, TakesADifferenceBelowZeroAsUnsigned)
 {
     TimeProfiler profiler;
-    platform::setFileTimeNow(moment);
+    qvplatform::setFileTimeNow(moment);
     profiler.start();
-    platform::setFileTimeNow(moment - 10000);
+    qvplatform::setFileTimeNow(moment - 10000);
     profiler.stop();
     // (2^64 - 10000) / 10000 = 1844674407370954, which is 3133608138 modulo 2^32.
     const std::uint64_t quotient = (std::numeric_limits<std::uint64_t>::max() - 9999) / 10000;
@@ -69,16 +69,16 @@ TEST_F(TimeProfilerByAClock, TakesADifferenceBelowZeroAsUnsigned)
 TEST_F(TimeProfilerByAClock, MayBeStoppedWithoutRunningAndStartedAgain)
 {
     TimeProfiler profiler;
-    platform::setFileTimeNow(moment);
+    qvplatform::setFileTimeNow(moment);
     profiler.start();
-    platform::setFileTimeNow(moment + 10000);
+    qvplatform::setFileTimeNow(moment + 10000);
     profiler.stop();
-    platform::setFileTimeNow(moment + 50000);
+    qvplatform::setFileTimeNow(moment + 50000);
     profiler.stop();
     EXPECT_FALSE(profiler.isRunning());
     EXPECT_EQ(profiler.getElapsedTime(), 5U) << "the later stop counts";
     profiler.start();
-    platform::setFileTimeNow(moment + 70000);
+    qvplatform::setFileTimeNow(moment + 70000);
     EXPECT_EQ(profiler.getElapsedTime(), 2U);
 }
 

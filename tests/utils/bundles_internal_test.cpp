@@ -48,13 +48,13 @@ class FailingGate
 public:
     explicit FailingGate(const char * service, std::uint64_t passage = 1, std::uint64_t repeats = 1)
     {
-        platform::armGates({service, passage, repeats});
+        qvplatform::armGates({service, passage, repeats});
     }
     FailingGate(const FailingGate &) = delete;
     FailingGate & operator=(const FailingGate &) = delete;
     ~FailingGate()
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
     }
 };
 
@@ -120,10 +120,10 @@ TEST(MultiLanguageBundleImpl, SeeksALanguageOnceAlsoWhereItFindsNothing)
     const FailingGate counting("begin search", 1, 0);
     EXPECT_EQ(bundle->getString("k", "de_AT"), "k");
     // Two forms of de_AT, de, en_US and en, and one without a language.
-    EXPECT_EQ(platform::gatePassages(), 9U);
+    EXPECT_EQ(qvplatform::gatePassages(), 9U);
     EXPECT_EQ(bundle->getString("k", "de_AT"), "k");
     bundle->setLanguage("de_AT");
-    EXPECT_EQ(platform::gatePassages(), 9U);
+    EXPECT_EQ(qvplatform::gatePassages(), 9U);
     Reference<ResourceBundle> out;
     EXPECT_TRUE(bundle->getBundle(out));
     EXPECT_EQ(out, qvutils::emptyResourceBundle);
@@ -137,10 +137,10 @@ TEST(MultiLanguageBundleImpl, KeptSeeksAmericanEnglishTwice)
     const FailingGate counting("begin search", 1, 0);
     bundle->setLanguage("en_US");
     // en_US, en, en_US again, en again, none.
-    EXPECT_EQ(platform::gatePassages(), 9U);
+    EXPECT_EQ(qvplatform::gatePassages(), 9U);
     bundle->setLanguage("");
     // None, en_US, en, none again.
-    EXPECT_EQ(platform::gatePassages(), 9U + 6U);
+    EXPECT_EQ(qvplatform::gatePassages(), 9U + 6U);
 }
 
 TEST(MultiLanguageBundleImpl, PassesOverAFileThatCannotBeOpened)
@@ -167,7 +167,7 @@ TEST(MultiLanguageBundleImpl, KeptTakesAFileThatTheSystemCannotReadForAnEmptyOne
         new ReferencedImplMT<MultiLanguageBundleImpl>("menu", files.root()));
     const FailingGate gate("read stream");
     EXPECT_EQ(bundle->getString("k", "de"), "k");
-    EXPECT_STREQ(platform::faultedGate(), "read stream");
+    EXPECT_STREQ(qvplatform::faultedGate(), "read stream");
 }
 
 constexpr int good = 3;
@@ -189,7 +189,7 @@ TEST(ResourceManagerImpl, SeeksTheFilesOfTheProcessBesideItsProgram)
     const BundleFiles files;
     files.lay("locale/menu.properties", "k=text\n");
     const std::string program = std::string(files.root()) + "/program.exe";
-    std::filesystem::copy_file(platform::programPath(), program);
+    std::filesystem::copy_file(qvplatform::programPath(), program);
     const testsupport::ChildResult child =
         testsupport::runChildFrom(program, "looksBesideItself", {"elsewhere"});
     EXPECT_EQ(child.exitCode, good) << child.standardError;

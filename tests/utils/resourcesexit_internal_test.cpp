@@ -75,7 +75,7 @@ public:
         {
             std::_Exit(wrongText);
         }
-        if (platform::isBeingUnloaded())
+        if (qvplatform::isBeingUnloaded())
             std::_Exit(wrongState);
     }
 

@@ -11,9 +11,9 @@ namespace
 TEST(GenerateUuid, LeavesItsTextAloneWhereTheSystemRefuses)
 {
     Vontal::u8string text = "before";
-    platform::armGates({"make uuid", 1, 1});
+    qvplatform::armGates({"make uuid", 1, 1});
     EXPECT_FALSE(qvutils::generateUUID(text));
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(text, "before");
 }
 
@@ -22,7 +22,7 @@ TEST(GenerateUuid, WritesEachFieldWithItsMostSignificantByteFirst)
     const struct
     {
         const char * label;
-        platform::Uuid uuid;
+        qvplatform::Uuid uuid;
         const char * expected;
     } rows[] = {
         {"a different digit in each place",

@@ -45,8 +45,8 @@ DocumentReference emptyDocument()
     EXPECT_NE(initialised.create("a"), nullptr);
     DocumentReference document;
     void * made = nullptr;
-    EXPECT_TRUE(SUCCEEDED(CoCreateInstance(platform::domDocumentClass(), nullptr, CLSCTX_INPROC_SERVER,
-        platform::idOf<IXMLDOMDocument>(), &made)));
+    EXPECT_TRUE(SUCCEEDED(CoCreateInstance(qvplatform::domDocumentClass(), nullptr, CLSCTX_INPROC_SERVER,
+        qvplatform::idOf<IXMLDOMDocument>(), &made)));
     *document.receive() = static_cast<IXMLDOMDocument *>(made);
     return document;
 }
@@ -199,8 +199,8 @@ TEST(XmlDocument, InitialisesComOnAThreadAndLeavesItSo)
                 EXPECT_TRUE(document.loadBuffer("<a/>"));
             }
             void * made = nullptr;
-            result = CoCreateInstance(platform::domDocumentClass(), nullptr, CLSCTX_INPROC_SERVER,
-                platform::idOf<IXMLDOMDocument>(), &made);
+            result = CoCreateInstance(qvplatform::domDocumentClass(), nullptr, CLSCTX_INPROC_SERVER,
+                qvplatform::idOf<IXMLDOMDocument>(), &made);
             if (SUCCEEDED(result))
                 static_cast<IXMLDOMDocument *>(made)->Release();
         })

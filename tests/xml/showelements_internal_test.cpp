@@ -15,7 +15,7 @@ namespace
 {
 
 /// Writes down what it is shown, and may give up.
-class Recorder final : public platform::ElementVisitor
+class Recorder final : public qvplatform::ElementVisitor
 {
 public:
     explicit Recorder(int mostCalls = 1000000) : m_left(mostCalls)

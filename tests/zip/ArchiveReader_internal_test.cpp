@@ -50,10 +50,10 @@ private:
 template <class Action>
 std::uint64_t readsOf(Action action)
 {
-    platform::armGates({.service = "read file", .repeats = 0});
+    qvplatform::armGates({.service = "read file", .repeats = 0});
     action();
-    platform::disarmGates();
-    return platform::gatePassages();
+    qvplatform::disarmGates();
+    return qvplatform::gatePassages();
 }
 
 Archive archiveOf(int count, std::size_t size)
@@ -126,10 +126,10 @@ TEST(OpenZip, TellsWhatTheSystemRefused)
         {
             SCOPED_TRACE(row.service);
             void * const source = row.kind == ZipKindFile ? path.data() : handle.get();
-            platform::armGates({.service = row.service});
+            qvplatform::armGates({.service = row.service});
             EXPECT_EQ(OpenZipU(source, 0, row.kind), nullptr);
-            EXPECT_NE(platform::faultedGate(), nullptr);
-            platform::disarmGates();
+            EXPECT_NE(qvplatform::faultedGate(), nullptr);
+            qvplatform::disarmGates();
             EXPECT_EQ(lastMessage(), row.message);
         }
         {
@@ -160,10 +160,10 @@ TEST(UnzipToFile, GivesTheFileAllAttributesThatTheSystemKnows)
         const OpenArchive opened(archive.build());
         std::wstring path = wide(directory.text("out"));
         EXPECT_EQ(UnzipItem(opened.get(), 0, path.data(), 0, ZipKindFile), 0U);
-        platform::FileInformation information;
-        const platform::Handle file = platform::openForReading(path);
-        EXPECT_TRUE(platform::readFileInformation(file, information));
-        platform::closeHandle(file);
+        qvplatform::FileInformation information;
+        const qvplatform::Handle file = qvplatform::openForReading(path);
+        EXPECT_TRUE(qvplatform::readFileInformation(file, information));
+        qvplatform::closeHandle(file);
         EXPECT_EQ(information.attributes & known, row.expected & known);
         testsupport::setReadOnly(directory.text("out"), false);
         directory.remove("out");
@@ -246,9 +246,9 @@ TEST(ArchiveReader, TriesAgainWhatTheSystemRefusedOnce)
     {
         SCOPED_TRACE(passage);
         ArchiveReader reader;
-        platform::armGates({.service = "read file", .passage = passage});
+        qvplatform::armGates({.service = "read file", .passage = passage});
         const zip::Result opened = reader.open(path.data(), 0, ZipKindFile);
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_EQ(opened, passage == 1 ? 0xFFFFFFFFU : 0U) << "the first entry need not be readable";
         if (opened != 0)
             continue;
@@ -287,10 +287,10 @@ TEST(ArchiveReader, ReadsANameAgainThatTheSystemRefusedOnce)
             ArchiveReader & reader = *again.reader;
             EXPECT_EQ(reader.getItem(0, entry), 0U);
             // That is more than either call does, and none of them gets as far as a header.
-            platform::armGates({.service = "read file", .repeats = 3});
+            qvplatform::armGates({.service = "read file", .repeats = 3});
             const zip::Result first =
                 searchesFirst ? reader.findItem(L"item 1", false, index) : reader.getItem(1, entry);
-            platform::disarmGates();
+            qvplatform::disarmGates();
             EXPECT_EQ(first, searchesFirst ? 0x500U : 0x700U);
             EXPECT_EQ(reader.findItem(L"item 1", false, index), 0U);
             EXPECT_EQ(index, 1);

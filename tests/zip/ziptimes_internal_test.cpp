@@ -12,7 +12,7 @@
 namespace
 {
 
-using platform::CivilTime;
+using qvplatform::CivilTime;
 
 /// The file time of a count of seconds since 1970.
 constexpr std::uint64_t fileTime(std::int64_t seconds)
@@ -27,7 +27,7 @@ class ZipTimes : public testing::Test
 protected:
     ~ZipTimes() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 };
 
@@ -141,7 +141,7 @@ struct DifferenceRow
 TEST_F(ZipTimes, TellByHowManyMinutesTheLocalClockIsAhead)
 {
     // 2001-02-03 04:05:06 in UTC.
-    platform::setFileTimeNow(fileTime(981'173'106));
+    qvplatform::setFileTimeNow(fileTime(981'173'106));
     const DifferenceRow rows[] = {{"none", {2001, 2, 3, 4, 5, 6, 0}, 0},
         {"Kathmandu", {2001, 2, 3, 9, 50, 6, 0}, 345}, {"read later", {2001, 2, 3, 9, 50, 35, 999}, 345},
         {"read earlier", {2001, 2, 3, 9, 49, 36, 1}, 345}, {"half a minute", {2001, 2, 3, 9, 50, 36, 0}, 346},
@@ -151,15 +151,15 @@ TEST_F(ZipTimes, TellByHowManyMinutesTheLocalClockIsAhead)
     for (const DifferenceRow & row : rows)
     {
         SCOPED_TRACE(row.label);
-        platform::setLocalNow(row.local);
+        qvplatform::setLocalNow(row.local);
         EXPECT_EQ(zip::localMinusUtc(), row.minutes * minute);
     }
 }
 
 TEST_F(ZipTimes, TakeThePresentFromTheLocalClock)
 {
-    platform::setLocalNow({2001, 2, 3, 4, 5, 6, 789});
-    platform::setFileTimeNow(fileTime(0));
+    qvplatform::setLocalNow({2001, 2, 3, 4, 5, 6, 789});
+    qvplatform::setFileTimeNow(fileTime(0));
     EXPECT_EQ(zip::localFileTimeNow(), fileTime(981'173'106) + 7'890'000);
 }
 
@@ -202,7 +202,7 @@ VONTALBASE_TEST_CHILD(countsSecondsInZones, arguments)
     {
         ++number;
         testsupport::takeZone(row.zone);
-        platform::refreshTimeZone();
+        qvplatform::refreshTimeZone();
         if (zip::secondsOfLocalFileTime(zip::fileTimeOf(row.local)) !=
             static_cast<std::uint32_t>(row.seconds))
             return number;

@@ -23,7 +23,7 @@
 namespace
 {
 
-using platform::GateAnswer;
+using qvplatform::GateAnswer;
 using testsupport::HandleAccess;
 using testsupport::OwnedHandle;
 using testsupport::TempDirectory;
@@ -34,7 +34,7 @@ class ZipWriterFaults : public testing::Test
 protected:
     ~ZipWriterFaults() override
     {
-        platform::disarmGates();
+        qvplatform::disarmGates();
         directory.clear();
     }
 
@@ -42,7 +42,7 @@ protected:
     static void arm(const char * service, std::uint64_t passage = 1, std::uint64_t repeats = 1,
         GateAnswer answer = GateAnswer::Fail)
     {
-        platform::armGates({service, passage, repeats, answer});
+        qvplatform::armGates({service, passage, repeats, answer});
     }
 
     /// Adds an item while a service fails.
@@ -51,8 +51,8 @@ protected:
     {
         arm(service, passage, 1, answer);
         const Vontal::ulong32 result = addMemory(archive, name, content);
-        EXPECT_NE(platform::faultedGate(), nullptr) << "nothing failed";
-        platform::disarmGates();
+        EXPECT_NE(qvplatform::faultedGate(), nullptr) << "nothing failed";
+        qvplatform::disarmGates();
         return result;
     }
 
@@ -85,7 +85,7 @@ TEST_F(ZipWriterFaults, MakeAFileATargetThatCannotBeRepositioned)
         testsupport::writeToHandle(handle.get(), "front");
         arm(service);
         const HZIP archive = createHandle(handle.get());
-        platform::disarmGates();
+        qvplatform::disarmGates();
         ASSERT_NE(archive, nullptr);
         EXPECT_EQ(addMemory(archive, L"a", "a"), 0U);
         EXPECT_EQ(CloseZipZ(archive), 0U);
@@ -105,7 +105,7 @@ TEST_F(ZipWriterFaults, InOpeningSources)
     }
     arm("kind of file");
     EXPECT_EQ(addFile(archive, L"pipe", directory.text("file")), 0U) << "it is read like a pipe";
-    platform::disarmGates();
+    qvplatform::disarmGates();
     EXPECT_EQ(addFile(archive, L"file", directory.text("file")), 0U) << "none of them has stayed open";
     expectArchive(closeMemory(archive), {{"pipe", deflated, "file"}, {"file", deflated, "file", 0x81800020}});
 }
@@ -128,7 +128,7 @@ TEST_F(ZipWriterFaults, InReadingAreTheEndOfTheSource)
                 content.substr(0, std::min(size, content.size())), 0x81800020});
         }
     }
-    platform::disarmGates();
+    qvplatform::disarmGates();
     expectArchive(closeMemory(archive), items);
 }
 
@@ -198,7 +198,7 @@ TEST_F(ZipWriterFaults, AreNoneWhereTheSystemOnlyInterrupts)
         arm("read file", 2, 3, answer);
         directory.write("file", noise(large));
         EXPECT_EQ(addFile(archive, L"b.gz", directory.text("file")), 0U);
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_EQ(CloseZipZ(archive), 0U);
         expectArchive(directory.read("a.zip"),
             {{"a.gz", stored, noise(large)}, {"b.gz", stored, noise(large), 0x81800020}});
@@ -273,11 +273,11 @@ Vontal::ulong32 sealFolders(std::string & block, const std::vector<const wchar_t
     const HZIP archive = CreateZipZ(block.data(), static_cast<unsigned int>(block.size()), ZipKindMemory);
     for (const wchar_t * const name : names)
         EXPECT_EQ(addFolder(archive, name), 0U);
-    platform::armGates({"memory mapping", 1, 100, GateAnswer::Fail});
+    qvplatform::armGates({"memory mapping", 1, 100, GateAnswer::Fail});
     Vontal::ulong32 length = 0;
     EXPECT_EQ(ZipGetMemory(archive, nullptr, &length), 0U);
     EXPECT_EQ(CloseZipZ(archive), 0x400U);
-    platform::disarmGates();
+    qvplatform::disarmGates();
     return length;
 }
 
@@ -355,7 +355,7 @@ TEST_F(ZipWriterFaults, InClosingAFileAreToldAndItIsClosed)
         arm("close file");
         EXPECT_EQ(CloseZipZ(archive), 0x400U);
         EXPECT_EQ(lastMessage(), "Error writing to file");
-        platform::disarmGates();
+        qvplatform::disarmGates();
         EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
     }
 }
@@ -377,9 +377,9 @@ Vontal::ulong32 writeWithinLimit(const std::string & path, bool isHandle, const 
                          addMemory(archive, L"bad.gz", noise(large)) == 0x400 &&
                          addMemory(archive, L"last", "last") == 0;
     if (fault != nullptr)
-        platform::armGates({fault, 1, 1, GateAnswer::Fail});
+        qvplatform::armGates({fault, 1, 1, GateAnswer::Fail});
     const Vontal::ulong32 result = CloseZipZ(archive);
-    platform::disarmGates();
+    qvplatform::disarmGates();
     return isRight ? result : 1;
 }
 
@@ -473,8 +473,8 @@ TEST_F(ZipWriterFaults, InAddingFoldersStopTheAdding)
         const HZIP archive = createMemory();
         arm(row.service, row.passage);
         EXPECT_EQ(AddFolderContent(archive, root.data(), name.data()), 0);
-        EXPECT_NE(platform::faultedGate(), nullptr);
-        platform::disarmGates();
+        EXPECT_NE(qvplatform::faultedGate(), nullptr);
+        qvplatform::disarmGates();
         itemsOf(closeMemory(archive));
     }
     EXPECT_EQ(withoutMemory([&] { return AddFolderContent(nullptr, root.data(), name.data()); }), 0);

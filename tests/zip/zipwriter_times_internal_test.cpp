@@ -49,14 +49,14 @@ class ZipWriterTimes : public testing::Test
 protected:
     ~ZipWriterTimes() override
     {
-        platform::resetClocks();
+        qvplatform::resetClocks();
     }
 };
 
 TEST_F(ZipWriterTimes, OfMemoryPipesAndFoldersAreThePresentLocalTime)
 {
-    platform::setLocalNow({2001, 2, 3, 4, 5, 7, 890});
-    platform::setFileTimeNow(fileTime(0));
+    qvplatform::setLocalNow({2001, 2, 3, 4, 5, 7, 890});
+    qvplatform::setFileTimeNow(fileTime(0));
     const std::uint32_t seconds = standardSeconds(2001, 2, 3, 4, 5, 7);
     const ItemTimes times = {seconds, seconds, seconds, 0x2A4320A3};
     const HZIP archive = createMemory();
@@ -87,8 +87,8 @@ TEST_F(ZipWriterTimes, OfAFileAreItsOwnShiftedByTheDifferenceOfTheClocks)
     const std::int64_t accessed = testsupport::secondsNow() + 3'600;
     testsupport::setTimesOfFile(directory.text("file"), {accessed, 981'173'107, 946'684'800});
     // 5 hours and 45 minutes ahead, read a little later.
-    platform::setFileTimeNow(fileTime(1'000'000'000));
-    platform::setLocalNow({2001, 9, 9, 7, 31, 41, 0});
+    qvplatform::setFileTimeNow(fileTime(1'000'000'000));
+    qvplatform::setLocalNow({2001, 9, 9, 7, 31, 41, 0});
     const HZIP archive = createMemory();
     EXPECT_EQ(addFile(archive, L"file.gz", directory.text("file")), 0U);
     const std::int64_t created = testsupport::timesOfFile(directory.text("file")).created;
@@ -145,11 +145,11 @@ VONTALBASE_TEST_CHILD(datesFileInZone, arguments)
     testsupport::takeZone(row.zone);
     const std::string path = arguments.at(0);
     testsupport::setTimesOfFile(path, {row.changed, row.changed, row.changed});
-    platform::setFileTimeNow(fileTime(row.now));
+    qvplatform::setFileTimeNow(fileTime(row.now));
     const std::time_t moment = row.now;
     const std::tm local = *std::localtime(&moment);
-    platform::setLocalNow({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
-        local.tm_sec, 0});
+    qvplatform::setLocalNow({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+        local.tm_min, local.tm_sec, 0});
     const HZIP archive = createMemory();
     if (addFile(archive, L"file", path) != 0)
         return 20;

@@ -4,7 +4,7 @@
 
 #include <sys/mman.h>
 
-namespace platform
+namespace qvplatform
 {
 
 void * takeBlock(std::size_t size) noexcept
@@ -22,4 +22,4 @@ void giveBlock(void * block, std::size_t size) noexcept
         munmap(block, size);
 }
 
-} // namespace platform
+} // namespace qvplatform

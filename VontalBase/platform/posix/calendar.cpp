@@ -1,6 +1,6 @@
 #include "VontalBase/platform/calendar.h"
 
-namespace platform
+namespace qvplatform
 {
 
 bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept
@@ -14,4 +14,4 @@ bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept
     return false;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -67,4 +67,4 @@ void refreshTimeZone() noexcept
     tzset();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Bytes that can grow.
@@ -46,4 +46,4 @@ private:
     unsigned int m_locks = 0;
 };
 
-} // namespace platform
+} // namespace qvplatform

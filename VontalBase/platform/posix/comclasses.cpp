@@ -36,17 +36,17 @@ HRESULT CoCreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD, REFIID iid, L
     if (initializations == 0)
         return CO_E_NOTINITIALIZED;
     IUnknown * (*make)() = nullptr;
-    if (classId == platform::domDocumentClass())
-        make = platform::makeXmlDocument;
-    else if (classId == platform::xmlWriterClass())
-        make = platform::makeXmlWriter;
-    else if (classId == platform::saxReaderClass())
-        make = platform::makeXmlReader;
+    if (classId == qvplatform::domDocumentClass())
+        make = qvplatform::makeXmlDocument;
+    else if (classId == qvplatform::xmlWriterClass())
+        make = qvplatform::makeXmlWriter;
+    else if (classId == qvplatform::saxReaderClass())
+        make = qvplatform::makeXmlReader;
     else
         return REGDB_E_CLASSNOTREG;
     if (outer != nullptr)
         return CLASS_E_NOAGGREGATION;
-    if (platform::gateFails("object creation"))
+    if (qvplatform::gateFails("object creation"))
         return E_OUTOFMEMORY;
     IUnknown * const made = make();
     if (made == nullptr)

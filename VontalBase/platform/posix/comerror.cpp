@@ -1,6 +1,6 @@
 #include "VontalBase/platform/comerror.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -59,4 +59,4 @@ std::wstring systemErrorMessage(HRESULT result)
     return {};
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/comobject.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -130,16 +130,16 @@ thread_local qvbase::ReferenceMSCom<IErrorInfo> lastError;
 
 } // namespace
 
-} // namespace platform
+} // namespace qvplatform
 
 HRESULT GetErrorInfo(ULONG reserved, IErrorInfo ** info)
 {
     if (reserved != 0 || info == nullptr)
         return E_INVALIDARG;
     *info = nullptr;
-    if (platform::gateFails("thread error"))
+    if (qvplatform::gateFails("thread error"))
         return E_FAIL;
-    *info = platform::lastError.detach();
+    *info = qvplatform::lastError.detach();
     return *info != nullptr ? S_OK : S_FALSE;
 }
 
@@ -147,7 +147,7 @@ HRESULT SetErrorInfo(ULONG reserved, IErrorInfo * info)
 {
     if (reserved != 0)
         return E_INVALIDARG;
-    platform::lastError = qvbase::ReferenceMSCom<IErrorInfo>(info);
+    qvplatform::lastError = qvbase::ReferenceMSCom<IErrorInfo>(info);
     return S_OK;
 }
 
@@ -155,7 +155,7 @@ HRESULT CreateErrorInfo(ICreateErrorInfo ** info)
 {
     if (info == nullptr)
         return E_INVALIDARG;
-    *info = platform::gateFails("error record") ? nullptr : new (std::nothrow) platform::ErrorInfo;
+    *info = qvplatform::gateFails("error record") ? nullptr : new (std::nothrow) qvplatform::ErrorInfo;
     return *info != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
@@ -210,7 +210,7 @@ const char * _com_error::ErrorMessage() const
 {
     if (m_message == nullptr)
     {
-        const std::wstring text = platform::comErrorMessage(m_result);
+        const std::wstring text = qvplatform::comErrorMessage(m_result);
         m_message = new char[text.size() + 1];
         for (std::size_t i = 0; i <= text.size(); ++i)
             m_message[i] = static_cast<char>(text[i]); // Nothing but ASCII.

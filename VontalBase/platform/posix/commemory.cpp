@@ -27,7 +27,7 @@ StringHead * headOf(BSTR string) noexcept
 
 BSTR SysAllocStringLen(const OLECHAR * units, UINT length)
 {
-    if (platform::gateFails("string allocation"))
+    if (qvplatform::gateFails("string allocation"))
         return nullptr;
     const std::size_t size = sizeof(StringHead) + (std::size_t{length} + 1) * sizeof(OLECHAR);
     void * const memory = ::operator new(size, std::nothrow);
@@ -69,7 +69,7 @@ UINT SysStringByteLen(BSTR string)
 
 LPVOID CoTaskMemAlloc(SIZE_T size)
 {
-    if (platform::gateFails("task memory"))
+    if (qvplatform::gateFails("task memory"))
         return nullptr;
     return std::malloc(std::max<SIZE_T>(size, 1));
 }
@@ -81,7 +81,7 @@ LPVOID CoTaskMemRealloc(LPVOID memory, SIZE_T size)
         std::free(memory);
         return nullptr;
     }
-    if (platform::gateFails("task memory"))
+    if (qvplatform::gateFails("task memory"))
         return nullptr;
     return std::realloc(memory, std::max<SIZE_T>(size, 1));
 }
@@ -91,7 +91,7 @@ void CoTaskMemFree(LPVOID memory)
     std::free(memory);
 }
 
-namespace platform
+namespace qvplatform
 {
 
 Block::~Block()
@@ -118,11 +118,11 @@ bool Block::resize(std::size_t size) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform
 
 HGLOBAL GlobalAlloc(UINT flags, SIZE_T size)
 {
-    platform::Block * const block = new (std::nothrow) platform::Block;
+    qvplatform::Block * const block = new (std::nothrow) qvplatform::Block;
     if (block == nullptr)
         return nullptr;
     if (!block->resize(size))
@@ -137,21 +137,21 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T size)
 
 HGLOBAL GlobalFree(HGLOBAL block)
 {
-    delete static_cast<platform::Block *>(block);
+    delete static_cast<qvplatform::Block *>(block);
     return nullptr;
 }
 
 LPVOID GlobalLock(HGLOBAL block)
 {
-    return block != nullptr ? static_cast<platform::Block *>(block)->lock() : nullptr;
+    return block != nullptr ? static_cast<qvplatform::Block *>(block)->lock() : nullptr;
 }
 
 BOOL GlobalUnlock(HGLOBAL block)
 {
-    return block != nullptr && static_cast<platform::Block *>(block)->unlock() ? TRUE : FALSE;
+    return block != nullptr && static_cast<qvplatform::Block *>(block)->unlock() ? TRUE : FALSE;
 }
 
 SIZE_T GlobalSize(HGLOBAL block)
 {
-    return block != nullptr ? static_cast<platform::Block *>(block)->size() : 0;
+    return block != nullptr ? static_cast<qvplatform::Block *>(block)->size() : 0;
 }

@@ -9,7 +9,7 @@
 #include <new>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The operations of `IDispatch` for an object that has no members to call by number.
@@ -127,4 +127,4 @@ HRESULT withoutThrowing(Function && function) noexcept
     }
 }
 
-} // namespace platform
+} // namespace qvplatform

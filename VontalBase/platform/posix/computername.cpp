@@ -4,7 +4,7 @@
 
 #include <sys/utsname.h>
 
-namespace platform
+namespace qvplatform
 {
 
 bool readComputerName(std::string & name)
@@ -17,4 +17,4 @@ bool readComputerName(std::string & name)
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 #include <limits>
 #include <memory>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -220,25 +220,25 @@ private:
 
 } // namespace
 
-} // namespace platform
+} // namespace qvplatform
 
 HRESULT CreateStreamOnHGlobal(HGLOBAL block, BOOL freeWithStream, LPSTREAM * stream)
 {
     if (stream == nullptr)
         return E_INVALIDARG;
     *stream = nullptr;
-    if (platform::gateFails("stream creation"))
+    if (qvplatform::gateFails("stream creation"))
         return E_OUTOFMEMORY;
-    return platform::withoutThrowing(
+    return qvplatform::withoutThrowing(
         [&]
         {
-            auto bytes = std::make_shared<platform::SharedBytes>();
-            std::unique_ptr<platform::Block> made;
+            auto bytes = std::make_shared<qvplatform::SharedBytes>();
+            std::unique_ptr<qvplatform::Block> made;
             if (block == nullptr)
-                made = std::make_unique<platform::Block>();
-            platform::Block * const used =
-                block != nullptr ? static_cast<platform::Block *>(block) : made.get();
-            *stream = new platform::MemoryStream(bytes, 0);
+                made = std::make_unique<qvplatform::Block>();
+            qvplatform::Block * const used =
+                block != nullptr ? static_cast<qvplatform::Block *>(block) : made.get();
+            *stream = new qvplatform::MemoryStream(bytes, 0);
             // Only now that nothing can fail any more does the block change hands.
             bytes->block = used;
             bytes->length = used->size();
@@ -254,9 +254,9 @@ HRESULT GetHGlobalFromStream(LPSTREAM stream, HGLOBAL * block)
         return E_INVALIDARG;
     *block = nullptr;
     void * found = nullptr;
-    if (FAILED(stream->QueryInterface(platform::memoryStreamId, &found)) || found == nullptr)
+    if (FAILED(stream->QueryInterface(qvplatform::memoryStreamId, &found)) || found == nullptr)
         return E_INVALIDARG;
-    *block = static_cast<platform::MemoryStream *>(found)->block();
+    *block = static_cast<qvplatform::MemoryStream *>(found)->block();
     stream->Release();
     return S_OK;
 }

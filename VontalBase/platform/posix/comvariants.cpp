@@ -448,7 +448,7 @@ HRESULT VariantChangeType(VARIANTARG * target, const VARIANTARG * source, USHORT
         return DISP_E_BADVARTYPE;
     if (source->vt == type)
         return VariantCopy(target, source);
-    if (platform::gateFails("variant conversion"))
+    if (qvplatform::gateFails("variant conversion"))
         return E_OUTOFMEMORY;
     VARIANT made{};
     made.vt = type;

@@ -8,7 +8,7 @@
 #include <ext/stdio_sync_filebuf.h>
 #include <iostream>
 
-namespace platform
+namespace qvplatform
 {
 
 void writeErrorText(const std::wstring & text, int error)
@@ -36,4 +36,4 @@ void writeWideErrorLine(const std::wstring & text)
     insertWideLine(text);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,7 +5,7 @@
 
 #include "VontalBase/platform/handles.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// The first descriptor that is no standard stream.
@@ -27,4 +27,4 @@ inline Handle handleOf(int descriptor) noexcept
 /// @return the descriptor, or -1 where the system refuses.
 int aboveStandardStreams(int descriptor) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

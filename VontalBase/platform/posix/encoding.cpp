@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -155,4 +155,4 @@ void ansiFromWide(std::wstring_view source, std::string & destination)
     destination = std::move(ansi);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <limits>
 #include <mutex>
 
-namespace platform
+namespace qvplatform
 {
 
 struct AutoResetEvent::System
@@ -80,4 +80,4 @@ void CountingSemaphore::close() noexcept
     m_system->changed.notify_all();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -309,4 +309,4 @@ bool replaceFile(const std::wstring & from, const std::wstring & to)
     return renameat(source.directory(), source.name(), target.directory(), target.name()) == 0;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -237,4 +237,4 @@ void clearReadOnly(const std::wstring & path)
         kernelPath.directory(), kernelPath.name(), (status.st_mode & 07777U) | S_IWUSR, AT_SYMLINK_NOFOLLOW);
 }
 
-} // namespace platform
+} // namespace qvplatform

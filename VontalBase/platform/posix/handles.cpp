@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -107,4 +107,4 @@ void closeHandle(Handle handle) noexcept
     ::close(descriptorOf(handle));
 }
 
-} // namespace platform
+} // namespace qvplatform

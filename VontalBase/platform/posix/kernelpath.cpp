@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -121,4 +121,4 @@ int Descriptor::release() noexcept
     return std::exchange(m_descriptor, -1);
 }
 
-} // namespace platform
+} // namespace qvplatform

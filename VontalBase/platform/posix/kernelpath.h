@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The path with `/` for each `\`, up to its first zero byte. The one place where that is done.
@@ -80,4 +80,4 @@ private:
     int m_descriptor;
 };
 
-} // namespace platform
+} // namespace qvplatform

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -27,4 +27,4 @@ bool readPreferredLanguages(std::vector<std::string> & names)
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

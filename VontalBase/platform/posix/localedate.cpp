@@ -12,7 +12,7 @@
 #include <locale.h> // NOLINT(modernize-deprecated-headers)
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -106,4 +106,4 @@ std::wstring localeTime(int hour, int minute, int second, bool withSeconds)
         timeWithoutSeconds(locale.pattern(_NL_WT_FMT), locale.pattern(_NL_WT_FMT_AMPM)), time);
 }
 
-} // namespace platform
+} // namespace qvplatform

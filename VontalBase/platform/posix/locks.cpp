@@ -3,7 +3,7 @@
 #include <new>
 #include <pthread.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -47,4 +47,4 @@ void RecursiveLock::release() noexcept
     pthread_mutex_unlock(systemLock(m_storage));
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -4,7 +4,7 @@
 
 #include <sys/mman.h>
 
-namespace platform
+namespace qvplatform
 {
 
 MemoryMapping::~MemoryMapping()
@@ -27,4 +27,4 @@ bool MemoryMapping::grow(std::size_t size) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

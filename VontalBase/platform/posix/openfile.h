@@ -8,7 +8,7 @@
 
 #include <sys/stat.h>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Those who may write to a file; one without any of them is read-only.
@@ -28,4 +28,4 @@ int flagsOf(const OpenMode & mode) noexcept;
 /// emptied where the mode says so. A file system that has no locks refuses nobody.
 bool settle(int descriptor, const OpenMode & mode);
 
-} // namespace platform
+} // namespace qvplatform

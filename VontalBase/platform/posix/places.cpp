@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -112,4 +112,4 @@ bool mayNamesHoldColons() noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

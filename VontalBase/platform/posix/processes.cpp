@@ -23,7 +23,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -330,4 +330,4 @@ bool readPipe(Handle readEnd, char * buffer, unsigned int size, unsigned int & c
     }
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -1,6 +1,6 @@
 #include "VontalBase/platform/processor.h"
 
-namespace platform
+namespace qvplatform
 {
 
 bool canPickBytes() noexcept
@@ -8,4 +8,4 @@ bool canPickBytes() noexcept
     return __builtin_cpu_supports("ssse3") != 0;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -12,7 +12,7 @@
 #include <openssl/evp.h>
 #include <sys/mman.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -155,4 +155,4 @@ bool unprotectMemory(void * bytes, std::size_t size) noexcept
            convert(bytes, size, Direction::Decrypt);
 }
 
-} // namespace platform
+} // namespace qvplatform

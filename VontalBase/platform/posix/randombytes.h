@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <sys/random.h>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Fills a buffer with random bytes. @return false where the kernel refuses.
@@ -36,4 +36,4 @@ inline bool fillRandom(void * buffer, std::size_t size) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

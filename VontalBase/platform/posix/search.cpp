@@ -16,7 +16,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -343,4 +343,4 @@ bool matchesSomething(const std::string & pattern)
     return Search().begin(wide);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -14,7 +14,7 @@
 #include <sched.h>
 #include <unistd.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -164,4 +164,4 @@ void leaveApartment() noexcept
     CoUninitialize();
 }
 
-} // namespace platform
+} // namespace qvplatform

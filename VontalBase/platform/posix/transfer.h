@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <sys/types.h>
 
-namespace platform
+namespace qvplatform
 {
 
 /// One call of the system for a piece, again and again until none of it is left.
@@ -39,4 +39,4 @@ std::size_t transferAll(const char * service, std::size_t size, bool & hasFailed
     return done;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -40,4 +40,4 @@ bool isBeingUnloaded() noexcept
     return hasModuleEnded && !isBoundToProgram;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/randombytes.h"
 
-namespace platform
+namespace qvplatform
 {
 
 bool makeUuid(Uuid & uuid) noexcept
@@ -20,4 +20,4 @@ bool makeUuid(Uuid & uuid) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,11 +6,11 @@
 
 struct IUnknown;
 
-namespace platform
+namespace qvplatform
 {
 
 IUnknown * makeXmlDocument() noexcept;
 IUnknown * makeXmlWriter() noexcept;
 IUnknown * makeXmlReader() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -4,7 +4,7 @@
 #include "VontalBase/platform/posix/xmltext.h"
 #include "VontalBase/platform/posix/xmltree.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -123,4 +123,4 @@ const DirectXml & directXml() noexcept
     return direct;
 }
 
-} // namespace platform
+} // namespace qvplatform

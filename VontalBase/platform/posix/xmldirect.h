@@ -5,10 +5,10 @@
 
 #include "VontalBase/platform/DirectXml.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// The one object that reads them.
 const DirectXml & directXml() noexcept;
 
-} // namespace platform
+} // namespace qvplatform

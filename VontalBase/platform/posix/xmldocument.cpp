@@ -14,7 +14,7 @@
 #include <new>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -481,4 +481,4 @@ HRESULT DocumentObject::put_preserveWhiteSpace(VARIANT_BOOL isPreserving)
     return setFlag(m_isPreserving, isPreserving);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include "VontalBase/platform/posix/xmlnodes.h"
 #include "VontalBase/platform/posix/xmlparsing.h"
 
-namespace platform
+namespace qvplatform
 {
 
 class DocumentObject final : public NodeOperations<IXMLDOMDocument, DocumentObject>
@@ -82,4 +82,4 @@ Tree * copyTree(Tree & tree) noexcept;
 /// The document object behind an interface, without a reference; null where it is none.
 DocumentObject * documentIn(IUnknown * object) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <iconv.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -122,4 +122,4 @@ bool XmlEncoder::finish()
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

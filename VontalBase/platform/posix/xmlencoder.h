@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Appends UTF-8 text to bytes in another encoding, or in UTF-8.
@@ -41,4 +41,4 @@ private:
     void * m_converter = nullptr;
 };
 
-} // namespace platform
+} // namespace qvplatform

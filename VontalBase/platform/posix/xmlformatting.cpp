@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -129,4 +129,4 @@ HRESULT formatTree(Tree & tree, const XmlFormat & format)
     return setDeclaration(tree, format) ? S_OK : E_OUTOFMEMORY;
 }
 
-} // namespace platform
+} // namespace qvplatform

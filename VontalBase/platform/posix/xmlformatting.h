@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 struct XmlFormat
@@ -31,4 +31,4 @@ inline constexpr int greatestIndentation = 256;
 /// have been indented.
 HRESULT formatTree(Tree & tree, const XmlFormat & format);
 
-} // namespace platform
+} // namespace qvplatform

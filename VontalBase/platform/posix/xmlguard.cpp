@@ -3,7 +3,7 @@
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -42,4 +42,4 @@ QuietErrors::~QuietErrors()
     xmlResetLastError();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,7 +5,7 @@
 
 #include <libxml/xmlerror.h>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Makes libxml2 ready, once a process.
@@ -28,4 +28,4 @@ private:
     void * m_genericContext;
 };
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -172,4 +172,4 @@ HRESULT makeAttributeMap(IUnknown * owner, IXMLDOMNamedNodeMap ** map) noexcept
     return makeList<AttributeMap>(owner, map);
 }
 
-} // namespace platform
+} // namespace qvplatform

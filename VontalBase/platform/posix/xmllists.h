@@ -5,7 +5,7 @@
 
 #include "VontalBase/platform/com.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// @param owner the object of the node, which the list keeps alive.
@@ -13,4 +13,4 @@ HRESULT makeNodeList(IUnknown * owner, IXMLDOMNodeList ** list) noexcept;
 /// @param owner the object of the element, which the map keeps alive.
 HRESULT makeAttributeMap(IUnknown * owner, IXMLDOMNamedNodeMap ** map) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -394,4 +394,4 @@ HRESULT importDocument(const xmlDoc * document, Tree & tree)
     return Importer(tree).copy(document) ? S_OK : E_FAIL;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -11,7 +11,7 @@
 #include <libxml/tree.h>
 #include <memory>
 
-namespace platform
+namespace qvplatform
 {
 
 struct FreeXmlDocument
@@ -43,4 +43,4 @@ HRESULT exportDocument(const xmlNode * top, XmlDocument & document, ExportFacts 
 /// @return E_FAIL where it does not have one element at its top, or has a text there; E_OUTOFMEMORY.
 HRESULT importDocument(const xmlDoc * document, Tree & tree);
 
-} // namespace platform
+} // namespace qvplatform

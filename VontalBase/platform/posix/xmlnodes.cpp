@@ -5,7 +5,7 @@
 #include <memory>
 #include <new>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -109,4 +109,4 @@ HRESULT giveNewNode(xmlNode * node, IXMLDOMNode ** object) noexcept
     return E_OUTOFMEMORY;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -10,7 +10,7 @@
 
 #include <libxml/tree.h>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The operations of a node. `Derived` tells the place of its node by `place()`.
@@ -345,4 +345,4 @@ public:
     ElementNote note;
 };
 
-} // namespace platform
+} // namespace qvplatform

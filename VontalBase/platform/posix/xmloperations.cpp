@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -580,4 +580,4 @@ HRESULT removeAttributeNodeOf(
     return detach(own.node) ? shareAs(attribute, removed) : E_OUTOFMEMORY;
 }
 
-} // namespace platform
+} // namespace qvplatform

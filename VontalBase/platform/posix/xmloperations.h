@@ -8,7 +8,7 @@
 
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The object of a node, made where there is none, with a reference for the caller. A null node gives null
@@ -114,4 +114,4 @@ HRESULT enterAttribute(const NodePlace & place, IXMLDOMNode * attribute, IXMLDOM
 HRESULT removeAttributeNodeOf(
     const NodePlace & place, IXMLDOMNode * attribute, IXMLDOMNode ** removed) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

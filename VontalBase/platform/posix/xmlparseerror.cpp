@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -89,4 +89,4 @@ HRESULT makeParseError(const XmlFault & fault, IXMLDOMParseError ** error) noexc
         });
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,10 +5,10 @@
 
 #include "VontalBase/platform/posix/xmlparsing.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// An object that holds a copy of the fault.
 HRESULT makeParseError(const XmlFault & fault, IXMLDOMParseError ** error) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -183,13 +183,13 @@ void onSection(void * context, const xmlChar * text, int length)
 void onComment(void * context, const xmlChar * text)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.comment(platform::viewOf(text)); });
+    builder.guard([&] { builder.comment(qvplatform::viewOf(text)); });
 }
 
 void onInstruction(void * context, const xmlChar * target, const xmlChar * data)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.instruction(target, platform::viewOf(data)); });
+    builder.guard([&] { builder.instruction(target, qvplatform::viewOf(data)); });
 }
 
 void onFault(void * context, xmlError * error)
@@ -334,10 +334,10 @@ void Builder::startDocument()
     if (standalone == -1 || m_context->version == nullptr)
         return;
     Declaration declaration;
-    declaration.version = platform::viewOf(m_context->version);
+    declaration.version = qvplatform::viewOf(m_context->version);
     const xmlChar * const encoding =
         m_context->input->encoding != nullptr ? m_context->input->encoding : m_context->encoding;
-    declaration.encoding = platform::viewOf(encoding);
+    declaration.encoding = qvplatform::viewOf(encoding);
     if (standalone == 0 || standalone == 1)
         declaration.standalone = standalone == 1 ? "yes" : "no";
     const xmlChar * const target = m_tree->intern("xml");
@@ -410,11 +410,11 @@ bool Builder::declarePrefixes(const xmlChar ** attributes)
 {
     for (; *attributes != nullptr; attributes += 2)
     {
-        const std::string_view name = platform::viewOf(attributes[0]);
+        const std::string_view name = qvplatform::viewOf(attributes[0]);
         if (!name.starts_with("xmlns:"))
             continue;
         const std::string_view prefix = name.substr(6);
-        const std::string_view uri = platform::viewOf(attributes[1]);
+        const std::string_view uri = qvplatform::viewOf(attributes[1]);
         if (!isAllowedDeclaration(prefix, uri))
         {
             fail(undeclaredPrefix,
@@ -455,7 +455,7 @@ void Builder::checkDifferent(const xmlChar ** attributes)
     std::vector<std::pair<const xmlChar *, std::string_view>> names;
     for (; *attributes != nullptr; attributes += 2)
     {
-        const std::string_view name = platform::viewOf(attributes[0]);
+        const std::string_view name = qvplatform::viewOf(attributes[0]);
         const std::string_view prefix = prefixOf(name);
         if (!prefix.empty() && prefix != "xmlns" && prefix != "xml")
             names.emplace_back(meaningOf(attributes[0]), baseOf(name));
@@ -496,7 +496,7 @@ void Builder::startElement(const xmlChar * name, const xmlChar ** attributes)
         attribute->prev = last;
         (last != nullptr ? last->next : element->properties) = attribute;
         last = attribute;
-        const std::string_view value = platform::viewOf(attributes[1]);
+        const std::string_view value = qvplatform::viewOf(attributes[1]);
         if (!value.empty() && !setContent(asNode(attribute), value))
             throw std::bad_alloc();
     }
@@ -591,4 +591,4 @@ Tree * parseDocument(XmlSource & source, const ParseOptions & options, XmlFault 
     return Builder(source, options, fault).build();
 }
 
-} // namespace platform
+} // namespace qvplatform

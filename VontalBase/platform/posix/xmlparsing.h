@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Where a document is read from.
@@ -63,4 +63,4 @@ struct ParseOptions
 /// @return the tree with one reference; null, with the fault told, where the document is wrong.
 Tree * parseDocument(XmlSource & source, const ParseOptions & options, XmlFault & fault);
 
-} // namespace platform
+} // namespace qvplatform

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -87,4 +87,4 @@ HRESULT saveDocument(Tree & tree, const VARIANT & target) noexcept
         });
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Declarations by prefix. A prefix is known by its place in a dictionary. `Meaning` is a pointer.
@@ -58,4 +58,4 @@ private:
     std::unordered_map<const xmlChar *, std::size_t> m_current;
 };
 
-} // namespace platform
+} // namespace qvplatform

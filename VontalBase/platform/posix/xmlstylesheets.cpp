@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -65,4 +65,4 @@ HRESULT transformInto(const NodePlace & place, IXMLDOMNode * stylesheet, const V
         });
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,10 +6,10 @@
 #include "VontalBase/platform/com.h"
 #include "VontalBase/platform/posix/xmltree.h"
 
-namespace platform
+namespace qvplatform
 {
 
 /// Applies a stylesheet to the document of a node, see `IXMLDOMNode::transformNodeToObject`.
 HRESULT transformInto(const NodePlace & place, IXMLDOMNode * stylesheet, const VARIANT & target) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 #include <limits>
 #include <new>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -310,4 +310,4 @@ std::string textOf(const Declaration & declaration)
     return text;
 }
 
-} // namespace platform
+} // namespace qvplatform

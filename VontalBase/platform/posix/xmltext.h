@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The bytes of a text.
@@ -122,4 +122,4 @@ bool readDeclaration(std::string_view text, Declaration & declaration);
 /// The inside of a declaration, without a blank in front.
 std::string textOf(const Declaration & declaration);
 
-} // namespace platform
+} // namespace qvplatform

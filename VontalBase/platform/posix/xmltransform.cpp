@@ -30,7 +30,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -452,4 +452,4 @@ HRESULT transform(TransformInput input, TransformOutput & output)
     return Job(input, output).run();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 struct TransformInput
@@ -36,4 +36,4 @@ struct TransformOutput
 /// @return E_FAIL where the stylesheet is wrong or goes beyond a limit; E_OUTOFMEMORY.
 HRESULT transform(TransformInput input, TransformOutput & output);
 
-} // namespace platform
+} // namespace qvplatform

@@ -15,7 +15,7 @@
 #include <memory>
 #include <new>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -564,4 +564,4 @@ void leaveFragment(Fragment * fragment) noexcept
     tree.release();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -22,7 +22,7 @@
 #include <libxml/tree.h>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 class DocumentObject;
@@ -201,4 +201,4 @@ void mergeFragment(Fragment * fragment, Fragment & into) noexcept;
 /// and its share of the tree.
 void leaveFragment(Fragment * fragment) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

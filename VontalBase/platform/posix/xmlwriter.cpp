@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -275,4 +275,4 @@ IUnknown * makeXmlReader() noexcept
     return new (std::nothrow) Reader;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -357,4 +357,4 @@ HRESULT writeDocument(const Tree & tree, std::string & out)
     return writeAll(tree.document(), true, out);
 }
 
-} // namespace platform
+} // namespace qvplatform

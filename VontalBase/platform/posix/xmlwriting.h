@@ -9,7 +9,7 @@
 #include <libxml/tree.h>
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// Something in the tree cannot be written so that it could be read again.
@@ -27,4 +27,4 @@ HRESULT saveDocument(Tree & tree, const VARIANT & target) noexcept;
 /// Writes bytes to a stream.
 HRESULT writeToStream(ISequentialStream & stream, std::string_view bytes) noexcept;
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 void * takeBlock(std::size_t size) noexcept
@@ -19,4 +19,4 @@ void giveBlock(void * block, std::size_t) noexcept
         VirtualFree(block, 0, MEM_RELEASE);
 }
 
-} // namespace platform
+} // namespace qvplatform

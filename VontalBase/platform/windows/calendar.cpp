@@ -4,7 +4,7 @@
 
 #include <time.h>
 
-namespace platform
+namespace qvplatform
 {
 
 bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept
@@ -18,4 +18,4 @@ bool breakDownUtc(std::int64_t seconds, std::tm & time) noexcept
     return false;
 }
 
-} // namespace platform
+} // namespace qvplatform

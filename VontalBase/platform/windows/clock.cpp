@@ -5,7 +5,7 @@
 
 #include <ctime>
 
-namespace platform
+namespace qvplatform
 {
 
 CivilTime systemLocalNow() noexcept
@@ -27,4 +27,4 @@ void refreshTimeZone() noexcept
     _tzset();
 }
 
-} // namespace platform
+} // namespace qvplatform

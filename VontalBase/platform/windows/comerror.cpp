@@ -1,6 +1,6 @@
 #include "VontalBase/platform/comerror.h"
 
-namespace platform
+namespace qvplatform
 {
 
 std::wstring systemErrorMessage(HRESULT result)
@@ -17,4 +17,4 @@ std::wstring systemErrorMessage(HRESULT result)
     return message;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -6,7 +6,7 @@
 
 #include <array>
 
-namespace platform
+namespace qvplatform
 {
 
 bool readComputerName(std::string & name)
@@ -22,4 +22,4 @@ bool readComputerName(std::string & name)
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 
-namespace platform
+namespace qvplatform
 {
 
 void writeErrorText(const std::wstring & text, int error)
@@ -28,4 +28,4 @@ void writeWideErrorLine(const std::wstring & text)
     insertWideLine(text);
 }
 
-} // namespace platform
+} // namespace qvplatform

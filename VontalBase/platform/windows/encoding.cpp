@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -79,4 +79,4 @@ void ansiFromWide(std::wstring_view source, std::string & destination)
     destination = std::move(ansi);
 }
 
-} // namespace platform
+} // namespace qvplatform

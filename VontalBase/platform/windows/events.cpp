@@ -6,7 +6,7 @@
 #include <atomic>
 #include <limits>
 
-namespace platform
+namespace qvplatform
 {
 
 struct AutoResetEvent::System
@@ -76,4 +76,4 @@ void CountingSemaphore::close() noexcept
         ReleaseSemaphore(m_system->handle, 1, nullptr);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -9,7 +9,7 @@
 #include <limits>
 #include <winternl.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -239,4 +239,4 @@ bool replaceFile(const std::wstring & from, const std::wstring & to)
            MoveFileExW(kernelPath(from).c_str(), kernelPath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
-} // namespace platform
+} // namespace qvplatform

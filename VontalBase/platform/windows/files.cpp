@@ -16,7 +16,7 @@
 #include <string_view>
 #include <sys/stat.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -169,4 +169,4 @@ void clearReadOnly(const std::wstring & path)
     SetFileAttributesW(native.c_str(), isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -2,7 +2,7 @@
 
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 void closeHandle(Handle handle) noexcept
@@ -10,4 +10,4 @@ void closeHandle(Handle handle) noexcept
     CloseHandle(handle);
 }
 
-} // namespace platform
+} // namespace qvplatform

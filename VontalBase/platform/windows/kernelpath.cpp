@@ -2,7 +2,7 @@
 
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -31,4 +31,4 @@ std::wstring kernelPath(const std::wstring & path)
     return extendedPrefix + full;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -5,11 +5,11 @@
 
 #include <string>
 
-namespace platform
+namespace qvplatform
 {
 
 /// The path itself up to its first NUL, or, where it is longer than what the system takes of ordinary paths,
 /// its extended form.
 std::wstring kernelPath(const std::wstring & path);
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -30,4 +30,4 @@ bool readPreferredLanguages(std::vector<std::string> & names)
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -68,4 +68,4 @@ std::wstring localeTime(int hour, int minute, int second, bool withSeconds)
     return textOf(buffer, written);
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -4,7 +4,7 @@
 
 #include <new>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -43,4 +43,4 @@ void RecursiveLock::release() noexcept
     LeaveCriticalSection(systemLock(m_storage));
 }
 
-} // namespace platform
+} // namespace qvplatform

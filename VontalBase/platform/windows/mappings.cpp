@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -48,4 +48,4 @@ bool MemoryMapping::grow(std::size_t size) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

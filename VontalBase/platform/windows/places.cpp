@@ -3,7 +3,7 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 std::wstring programPath()
@@ -70,4 +70,4 @@ bool mayNamesHoldColons() noexcept
     return false;
 }
 
-} // namespace platform
+} // namespace qvplatform

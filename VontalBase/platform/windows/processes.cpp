@@ -7,7 +7,7 @@
 #include <memory>
 #include <type_traits>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -180,4 +180,4 @@ bool readPipe(Handle readEnd, char * buffer, unsigned int size, unsigned int & c
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

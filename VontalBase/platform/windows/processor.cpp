@@ -3,7 +3,7 @@
 #include <array>
 #include <intrin.h>
 
-namespace platform
+namespace qvplatform
 {
 
 bool canPickBytes() noexcept
@@ -15,4 +15,4 @@ bool canPickBytes() noexcept
     return (static_cast<unsigned int>(registers[2]) & ssse3) != 0;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <limits>
 #include <wincrypt.h>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -35,4 +35,4 @@ bool unprotectMemory(void * bytes, std::size_t size) noexcept
            CryptUnprotectMemory(bytes, static_cast<DWORD>(size), CRYPTPROTECTMEMORY_SAME_PROCESS) != FALSE;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace platform
+namespace qvplatform
 {
 
 namespace
@@ -205,4 +205,4 @@ bool matchesSomething(const std::string & pattern)
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <objbase.h>
 #include <process.h>
 
-namespace platform
+namespace qvplatform
 {
 
 StartedThread startThread(ThreadEntry entry, void * argument, std::size_t stackBytes)
@@ -65,4 +65,4 @@ void leaveApartment() noexcept
     CoUninitialize();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -3,7 +3,7 @@
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/platform/windows/windows_headers.h"
 
-namespace platform
+namespace qvplatform
 {
 
 bool isBeingUnloaded() noexcept
@@ -18,4 +18,4 @@ bool isBeingUnloaded() noexcept
     return isKnown && own != GetModuleHandleW(nullptr) && !areOtherThreadsStopped();
 }
 
-} // namespace platform
+} // namespace qvplatform

@@ -7,7 +7,7 @@
 #include <iterator>
 #include <objbase.h>
 
-namespace platform
+namespace qvplatform
 {
 
 bool makeUuid(Uuid & uuid) noexcept
@@ -22,4 +22,4 @@ bool makeUuid(Uuid & uuid) noexcept
     return true;
 }
 
-} // namespace platform
+} // namespace qvplatform
