@@ -47,14 +47,6 @@ void * operator new[](std::size_t size)
 {
     return allocate(size);
 }
-void * operator new(std::size_t size, const std::nothrow_t &) noexcept
-{
-    return allocate(size);
-}
-void * operator new[](std::size_t size, const std::nothrow_t &) noexcept
-{
-    return allocate(size);
-}
 void operator delete(void * memory) noexcept
 {
     deallocate(memory);

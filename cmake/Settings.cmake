@@ -68,6 +68,11 @@ function(vontalbase_apply_settings target)
     endif()
 endfunction()
 
+# What is not shipped is compiled quickly rather than well.
+function(vontalbase_compile_quickly target)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+endfunction()
+
 # What the shared library and its twin for the tests have in common.
 function(vontalbase_set_up_library target)
     target_include_directories(${target} PUBLIC

@@ -23,19 +23,23 @@ std::atomic<const char *> faulted{nullptr};
 
 } // namespace
 
-GateAnswer passGate(const char * service) noexcept
+GateAnswer passGate(const char * service, GateKind kind) noexcept
 {
     if (!armed.load(std::memory_order_acquire))
         return GateAnswer::Pass;
     const char * const watched = watchedService.load(std::memory_order_relaxed);
     if (watched != nullptr && std::strcmp(watched, service) != 0)
         return GateAnswer::Pass;
+    const GateAnswer answer = armedAnswer.load(std::memory_order_relaxed);
+    if (kind == GateKind::FailsOrPasses &&
+        (answer == GateAnswer::Interrupt || answer == GateAnswer::CutShort))
+        return GateAnswer::Pass;
     const std::uint64_t passage = passages.fetch_add(1, std::memory_order_relaxed) + 1;
     const std::uint64_t first = firstPassage.load(std::memory_order_relaxed);
     if (passage < first || passage - first >= concernedPassages.load(std::memory_order_relaxed))
         return GateAnswer::Pass;
     faulted.store(service, std::memory_order_relaxed);
-    return armedAnswer.load(std::memory_order_relaxed);
+    return answer;
 }
 
 void armGates(const GateFault & fault) noexcept

@@ -4,7 +4,7 @@
 ///
 /// Every service that can fail asks its gate first:
 ///
-///     if (gateFails("thread start"))
+///     if (gateFails("make directory"))
 ///         return false;
 ///
 /// In the library as it is shipped the answer is a constant and the question leaves no code behind. In
@@ -30,6 +30,15 @@ enum class GateAnswer
     CutShort
 };
 
+/// Which answers a service tells apart.
+enum class GateKind
+{
+    /// It fails or passes.
+    FailsOrPasses,
+    /// It may be interrupted or cut short as well.
+    KnowsMore
+};
+
 #ifdef VONTALBASE_FAULT_GATES
 
 /// Which passages answer otherwise than Pass. Passages are counted from the arming on.
@@ -44,10 +53,11 @@ struct GateFault
     GateAnswer answer = GateAnswer::Fail;
 };
 
-/// Counts a passage and gives its answer.
+/// Counts a passage and gives its answer. Where an interruption or a cut is armed, passages that know neither
+/// are not counted, since they would run as if nothing were armed.
 ///
 /// @param service the name of the service, a literal.
-GateAnswer passGate(const char * service) noexcept;
+GateAnswer passGate(const char * service, GateKind kind = GateKind::KnowsMore) noexcept;
 
 /// Arms the gates and counts anew. Threads that pass gates meanwhile get the old answer or the new one.
 void armGates(const GateFault & fault) noexcept;
@@ -63,7 +73,7 @@ const char * faultedGate() noexcept;
 
 #else
 
-constexpr GateAnswer passGate(const char *) noexcept
+constexpr GateAnswer passGate(const char *, GateKind = GateKind::KnowsMore) noexcept
 {
     return GateAnswer::Pass;
 }
@@ -73,7 +83,7 @@ constexpr GateAnswer passGate(const char *) noexcept
 /// For services that know no interruption and do all or nothing: true if this call must fail.
 inline bool gateFails(const char * service) noexcept
 {
-    return passGate(service) == GateAnswer::Fail;
+    return passGate(service, GateKind::FailsOrPasses) == GateAnswer::Fail;
 }
 
 } // namespace qvplatform

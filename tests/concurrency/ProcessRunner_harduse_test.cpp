@@ -461,7 +461,7 @@ TEST(ProcessRunnerHardUse, AnInterruptAtTheTerminalIsNotOneOfTheChild)
 
 TEST(ProcessRunnerHardUse, TheEndOfAProcessWithChildrenAndWatchersInFullWork)
 {
-    const int count = testsupport::hasCheapProcesses() ? 200 : 25;
+    const int count = testsupport::hasCheapProcesses() ? 50 : 10;
     for (int i = 0; i < count; ++i)
     {
         const testsupport::ChildResult result = testsupport::runChild("endsWhileItsChildrenPrint");

@@ -15,7 +15,6 @@
 #include "support/TestSemaphore.h"
 #include "support/Wine.h"
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -171,14 +170,7 @@ public:
     /// False if it was not given in time.
     bool waitFor() const
     {
-        const auto end = std::chrono::steady_clock::now() + testsupport::patience;
-        while (!isGiven())
-        {
-            if (std::chrono::steady_clock::now() >= end)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return true;
+        return testsupport::eventually([this] { return isGiven(); });
     }
 
 private:

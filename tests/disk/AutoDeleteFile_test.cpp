@@ -144,17 +144,6 @@ TEST(AutoDeleteFile, MakesATemporaryFile)
     }
 }
 
-TEST(AutoDeleteFile, HoldsNothingWhereNoFileCanBeMade)
-{
-    const TempDirectory directory;
-    const testsupport::TemporaryPlace place(directory.text());
-    directory.write("old", "1");
-    AutoDeleteFile file(pathOf(directory, "old"));
-    EXPECT_FALSE(file.create(pstring(std::wstring(300, L'n'))));
-    EXPECT_TRUE(file.isEmpty());
-    EXPECT_FALSE(directory.contains("old"));
-}
-
 TEST(AutoDeleteFile, HasThePathForItsOnlyField)
 {
     EXPECT_EQ(sizeof(AutoDeleteFile), sizeof(pstring));

@@ -151,7 +151,7 @@ TEST(CreateTempFile, LeavesTheArgumentAloneWhereNoFileCanBeMade)
     EXPECT_EQ(out8, "before");
 }
 
-constexpr int filesOfAChild = 1000;
+constexpr int filesOfAChild = 200;
 
 VONTALBASE_TEST_CHILD(makesTemporaryFiles, arguments)
 {

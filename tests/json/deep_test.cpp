@@ -98,18 +98,6 @@ void partDeepTree(const std::string & json)
     EXPECT_EQ(depthOf(middle), depth - depth / 2);
 }
 
-TEST(JsonDepth, ArraysOnAnOrdinaryStack)
-{
-    useDeepTree(nestedArrays());
-    partDeepTree(nestedArrays());
-}
-
-TEST(JsonDepth, ObjectsOnAnOrdinaryStack)
-{
-    useDeepTree(nestedObjects());
-    partDeepTree(nestedObjects());
-}
-
 TEST(JsonDepth, ArraysOnASmallStack)
 {
     const std::string json = nestedArrays();

@@ -95,7 +95,7 @@ TEST(Loading, AsksTheSystemForNoFileAndNoThreadOfItsOwn)
     EXPECT_EQ(trace.started, 0);
 }
 
-constexpr int loadings = testsupport::remembersUnloadedLibraries ? 1 : 200;
+const int loadings = testsupport::remembersUnloadedLibraries ? 1 : testsupport::repetitions(200);
 constexpr int threadsStayed = 20;
 constexpr int libraryStayed = 21;
 /// A step of the module that failed is added to it.

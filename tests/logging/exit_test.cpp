@@ -27,7 +27,7 @@ constexpr int noThread = 10;
 constexpr int noStart = 11;
 constexpr int noProgress = 12;
 constexpr int loggingThreads = 8;
-constexpr int exits = testsupport::isSlow ? 50 : 200;
+const int exits = testsupport::repetitions(50);
 
 /// Lines that the threads have written. Never destroyed, like all that they touch.
 std::atomic<unsigned long long> written{0};

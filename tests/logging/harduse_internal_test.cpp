@@ -59,7 +59,7 @@ protected:
 };
 
 constexpr int threadCount = 64;
-constexpr int linesOfThread = testsupport::repetitions(20'000);
+const int linesOfThread = testsupport::repetitions(4'000);
 constexpr unsigned int wantedLevel = 5;
 constexpr unsigned int doubtfulLevel = 2000;
 

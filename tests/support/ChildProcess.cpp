@@ -309,7 +309,7 @@ ChildResult run(
     {
         std::array<pollfd, 2> pipes = {{{outRead.get(), POLLIN, 0}, {errRead.get(), POLLIN, 0}}};
         const int ready = poll(pipes.data(), pipes.size(), millisecondsUntil(end));
-        if (ready == 0)
+        if (ready == 0 || Clock::now() >= end)
         {
             result.timedOut = true;
             break;

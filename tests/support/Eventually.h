@@ -15,16 +15,20 @@ constexpr std::chrono::seconds patience{60};
 /// wrong never depends on it.
 constexpr std::chrono::milliseconds suspicion{20};
 
-/// Asks again and again until `condition` is true; false if it is not by the end of the patience.
+/// Asks again and again until `condition` is true; false if it is not by the end of the patience. Whoever
+/// waits long leaves the processor to others.
 template <class Condition>
 bool eventually(const Condition & condition)
 {
     const auto end = std::chrono::steady_clock::now() + patience;
-    while (!condition())
+    for (int attempt = 0; !condition(); ++attempt)
     {
         if (std::chrono::steady_clock::now() >= end)
             return false;
-        std::this_thread::yield();
+        if (attempt < 1'000)
+            std::this_thread::yield();
+        else
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
 }

@@ -52,7 +52,12 @@ int runInForkedChild(const std::function<int()> & function)
     if (child == 0)
     {
         isForkedChild = true;
-        _exit(function());
+        // An exception must not get into the tests that the copy has inherited.
+        const auto run = [&]() noexcept
+        {
+            return function();
+        };
+        _exit(run());
     }
     int status = 0;
     while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR)

@@ -2,6 +2,8 @@
 /// How much of something a test does.
 #pragma once
 
+#include <cstdlib>
+
 namespace testsupport
 {
 
@@ -13,10 +15,11 @@ constexpr bool isSlow = true;
 constexpr bool isSlow = false;
 #endif
 
-/// So many repetitions, or a tenth of them where they are slow.
-constexpr int repetitions(int wanted)
+/// So many repetitions, or a tenth of them where they are slow and in the second run of a program, abroad
+/// (main.cpp), which looks for what depends on the place and not for what depends on chance.
+inline int repetitions(int wanted)
 {
-    return isSlow ? (wanted + 9) / 10 : wanted;
+    return isSlow || std::getenv("VONTALBASE_TEST_LOCALE") != nullptr ? (wanted + 9) / 10 : wanted;
 }
 
 } // namespace testsupport

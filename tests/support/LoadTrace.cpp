@@ -2,6 +2,7 @@
 
 #if defined(__linux__) && defined(__x86_64__)
 
+#include <cerrno>
 #include <csignal>
 #include <dlfcn.h>
 #include <sys/ptrace.h>
@@ -22,7 +23,10 @@ std::string readText(pid_t process, unsigned long long address)
     std::string text;
     for (;; address += sizeof(long))
     {
+        errno = 0;
         const long word = ptrace(PTRACE_PEEKDATA, process, address, nullptr);
+        if (errno != 0)
+            return text;
         const char * const bytes = reinterpret_cast<const char *>(&word);
         for (std::size_t i = 0; i < sizeof word; ++i)
         {

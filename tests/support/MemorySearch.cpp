@@ -174,15 +174,16 @@ bool memoryCanBeSearched()
 
 std::size_t piecesInMemory(const HiddenBytes & bytes)
 {
-    // The pieces are held turned as well, with a filter in front that knows their first two bytes.
+    // The pieces are held turned as well, with a filter in front that knows their first three bytes.
     const std::uint64_t mask = 0x0101010101010101U * turningMask;
     std::unordered_map<std::uint64_t, std::uint32_t> turnedPieces;
-    std::vector<bool> beginsPiece(65536, false);
+    constexpr std::size_t filterSize = std::size_t{1} << 24;
+    std::vector<bool> beginsPiece(filterSize, false);
     for (std::size_t i = 0; i < bytes.pieces(); ++i)
     {
         const std::uint64_t piece = wordAt(bytes.m_turned.data() + i);
         turnedPieces[piece] = tailAt(bytes.m_turned.data() + i);
-        beginsPiece[piece % 65536] = true;
+        beginsPiece[piece % filterSize] = true;
     }
     // The buffer itself is passed over, since it holds what was read last.
     constexpr std::size_t bufferSize = std::size_t{1} << 20;
@@ -210,7 +211,7 @@ std::size_t piecesInMemory(const HiddenBytes & bytes)
                     i += blankSize - HiddenBytes::pieceSize;
                 const std::uint64_t turned = wordAt(buffer + i) ^ mask;
                 const bool isOurs = address + i >= bufferBegin && address + i < bufferBegin + bufferSize;
-                if (!beginsPiece[turned % 65536] || isOurs)
+                if (!beginsPiece[turned % filterSize] || isOurs)
                     continue;
                 const auto piece = turnedPieces.find(turned);
                 const std::uint32_t tail = tailAt(buffer + i) ^ static_cast<std::uint32_t>(mask);

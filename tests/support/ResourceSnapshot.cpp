@@ -15,10 +15,10 @@
 namespace testsupport
 {
 
+#ifdef _WIN32
+
 namespace
 {
-
-#ifdef _WIN32
 
 std::size_t countThreads()
 {
@@ -36,6 +36,8 @@ std::size_t countThreads()
     CloseHandle(list);
     return count;
 }
+
+} // namespace
 
 /// Handles are multiples of four and are given out from the lowest one on, so the end is where many in a row
 /// are free. GetProcessHandleCount would be simpler, but gives 0 under Wine, whose server in turn now and
@@ -57,6 +59,9 @@ std::size_t countDescriptors()
 }
 
 #else
+
+namespace
+{
 
 /// The number of entries that are numbers.
 std::size_t countEntries(const char * path)
@@ -82,14 +87,14 @@ std::size_t countThreads()
     return countEntries("/proc/self/task");
 }
 
+} // namespace
+
 std::size_t countDescriptors()
 {
     return countEntries("/proc/self/fd") - 1; // the folder's own
 }
 
 #endif
-
-} // namespace
 
 ResourceSnapshot ResourceSnapshot::take()
 {

@@ -22,6 +22,9 @@ struct ResourceSnapshot
     friend bool operator==(const ResourceSnapshot &, const ResourceSnapshot &) = default;
 };
 
+/// The first of the numbers alone. Allocates nothing through operator new.
+std::size_t countDescriptors();
+
 /// How a failed comparison shows it.
 std::string describe(const ResourceSnapshot & snapshot);
 

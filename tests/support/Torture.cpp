@@ -92,8 +92,7 @@ struct Holdings
 
     static Holdings take()
     {
-        const std::size_t descriptors = ResourceSnapshot::take().descriptors - keptDescriptors;
-        return {liveAllocations(), descriptors};
+        return {liveAllocations(), countDescriptors() - keptDescriptors};
     }
 
     friend bool operator==(const Holdings &, const Holdings &) = default;
@@ -126,6 +125,8 @@ struct Run
     std::uint64_t allocations = 0;
     bool faultHappened = false;
     bool allocationRefused = false;
+    /// What the process holds behind it.
+    Holdings after;
     /// True if nothing was wrong with it.
     bool good = false;
 };
@@ -137,12 +138,11 @@ enum class Losses
     Forbidden
 };
 
-/// One run of the scenario, with all checks.
+/// One run of the scenario, with all checks. `before` is what the process holds now.
 Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOptions & options,
-    const Fault & fault, Losses losses = Losses::Forbidden)
+    const Fault & fault, const Holdings & before, Losses losses = Losses::Forbidden)
 {
     present = fault;
-    const Holdings before = Holdings::take();
     Run run;
     Ending ending = Ending::Returned;
     {
@@ -182,7 +182,8 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
         ADD_FAILURE() << "the scenario failed " << describe(fault);
         return run;
     }
-    const Holdings after = losses == Losses::Forbidden ? takeWhenSettled(before, options.settling) : before;
+    const Holdings & after = run.after =
+        losses == Losses::Forbidden ? takeWhenSettled(before, options.settling) : before;
     run.good = true;
     const auto complain = [&](const std::string & text)
     {
@@ -208,9 +209,11 @@ Run runOnce(const std::function<void(const Fault &)> & scenario, const TortureOp
 bool runSeries(const std::function<void(const Fault &)> & scenario, const TortureOptions & options,
     Fault fault, TortureReport & report)
 {
+    Holdings holdings = Holdings::take();
     for (fault.number = 1; fault.number <= options.mostFaults; ++fault.number)
     {
-        const Run run = runOnce(scenario, options, fault);
+        const Run run = runOnce(scenario, options, fault, holdings);
+        holdings = run.after;
         if (!run.good || !run.faultHappened)
             return run.good;
         ++report.faultyRuns;
@@ -231,6 +234,11 @@ bool Fault::happened() const
     return isAllocation() || (kind == Kind::Gate && qvplatform::faultedGate() != nullptr);
 }
 
+bool Fault::excuses() const
+{
+    return happened() && answer != GateAnswer::Interrupt;
+}
+
 bool Fault::isGate(const char * service, GateAnswer withAnswer) const
 {
     const char * const faulted = qvplatform::faultedGate();
@@ -249,9 +257,9 @@ TortureReport torture(const std::function<void(const Fault &)> & scenario, const
     TortureReport report;
 
     // What is made on first use is made in this run, and belongs to nobody's count.
-    if (!runOnce(scenario, options, Fault(), Losses::Allowed).good)
+    if (!runOnce(scenario, options, Fault(), Holdings::take(), Losses::Allowed).good)
         return report;
-    const Run plain = runOnce(scenario, options, Fault());
+    const Run plain = runOnce(scenario, options, Fault(), Holdings::take());
     report.gatePassages = plain.gatePassages;
     report.allocations = plain.allocations;
     bool good = plain.good;

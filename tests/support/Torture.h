@@ -48,6 +48,10 @@ struct Fault
     /// True if the fault has shown itself by now.
     [[nodiscard]] bool happened() const;
 
+    /// True if it has shown itself by now and a call may fail by it: one that is interrupted does its work
+    /// all the same.
+    [[nodiscard]] bool excuses() const;
+
     /// True if it has shown itself by now and was a failure of this service.
     [[nodiscard]] bool isGate(
         const char * service, qvplatform::GateAnswer withAnswer = qvplatform::GateAnswer::Fail) const;

@@ -44,6 +44,12 @@ VONTALBASE_TEST_CHILD(hangs, arguments)
     return 0;
 }
 
+VONTALBASE_TEST_CHILD(writesForEver, arguments)
+{
+    for (;;)
+        std::puts("and on");
+}
+
 VONTALBASE_TEST_CHILD(readsItsInput, arguments)
 {
     return std::getchar() == EOF ? 4 : 5;
@@ -73,6 +79,14 @@ TEST(ChildProcess, ReadsMoreThanAPipeHolds)
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.standardOutput.size(), 1'000'000U);
     EXPECT_EQ(result.standardError.size(), 1'000'000U);
+}
+
+TEST(ChildProcess, KillsAChildThatNeverStopsWriting)
+{
+    const testsupport::ChildResult result = testsupport::runChild("writesForEver", {}, 200ms);
+    EXPECT_TRUE(result.started);
+    EXPECT_TRUE(result.timedOut);
+    EXPECT_EQ(result.standardOutput.substr(0, 4), "and ");
 }
 
 TEST(ChildProcess, KillsAChildThatTakesTooLong)

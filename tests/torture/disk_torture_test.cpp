@@ -106,19 +106,40 @@ protected:
         return directory.read(name);
     }
 
+    using Verdict = std::function<bool(const Fault & fault)>;
+
     /// Runs an operation under every fault, each time on what `lay` makes. Memory that ends it leaves it by
-    /// the exception; whatever happens, the victim stays. `isRight` gets whether something failed.
-    void tortureOperation(const char * label, const std::function<bool(bool hasFault)> & isRight)
+    /// the exception; whatever happens, the victim stays. `isRight` asks the fault, when the operation is
+    /// over, what it excuses.
+    void tortureOperation(const char * label, const Verdict & isRight)
+    {
+        tortureEach(
+            label, [this] { lay(); }, isRight);
+    }
+
+    /// The same for an operation that changes nothing.
+    void tortureQuestion(const char * label, const Verdict & isRight)
+    {
+        lay();
+        tortureEach(
+            label, [] {}, isRight);
+    }
+
+    TempDirectory directory;
+    u8string place;
+    testsupport::TemporaryPlace temporaryPlace;
+
+private:
+    void tortureEach(const char * label, const std::function<void()> & prepare, const Verdict & isRight)
     {
         SCOPED_TRACE(label);
         const testsupport::TortureReport report = torture(
             [&](const Fault & fault)
             {
-                lay();
+                prepare();
                 try
                 {
-                    // Asked afterwards, for by then it is known whether the fault came up.
-                    EXPECT_TRUE(isRight(fault.kind != Fault::Kind::None));
+                    EXPECT_TRUE(isRight(fault));
                 }
                 catch (const std::bad_alloc &)
                 {
@@ -129,10 +150,6 @@ protected:
             });
         EXPECT_GT(report.faultyRuns, 0U);
     }
-
-    TempDirectory directory;
-    u8string place;
-    testsupport::TemporaryPlace temporaryPlace;
 };
 
 TEST_F(DiskTorture, QuestionsAreAnsweredOrDenied)
@@ -225,30 +242,31 @@ TEST_F(DiskTorture, QuestionsAreAnsweredOrDenied)
             }},
     };
     for (const auto & question : questions)
-        tortureOperation(question.label, [&](bool hasFault) { return question.ask() || hasFault; });
+        tortureQuestion(
+            question.label, [&](const Fault & fault) { return question.ask() || fault.excuses(); });
 }
 
 TEST_F(DiskTorture, AFullDirectoryIsNeverTakenForAnEmptyOne)
 {
-    tortureOperation("isEmpty", [&](bool) { return !File(at("tree")).isEmpty(); });
-    tortureOperation("isEmpty of a file", [&](bool) { return !File(at("file")).isEmpty(); });
+    tortureQuestion("isEmpty", [&](const Fault &) { return !File(at("tree")).isEmpty(); });
+    tortureQuestion("isEmpty of a file", [&](const Fault &) { return !File(at("file")).isEmpty(); });
 }
 
 TEST_F(DiskTorture, ARefusedOpenNeverEmptiesAFile)
 {
     tortureOperation("openForWrite",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             const std::unique_ptr<qvdisk::FileWriter> writer(File(at("file")).openForWrite());
             if (writer != nullptr)
                 return bytesOf("file").empty();
-            return hasFault && bytesOf("file") == longBytes;
+            return fault.excuses() && bytesOf("file") == longBytes;
         });
     tortureOperation("openForRead",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             const std::unique_ptr<qvdisk::FileReader> reader(File(at("file")).openForRead());
-            return (reader != nullptr || hasFault) && bytesOf("file") == longBytes;
+            return (reader != nullptr || fault.excuses()) && bytesOf("file") == longBytes;
         });
 }
 
@@ -293,54 +311,55 @@ TEST_F(DiskTorture, AWriteThatSaysYesHasWrittenEverything)
     };
     for (const auto & way : ways)
     {
-        tortureOperation(
-            way.label, [&](bool hasFault) { return way.write() ? bytesOf("new") == longBytes : hasFault; });
+        tortureOperation(way.label,
+            [&](const Fault & fault) { return way.write() ? bytesOf("new") == longBytes : fault.excuses(); });
     }
 }
 
 TEST_F(DiskTorture, AFileIsReadAsFarAsItCanBe)
 {
     tortureOperation("readRawFile",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             std::string out = "before";
             const bool isRead = qvdisk::readRawFile(at("file"), out);
             if (!isRead)
-                return hasFault && out == "before";
+                return fault.excuses() && out == "before";
             // Kept: a read that fails ends it quietly.
-            return hasFault ? ("before" + longBytes).compare(0, out.size(), out) == 0
-                            : out == "before" + longBytes;
+            return fault.excuses() ? ("before" + longBytes).compare(0, out.size(), out) == 0
+                                   : out == "before" + longBytes;
         });
     tortureOperation("readUnicodeTextFile",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             u8string out = "before";
-            return qvdisk::readUnicodeTextFile(at("file"), out) ? hasFault || out == longBytes
-                                                                : hasFault && out == "before";
+            return qvdisk::readUnicodeTextFile(at("file"), out) ? fault.excuses() || out == longBytes
+                                                                : fault.excuses() && out == "before";
         });
     tortureOperation("countMD5sum",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             u8string digest;
             // Seventy thousand times x, as md5sum reckons it.
             const bool isCounted = qvdisk::countMD5sum(at("file"), digest);
-            return isCounted ? digest == "bbe08e77a44b51de811b3d30272b9916" : hasFault && digest.empty();
+            return isCounted ? digest == "bbe08e77a44b51de811b3d30272b9916"
+                             : fault.excuses() && digest.empty();
         });
 }
 
 TEST_F(DiskTorture, DirectoriesAreMadeOrDenied)
 {
-    tortureOperation("mkdir", [&](bool hasFault)
-        { return File(at("new")).mkdir() ? fs::exists(directory.path() / "new") : hasFault; });
+    tortureOperation("mkdir", [&](const Fault & fault)
+        { return File(at("new")).mkdir() ? fs::exists(directory.path() / "new") : fault.excuses(); });
     tortureOperation("createDirectories",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             const bool isMade = qvdisk::createDirectories(at("new\\newer\\newest"));
             const UnseenAllocations unseen;
-            return isMade ? directory.contains("new/newer/newest") : hasFault;
+            return isMade ? directory.contains("new/newer/newest") : fault.excuses();
         });
     tortureOperation("wide createDirectories",
-        [&](bool) { return qvdisk::createDirectories(Vontal::pstring(at("new\\newer"))); });
+        [&](const Fault &) { return qvdisk::createDirectories(Vontal::pstring(at("new\\newer"))); });
 }
 
 TEST_F(DiskTorture, WhatIsSaidToBeRemovedIsGoneAndNothingElse)
@@ -385,29 +404,29 @@ TEST_F(DiskTorture, WhatIsSaidToBeRemovedIsGoneAndNothingElse)
     for (const auto & way : ways)
     {
         tortureOperation(way.label,
-            [&](bool hasFault)
+            [&](const Fault & fault)
             {
                 const bool isRemoved = way.remove();
                 EXPECT_EQ(bytesOf("file"), longBytes);
                 const UnseenAllocations unseen;
-                return isRemoved ? !directory.contains(way.name) : hasFault;
+                return isRemoved ? !directory.contains(way.name) : fault.excuses();
             });
     }
     tortureOperation("remove of a full directory, not asked for what is in it",
-        [&](bool)
+        [&](const Fault &)
         {
             const bool isRemoved = File(at("tree")).remove(false);
             return !isRemoved && bytesOf("tree/below/deep/c") == "1";
         });
     tortureOperation("deleteAllFiles",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             std::wstring error;
             const bool isDone = qvdisk::deleteAllFiles(Vontal::pstring(at("tree\\below\\deep")), error);
             EXPECT_EQ(isDone, error.empty());
             EXPECT_EQ(bytesOf("tree/below/b"), "1");
             const UnseenAllocations unseen;
-            return hasFault || (isDone && !directory.contains("tree/below/deep/c"));
+            return fault.excuses() || (isDone && !directory.contains("tree/below/deep/c"));
         });
 }
 
@@ -452,21 +471,21 @@ TEST_F(DiskTorture, TemporaryFilesAreGivenOutOrNotThere)
     for (const auto & way : ways)
     {
         tortureOperation(way.label,
-            [&](bool hasFault)
+            [&](const Fault & fault)
             {
                 const bool isMade = way.make();
                 EXPECT_EQ(temporaries(), isMade ? 1 : 0);
-                return isMade || hasFault;
+                return isMade || fault.excuses();
             });
     }
     tortureOperation("AutoDeleteFile",
-        [&](bool hasFault)
+        [&](const Fault & fault)
         {
             qvdisk::AutoDeleteFile file;
             const bool isMade = qvdisk::createTempFile(u8string("a"), u8string("b"), file);
             EXPECT_EQ(file.isEmpty(), !isMade);
             EXPECT_EQ(temporaries(), isMade ? 1 : 0);
-            return isMade || hasFault;
+            return isMade || fault.excuses();
         });
 }
 

@@ -175,7 +175,7 @@ TEST_F(UnzipTorture, LeavesWholeFilesAndOneEntry)
                 VontalException error;
                 const bool isDone = row.unpack(archive, target, error);
                 const UnseenAllocations unseen;
-                EXPECT_TRUE(isDone || fault.happened());
+                EXPECT_TRUE(isDone || fault.excuses());
                 EXPECT_TRUE(isDone ? error.format().empty() : isOneEntry(error)) << error.format();
                 EXPECT_TRUE(!isDone || countWhole(false) == fileCount);
                 countWhole(row.leavesParts);
@@ -193,7 +193,7 @@ TEST_F(UnzipTorture, ReadsAnItemWholeOrTellsThatItDidNot)
             qvzip::ZipPtr reader;
             std::vector<char> bytes;
             const bool isRead = reader.openZipFile(archive) && reader.readFileTo(L"TREE/d/e/large", bytes);
-            EXPECT_TRUE(isRead || fault.happened());
+            EXPECT_TRUE(isRead || fault.excuses());
             EXPECT_TRUE(!isRead || std::equal(bytes.begin(), bytes.end(), files().back().bytes.begin(),
                                        files().back().bytes.end()));
         });
@@ -229,7 +229,7 @@ TEST_F(UnzipTorture, PacksATreeOrTellsThatItDidNot)
             bool isPacked = writer.createZipFile(packed) && writer.addDirContent(directory.text("tree"));
             isPacked = CloseZipZ(writer.release()) == 0 && isPacked;
             const UnseenAllocations unseen;
-            EXPECT_TRUE(isPacked || fault.happened());
+            EXPECT_TRUE(isPacked || fault.excuses());
             // Kept: whether the bare directory could be added is not asked.
             // A fault that is still to come would hit the counting.
             if (isPacked && (fault.happened() || fault.kind == Fault::Kind::None))

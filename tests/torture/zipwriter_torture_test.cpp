@@ -138,7 +138,7 @@ protected:
         const HZIP archive = create(target);
         if (archive == nullptr)
         {
-            EXPECT_TRUE(fault.happened());
+            EXPECT_TRUE(fault.excuses());
             takeApart();
             return;
         }
@@ -226,7 +226,7 @@ private:
     static void checkFailure(const Fault & fault, Vontal::ulong32 result)
     {
         const UnseenAllocations unseen;
-        EXPECT_TRUE(fault.happened());
+        EXPECT_TRUE(fault.excuses());
         // The last one comes of a file that the gate has made one of unknown size, through a pipe.
         constexpr std::array<Vontal::ulong32, 5> results = {0x200, 0x300, 0x400, 0x2000000, 0x4000000};
         EXPECT_NE(std::find(results.begin(), results.end(), result), results.end()) << std::hex << result;
@@ -257,7 +257,7 @@ private:
         if (closed != 0)
         {
             EXPECT_EQ(closed, 0x400U);
-            EXPECT_TRUE(fault.happened());
+            EXPECT_TRUE(fault.excuses());
             return;
         }
         if (target == Target::Pipe)

@@ -4,6 +4,7 @@
 #include "VontalBase/core/ReferencedImplMT.h"
 
 #include "support/ChildProcess.h"
+#include "support/Eventually.h"
 #include "support/NativePaths.h"
 #include "support/TestSemaphore.h"
 #include "utils/bundlesupport.h"
@@ -11,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
@@ -49,14 +51,14 @@ private:
 /// Whether another thread can look up a text now. It gives up after a while.
 bool canBeUsedElsewhere(ResourceManager * manager)
 {
-    testsupport::TestSemaphore isDone;
+    const auto isDone = std::make_shared<testsupport::TestSemaphore>();
     std::thread looker(
-        [&]
+        [isDone, manager]
         {
             EXPECT_EQ(manager->getString("menu", "k"), "text");
-            isDone.release();
+            isDone->release();
         });
-    const bool isInTime = isDone.tryAcquireFor(std::chrono::seconds(10));
+    const bool isInTime = isDone->tryAcquireFor(testsupport::patience);
     // A thread that waits for the lock comes free when the caller has left the manager.
     if (isInTime)
         looker.join();

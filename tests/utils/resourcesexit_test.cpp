@@ -28,7 +28,7 @@ constexpr int noThread = 10;
 constexpr int noProgress = 12;
 constexpr int wrongText = 13;
 constexpr int lookingThreads = 8;
-constexpr int exits = testsupport::isSlow ? 20 : 200;
+const int exits = testsupport::repetitions(50);
 
 /// Lookups that the threads have made. Never destroyed, like all that they touch.
 std::atomic<unsigned long long> made{0};
