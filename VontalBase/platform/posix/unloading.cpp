@@ -1,5 +1,7 @@
 #include "VontalBase/platform/unloading.h"
 
+#include "VontalBase/platform/posix/xmlguard.h"
+
 #include <dlfcn.h>
 
 namespace qvplatform
@@ -38,6 +40,11 @@ bool hasModuleEnded = false;
 bool isBeingUnloaded() noexcept
 {
     return hasModuleEnded && !isBoundToProgram;
+}
+
+void keepUsableForThreads() noexcept
+{
+    keepXmlLibrary();
 }
 
 } // namespace qvplatform

@@ -1,5 +1,6 @@
 #include "VontalBase/platform/posix/xmlguard.h"
 
+#include <cstdlib>
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
@@ -25,6 +26,16 @@ void startXmlLibrary() noexcept
     // Never undone: other users of the library in this process would lose what they have.
     static const bool isStarted = (xmlInitParser(), true);
     static_cast<void>(isStarted);
+}
+
+void keepXmlLibrary() noexcept
+{
+    // It clears up only where its memory goes straight back to the C library.
+    if (xmlFree == &std::free)
+        xmlFree = [](void * memory)
+        {
+            std::free(memory);
+        };
 }
 
 QuietErrors::QuietErrors() noexcept

@@ -11,6 +11,9 @@ namespace qvplatform
 /// Makes libxml2 ready, once a process.
 void startXmlLibrary() noexcept;
 
+/// Keeps libxml2 from clearing up at the end of the process. Not for a process that goes on.
+void keepXmlLibrary() noexcept;
+
 /// As long as it lives, what libxml2 and libxslt complain of on this thread, and do not tell a handler of
 /// ours, goes nowhere. The handlers that somebody else has set on this thread come back in the end.
 class QuietErrors

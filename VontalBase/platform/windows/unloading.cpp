@@ -18,4 +18,9 @@ bool isBeingUnloaded() noexcept
     return isKnown && own != GetModuleHandleW(nullptr) && !areOtherThreadsStopped();
 }
 
+void keepUsableForThreads() noexcept
+{
+    // The system stops all threads before it ends the libraries of a process.
+}
+
 } // namespace qvplatform
