@@ -1,6 +1,10 @@
 # How everything of ours is compiled. Foreign code (GoogleTest) gets the sanitizers, since a program is
 # instrumented whole or not at all, but neither our warnings nor our language settings.
 
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "^(GNU|Clang)$" OR (WIN32 AND NOT MINGW))
+    message(FATAL_ERROR "VontalBase is built with g++ or clang++; for Windows with mingw-w64.")
+endif()
+
 find_package(Threads REQUIRED)
 if(WIN32 AND NOT DEFINED ZLIB_USE_STATIC_LIBS)
     # One DLL less to ship.
@@ -45,26 +49,19 @@ function(vontalbase_apply_settings target)
     if(WIN32)
         target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 NOMINMAX WIN32_LEAN_AND_MEAN)
     endif()
-    if(MSVC)
-        target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8 /Zc:__cplusplus)
-        if(VONTALBASE_WARNINGS_AS_ERRORS)
-            target_compile_options(${target} PRIVATE /WX)
-        endif()
-    else()
-        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
-        # A fused multiplication would change the last bits of the numbers that string2double reads.
-        target_compile_options(${target} PRIVATE -ffp-contract=off)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-            # Sees overlapping copies in the standard library's own operator+ of strings, where there are none.
-            target_compile_options(${target} PRIVATE -Wno-restrict)
-        endif()
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-            # clang counts changes of sign among the conversions, g++ does not; one rule for both.
-            target_compile_options(${target} PRIVATE -Wno-sign-conversion)
-        endif()
-        if(VONTALBASE_WARNINGS_AS_ERRORS)
-            target_compile_options(${target} PRIVATE -Werror)
-        endif()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+    # A fused multiplication would change the last bits of the numbers that string2double reads.
+    target_compile_options(${target} PRIVATE -ffp-contract=off)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # Sees overlapping copies in the standard library's own operator+ of strings, where there are none.
+        target_compile_options(${target} PRIVATE -Wno-restrict)
+    endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        # clang counts changes of sign among the conversions, g++ does not; one rule for both.
+        target_compile_options(${target} PRIVATE -Wno-sign-conversion)
+    endif()
+    if(VONTALBASE_WARNINGS_AS_ERRORS)
+        target_compile_options(${target} PRIVATE -Werror)
     endif()
 endfunction()
 

@@ -1,9 +1,6 @@
 # C++ objects and exceptions cross the border of the DLL, so program and DLL share one C++ runtime: the
 # compiler's own DLLs, copied beside the programs and shipped with the library.
 
-if(NOT MINGW)
-    return()
-endif()
 option(VONTALBASE_INSTALL_RUNTIME "Install the compiler's runtime DLLs beside the library" ON)
 
 set(vontalbase_runtime_dlls)
@@ -12,6 +9,11 @@ foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(
         COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${name}
         OUTPUT_VARIABLE dll OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT IS_ABSOLUTE "${dll}")
+        # A compiler on Windows itself has its DLLs beside its programs, and tells only the name.
+        get_filename_component(compiler_folder "${CMAKE_CXX_COMPILER}" DIRECTORY)
+        set(dll "${compiler_folder}/${name}")
+    endif()
     file(REAL_PATH "${dll}" dll)
     if(NOT EXISTS "${dll}")
         message(FATAL_ERROR "The compiler does not know where its ${name} is.")
