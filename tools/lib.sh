@@ -20,7 +20,7 @@ packages_fuzz=(clang-16 libclang-rt-16-dev llvm-16)
 packages_lint=(clang-tidy-16 python3)
 packages_format=(clang-format)
 packages_coverage=(gcovr)
-packages_docs=(doxygen python3)
+packages_docs=(doxygen)
 
 say() {
     printf '== %s\n' "$*"
@@ -74,7 +74,8 @@ configure() {
         rm -f "build/$1/CMakeCache.txt"
         cmake --preset "$1" >"build/.configure-$1.log" 2>&1 || {
             cat "build/.configure-$1.log"
-            fail "CMake failed for $1"
+            say "CMake failed for $1"
+            return 1
         }
     fi
 }
@@ -84,7 +85,8 @@ build() {
     local preset=$1
     shift
     mkdir -p build
-    configure "$preset"
+    # Where the caller asks for the outcome, bash does not stop by itself.
+    configure "$preset" || return 1
     say "building $preset${*:+ ($*)}"
     cmake --build --preset "$preset" ${*:+--target "$@"}
 }
