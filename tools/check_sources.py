@@ -9,13 +9,16 @@
    private if one of its first five lines is "/// @internal", or if it is within a half of the platform.
 3. The house itself never includes VontalBase/VontalBase.h, which is for applications.
 4. Headers form no circle.
-5. The two halves of the platform have the same file names, but for those that begin with "com" or "xml": what
-   they hold is built into the other system.
+5. The sources (*.cpp) of the two halves of the platform have the same names, but for those that begin with "com"
+   or "xml": what they hold is built into the other system.
 6. Every header says what it is: one of its first five lines is "/// @file". What is in a header without it would
    be missing from the manual without a word.
-7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both.
+7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both. README.md
+   has the first program as a reader would write it, in a file main.cpp, and what it prints then.
 8. What the library throws is of the standard library, or the error of COM.
 9. Each benchmark tells the report of itself.
+10. VontalBase/VontalBase.h leads to every public header.
+11. No line of C++ is longer than 110 characters: the formatter leaves comments as they are.
 """
 
 import pathlib
@@ -37,6 +40,12 @@ STANDARD = {"semaphore"}  # of the system only with its .h
 THROWN = re.compile(r"^[^/\"]*\bthrow\s+(?!std::|_com_error\b)\w", re.MULTILINE)
 
 SHOWN = re.compile(r"^\\(?:verb)?include(?:\{lineno\})? (\S+)$", re.MULTILINE)
+
+# Where a reader of README.md may have the first program.
+READERS_FILE = "/home/you/application/main.cpp"
+
+FORMATTED = ("VontalBase", "tests", "bench", "fuzz", "examples", "docs", "packaging")
+LONGEST_LINE = 110
 
 HALF = re.compile(r"VontalBase/platform/(posix|windows)/")
 
@@ -99,6 +108,17 @@ def unshown_programs(docs):
             yield f"what docs/programs/{name} prints is on no page of the manual"
 
 
+def untrue_readme(root):
+    """What is wrong with the first program in README.md."""
+    readme = (root / "README.md").read_text(encoding="utf-8")
+    first = root / "docs" / "programs" / "first.cpp"
+    if f"```cpp\n{first.read_text(encoding='utf-8')}```\n" not in readme:
+        yield "README.md does not have the whole of docs/programs/first.cpp"
+    printed = first.with_suffix(".txt").read_text(encoding="utf-8").replace(first.name, READERS_FILE)
+    if f"```\n{printed}```\n" not in readme:
+        yield f"README.md does not have what docs/programs/first.cpp prints as {READERS_FILE}"
+
+
 def foreign_exceptions(root, files):
     """Where something else is thrown than applications expect."""
     for path in files:
@@ -106,6 +126,26 @@ def foreign_exceptions(root, files):
         for match in THROWN.finditer(text):
             number = text.count("\n", 0, match.end()) + 1
             yield f"{path.relative_to(root).as_posix()}:{number}: an exception that is not of the standard library"
+
+
+def unreachable_headers(headers, private):
+    """Public headers that an application does not get by including the one for all."""
+    reached, waiting = set(), ["VontalBase/VontalBase.h"]
+    while waiting:
+        name = waiting.pop()
+        if name in headers and name not in reached:
+            reached.add(name)
+            waiting += (target for _, _, target in included(headers[name]))
+    for name in sorted(headers.keys() - private - reached):
+        yield f"{name}: VontalBase/VontalBase.h does not lead to it"
+
+
+def long_lines(root):
+    """Lines that are too long."""
+    for path in sorted(p for folder in FORMATTED for p in (root / folder).rglob("*") if p.suffix in (".h", ".cpp")):
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            if len(line) > LONGEST_LINE:
+                yield f"{path.relative_to(root).as_posix()}:{number}: a line of {len(line)} characters"
 
 
 def main():
@@ -150,7 +190,10 @@ def main():
             complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
 
     complaints += unshown_programs(root / "docs")
+    complaints += untrue_readme(root)
     complaints += foreign_exceptions(root, files)
+    complaints += unreachable_headers(headers, private)
+    complaints += long_lines(root)
     complaints += (f"bench/{path.name} does not call bench::describe" for path in sorted(root.glob("bench/*_bench.cpp"))
                    if "bench::describe(" not in path.read_text(encoding="utf-8"))
 
