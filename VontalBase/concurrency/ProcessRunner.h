@@ -56,8 +56,7 @@ public:
     /// terminal, such as that of Ctrl-C, do not reach it, as on Windows.
     ///
     /// @param command the program, in UTF-8. A path that has blanks is quoted by the caller. Without a path
-    /// the
-    ///     system searches the program in its usual places. On Linux `/` stands for each `\` in it.
+    ///     the system searches the program in its usual places. On Linux `/` stands for each `\` in it.
     /// @param arguments the finished text of the arguments, in UTF-8; nothing is quoted here. If it is empty,
     ///     the command line is @p command alone, otherwise a blank is between them. On Linux the command line
     ///     is taken apart by the rules of the Microsoft C runtime, which programs on Windows apply

@@ -26,8 +26,7 @@ namespace qvbase
 /// @param object the object that was called; not null, and not kept.
 /// @param iid the interface that was called; not null, and not kept.
 /// @param failure receives the entry, which says so where the error or its description cannot be had. It
-/// stays
-///     as it was where the object supports no rich errors for that interface.
+///     stays as it was where the object supports no rich errors for that interface.
 VONTALBASE_API void processComException(IUnknown * object, const GUID * iid, VontalException & failure);
 
 /// Appends what a failed call tells: the result code with the system's text for it, and the rich error, as

@@ -167,9 +167,8 @@ public:
     /// Prints the time as the narrow form does, and "hh:mm:ss.mmm" for format 4.
     void printTime(std::wstring & out, Vontal::long32 format) const;
     /// The date in the long form of the user's locale, which is fixed by the first call in the process, on
-    /// whatever thread; at
-    /// most 255 wide units. Empty for a date that the Gregorian calendar lacks or that lies before 1601 or
-    /// after 30827, and where the system refuses.
+    /// whatever thread; at most 255 wide units. Empty for a date that the Gregorian calendar lacks or that
+    /// lies before 1601 or after 30827, and where the system refuses.
     Vontal::u8string formatDate() const;
     /// The time in the form of the user's locale; at most 255 wide units. Empty for a time below 0 or of 24
     /// hours or more, and where the system refuses.

@@ -55,8 +55,7 @@ VONTALBASE_API bool deleteDirectory(const Vontal::u8string & directory);
 /// are not removed and are such a failure; links are removed as links.
 /// @param directory one that cannot be listed holds nothing to delete.
 /// @param error a failure appends its place and what went wrong: "Wrong argument directory" for an empty
-/// path,
-///     or "Cannot remove file: " and the path.
+///     path, or "Cannot remove file: " and the path.
 /// @return whether every entry that was listed is gone; a listing that breaks off counts as its end.
 VONTALBASE_API bool deleteAllFiles(const std::wstring & directory, std::wstring & error);
 

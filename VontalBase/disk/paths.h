@@ -35,8 +35,7 @@ VONTALBASE_API void removeLastSlash(Vontal::u8string & path);
 
 /// The extension of a path, its dot included.
 /// @return what begins with the last dot of the path; empty where there is no dot, or where a separator
-/// stands
-///     behind the last one. A name that begins with its only dot is all extension.
+///     stands behind the last one. A name that begins with its only dot is all extension.
 VONTALBASE_API std::string extractExtension(const std::string & path);
 /// The same for another kind of text.
 VONTALBASE_API std::wstring extractExtension(const std::wstring & path);

@@ -29,8 +29,7 @@ class AutoDeleteFile;
 /// @param prefix what the name begins with; each of `: ? * < > | / \`, the double quote and the apostrophe in
 ///     it becomes "_". A "-" is put behind it unless it is empty or ends in one.
 /// @param suffix what the name ends in, as it stands. A "." is put in front of it unless it is empty or
-/// begins
-///     with one.
+///     begins with one.
 /// @param out receives the path.
 /// @return false if no file could be made in 100000 attempts, as in a directory that does not exist.
 VONTALBASE_API bool createTempFile(const std::wstring & directory, const std::wstring & prefix,

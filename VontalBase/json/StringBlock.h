@@ -52,8 +52,7 @@ public:
     /// Whether lead and continuation bytes match among the first `count` bytes. Form only: overlong forms and
     /// sequences of five and six bytes pass.
     /// @param count how many bytes count. One that ends the ordinary ones is to be counted as well: since it
-    /// is
-    ///     no continuation, none may be due there.
+    ///     is no continuation, none may be due there.
     /// @param due a bit for each byte of this block that must be a continuation because of the block before;
     ///     receives the same for the next one.
     bool hasForm(unsigned int count, unsigned int & due) const noexcept

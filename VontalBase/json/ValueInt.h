@@ -40,8 +40,7 @@ public:
     /// @param text the digits.
     /// @param length how many bytes of @p text count.
     /// @return what `string2Int64` tells, which some numbers that do not fit pass. The value is what it
-    /// gives, on failure
-    ///     too.
+    ///     gives, on failure too.
     bool parseInt(char const * text, unsigned int length);
 
 protected:

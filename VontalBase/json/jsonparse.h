@@ -5,13 +5,11 @@
 /// - the top level must be an object or an array;
 /// - real numbers are read but refused as values, and `0` behind which an exponent stands is refused at once;
 /// - the end of the text is not checked: truncated or empty text is no failure in itself, and a number, true,
-/// false
-///   or null with no comma, bracket or comment behind it is never delivered;
+///   false or null with no comma, bracket or comment behind it is never delivered;
 /// - comments and trailing commas are refused;
 /// - UTF-8 is checked for lead and continuation bytes only, and sequences of five and six bytes pass;
 /// - depth has no limit but memory, and costs no stack; a string or a number of 4 GiB or more is refused,
-/// since the
-///   interface of acceptors cannot tell its length.
+///   since the interface of acceptors cannot tell its length.
 ///
 /// A failure adds to the record, in this order: what the acceptor refused, if it did ("Failed to parse int: "
 /// and the text, for instance); "Failed to parse JSON"; and what the caller adds. Nothing that was

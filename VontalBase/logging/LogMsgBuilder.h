@@ -16,8 +16,7 @@ class VONTALBASE_API LogMsgBuilder
 public:
     /// Makes the text. The logger calls it on the thread that logs, with its lock held.
     /// @return the line with the line feed at its end. What leaves it instead leaves `LoggerInterface::log`,
-    /// and
-    ///     the line is lost.
+    ///     and the line is lost.
     virtual Vontal::u8string build() = 0;
 };
 

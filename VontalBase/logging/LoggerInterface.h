@@ -24,8 +24,7 @@ class LogMsgBuilder;
 /// process the system may have stopped a thread within a line: nobody waits for that one, and the logger
 /// takes no more lines.
 ///
-/// It has no virtual destructor: a logger
-/// is destroyed as what it is.
+/// It has no virtual destructor: a logger is destroyed as what it is.
 class VONTALBASE_API LoggerInterface
 {
 public:

@@ -20,9 +20,8 @@ class CommandLineParserW;
 /// Splits command lines at their blanks, with double quotes as the only quoting, and holds the arguments.
 ///
 /// - Blanks separate, a tab does not. A double quote turns quoting on or off wherever it stands, and is
-/// itself
-///   dropped: `ab"c d"e` is the one argument `abc de`. There is no escape, so no argument holds a double
-///   quote.
+///   itself dropped: `ab"c d"e` is the one argument `abc de`. There is no escape, so no argument holds a
+///   double quote.
 /// - An empty pair of quotes gives no argument. A quote that is not closed reaches to the end.
 ///
 /// None of this is how a system splits what it hands to a program; for that, see the arguments of `main`.
@@ -64,7 +63,7 @@ public:
     /// Joins the arguments behind the first one, which by convention names the program, into a line again:
     /// each in double quotes, with a blank between them.
     /// @param value receives the line in UTF-8 in place of what it held; empty where there is nothing to
-    /// join.
+    ///     join.
     // NOLINTNEXTLINE(readability-identifier-naming)
     void get_args(Vontal::u8string & value) const;
 

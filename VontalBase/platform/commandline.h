@@ -15,8 +15,7 @@ namespace qvplatform
 /// 1. The name of the program goes up to the first blank or tab outside of double quotes. The quotes are left
 ///    out; backslashes mean nothing.
 /// 2. The arguments are separated by blanks and tabs outside of double quotes. The quotes are left out, so
-/// that
-///    `""` is an empty argument. A group that is not closed goes up to the end.
+///    that `""` is an empty argument. A group that is not closed goes up to the end.
 /// 3. 2n backslashes in front of a double quote are n backslashes, and the quote opens or closes a group.
 ///    2n + 1 of them are n backslashes and the quote as text. Others are what they are.
 /// 4. Within a group `""` is one quote as text, and the group goes on.

@@ -63,8 +63,7 @@ bool alwaysAppends(Handle handle) noexcept;
 
 /// Reads the bytes at the handle's position, and moves it.
 /// @param count receives how many came: fewer than @p size only where the file or pipe is at its end, or
-/// where
-///     the system broke off behind the first byte. 0 at the end.
+///     where the system broke off behind the first byte. 0 at the end.
 /// @return false where the system refuses before the first byte.
 bool readBytes(Handle handle, void * buffer, std::size_t size, std::size_t & count) noexcept;
 

@@ -59,8 +59,7 @@ void shrinkPipe(Handle end) noexcept;
 /// do not reach it.
 ///
 /// @param commandLine the program and its arguments, up to its first zero. Elsewhere than on Windows it is
-/// split
-///     as `splitCommandLine` tells, and in the name of the program `/` stands for each `\`.
+///     split as `splitCommandLine` tells, and in the name of the program `/` stands for each `\`.
 /// @param information receives the process.
 /// @return false where the system has no such program or cannot start it.
 bool startProcess(

@@ -81,7 +81,7 @@ public:
     virtual unsigned int toUInt() const;
     /// The text as a 32-bit unsigned number, as `string2ULong` reads it.
     /// @param ok receives whether the text was read to its end and held a digit; some numbers that do not fit
-    /// pass.
+    ///     pass.
     virtual ulong32 toULong(bool & ok) const;
     /// The text as a real number, as `string2double` reads it.
     /// @param ok receives false, whatever the text: the flag carries no information.

@@ -30,8 +30,7 @@ public:
     /// Looks up a text.
     /// @param key is compared byte for byte.
     /// @return the text, which lives as long as the bundle, or @p key itself if there is none, which the
-    /// caller
-    ///     keeps alive: a lookup never fails. Nothing is copied.
+    ///     caller keeps alive: a lookup never fails. Nothing is copied.
     virtual const Vontal::u8string & getString(const Vontal::u8string & key) = 0;
 };
 

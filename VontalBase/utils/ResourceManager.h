@@ -10,10 +10,9 @@
 ///
 /// A key ends at a blank, a tab or the first "=" behind its first character; blanks and tabs in front of a
 /// key, and between it and the "=", do not count. The value is all of the rest of the line, blanks included,
-/// in which
-/// `\\`, `\n`, `\r` and `\t` stand for a backslash, a line feed, a carriage return and a tab. Any fault, such
-/// as another escape, a key without "=" or one that is there twice, makes the file worth nothing at all: it
-/// is taken for missing, and so is what is no regular file. A text ends at its first zero.
+/// in which `\\`, `\n`, `\r` and `\t` stand for a backslash, a line feed, a carriage return and a tab. Any
+/// fault, such as another escape, a key without "=" or one that is there twice, makes the file worth nothing
+/// at all: it is taken for missing, and so is what is no regular file. A text ends at its first zero.
 ///
 /// Kept: a file of which the system cannot read the rest ends there, and nobody is told.
 ///

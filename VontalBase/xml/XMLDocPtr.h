@@ -82,14 +82,12 @@ public:
 
     /// Makes a new document with an XML declaration and a root element.
     /// @return the root element; null, with the old document as it was, if the service refused, as a name
-    /// that
-    ///     XML does not allow.
+    ///     that XML does not allow.
     Node * create(const Vontal::u8string & rootName);
 
     /// Loads a document from all that a stream still gives.
     /// @return false, with the old document as it was, for this and the other forms, if that cannot be read
-    /// or
-    ///     is no well-formed document. A parse error is written as one line to the standard wide error
+    ///     or is no well-formed document. A parse error is written as one line to the standard wide error
     ///     stream, `Failed to parse XML: (FILEPOS:LINE,COLUMN)REASON`, the first number being an offset in
     ///     the file.
     bool load(std::istream & in);

@@ -32,12 +32,10 @@ namespace qvzip
 /// @param zipPath the archive's file. One without any item is refused unless other bytes stand in front of
 /// it.
 /// @param targetDir the directory, with or without a `\` at its end; a `/` there is refused. An empty one
-/// means the
-///     root.
+///     means the root.
 /// @param error receives one entry where it fails, which tells the step.
 /// @return false at the first failure, want of memory among them. What was unpacked before it stays, and so
-/// does
-///     what there is of the item concerned.
+///     does what there is of the item concerned.
 VONTALBASE_API bool unzip(
     const Vontal::u8string & zipPath, const Vontal::u8string & targetDir, VontalException & error);
 
@@ -65,16 +63,13 @@ using UnzipProgress = std::function<void(std::uint64_t written, std::uint64_t to
 /// Before anything is written, the whole directory of the archive is looked through. It is refused for:
 /// - more items, bytes or levels than the options allow;
 /// - names that are empty, that hold a NUL, that are absolute, begin with a drive letter, or leave the
-/// target;
-///   `/` and `\` both separate in names, and a component `.` or `..` counts as the way it goes. On Windows a
-///   colon anywhere is refused too, for what stands behind it is no name there;
+///   target; `/` and `\` both separate in names, and a component `.` or `..` counts as the way it goes. On
+///   Windows a colon anywhere is refused too, for what stands behind it is no name there;
 /// - components that are Windows device names such as `NUL` or `com1.txt`, or that end in a dot or a blank,
-/// on every
-///   system;
+///   on every system;
 /// - items whose data overlap each other or the archive's directory, or lie outside the archive;
 /// - items that are encrypted or packed in another way than stored or deflated, and those whose header in
-/// front of
-///   the data tells another name, method or size than the directory does.
+///   front of the data tells another name, method or size than the directory does.
 ///
 /// Before anything of an item is written, all of it is unpacked once. It is refused for data that are not as
 /// long as told, for a wrong checksum, for a symbolic link at the place of its file or of a directory above
@@ -87,20 +82,16 @@ using UnzipProgress = std::function<void(std::uint64_t written, std::uint64_t to
 ///
 /// @param zipPath the archive's file. One without any item gives true where other bytes stand in front of it.
 /// @param targetDir the directory, with or without separators at its end; an empty one is the working
-/// directory. It
-///     may itself be reached through links.
+///     directory. It may itself be reached through links.
 /// @param error receives one entry where it fails, which names the step and the item.
 /// @param options what passes.
 /// @param interrupt asked between pieces of 64 KiB or less, while items are checked and while they are
-/// written; null
-///     for nobody. The caller keeps it.
+///     written; null for nobody. The caller keeps it.
 /// @param progress told on the calling thread, after each piece that is written, with counts in bytes. What
-/// it throws
-///     leaves the call.
+///     it throws leaves the call.
 /// @return false at the first failure or interruption. What was unpacked before it stays; of the item
-/// concerned
-///     nothing does but directories, and a file that it was to replace is still there. `std::bad_alloc` may
-///     leave the call, which then leaves behind the same.
+///     concerned nothing does but directories, and a file that it was to replace is still there.
+///     `std::bad_alloc` may leave the call, which then leaves behind the same.
 VONTALBASE_API bool unzipChecked(const Vontal::u8string & zipPath, const Vontal::u8string & targetDir,
     VontalException & error, const UnzipOptions & options = {},
     qvbase::InterruptAskable * interrupt = nullptr, const UnzipProgress & progress = {});

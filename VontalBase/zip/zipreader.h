@@ -119,8 +119,7 @@ VONTALBASE_API Vontal::ulong32 GetZipItemW(HZIP hz, int index, ZIPENTRYW * ze);
 /// @param ze receives what `GetZipItemA` tells of the item. Where it is not found, all of it becomes 0 but
 ///     `index`, which becomes -1. Null is allowed; what the item's own header says is then not looked at.
 /// @return 0; 0x500 where it is not found; what `GetZipItemA` gives where that fails, with @p ze left alone.
-/// A
-///     handle that is none to be read from leaves @p index alone too.
+///     A handle that is none to be read from leaves @p index alone too.
 ///
 /// Kept: only the first 255 bytes of a stored name are compared, so that a longer one is found by them.
 VONTALBASE_API Vontal::ulong32 FindZipItemA(

@@ -38,9 +38,8 @@ VONTALBASE_API bool IsZipHandleZ(HZIP hz);
 ///     block of memory, which must live until the archive is closed, or null for memory of
 ///     the writer's own.
 /// @param len of the memory in bytes, above 0; of no meaning otherwise. Memory that turns out too small is
-/// left
-///     as it is by then, and the archive goes on in memory of the writer's own: a block that is to hold the
-///     archive must be larger than that, by one byte at least.
+///     left as it is by then, and the archive goes on in memory of the writer's own: a block that is to hold
+///     the archive must be larger than that, by one byte at least.
 /// @param flags one of the three kinds.
 /// @return the archive, which the caller closes with `CloseZipZ`; null with the result recorded where that
 ///     fails: 0x200 where the file cannot be made, 0x100 where the handle cannot be duplicated, 0x30000 for
@@ -96,8 +95,7 @@ VONTALBASE_API Vontal::ulong32 ZipAdd(
 /// @param pbuf receives the archive's beginning, valid until `CloseZipZ`; null for an archive that is not in
 ///     memory, and for a null handle. Null is allowed.
 /// @param plen receives the archive's length in bytes, also of one that is not in memory; 0 for a null
-/// handle.
-///     Null is allowed.
+///     handle. Null is allowed.
 /// @return 0 for an archive in memory; 0x20000 for any other.
 VONTALBASE_API Vontal::ulong32 ZipGetMemory(HZIP hz, void ** pbuf, Vontal::ulong32 * plen);
 
