@@ -4,9 +4,11 @@
     check_manifests.py ROOT
 
 The version is that of CMakeLists.txt wherever it is told, and the port of vcpkg and the recipe of Conan require the
-libraries that cmake/Settings.cmake looks for.
+libraries that cmake/Settings.cmake looks for. README.md and the guide to installing name the packages that tools/lib.sh
+builds with.
 """
 
+import datetime
 import email.utils
 import json
 import pathlib
@@ -87,31 +89,63 @@ def check_changelog(text, version):
         yield f"{match.group(5)} is no date"
 
 
+def check_page(text, version):
+    """What is wrong with the versions that a page tells, which is README.md or one of the manual."""
+    interface = ".".join(version.split(".")[:2])
+    for told in set(re.findall(r"find_package\(VontalBase ([0-9.]+)", text)):
+        if told != interface:
+            yield f"find_package(VontalBase {told}), but the interface is {interface}"
+    for told in set(re.findall(r"(?:at version |vontalbase[-/])(\d+\.\d+\.\d+)", text)):
+        if told != version:
+            yield f"the version is {told}, not {version}"
+
+
+def check_needs(text, packages):
+    """Which of the Debian packages a page does not name in the command that installs them."""
+    commands = re.findall(r"^sudo apt install (.*)$", text, re.MULTILINE)
+    missing = packages - {word for command in commands for word in command.split()}
+    if missing:
+        yield f"the packages {sorted(missing)} are not installed"
+
+
+def check_changes(text, version):
+    """What is wrong with CHANGELOG.md."""
+    released = re.findall(r"^## \[(\d\S*)\] - (\S+)$", text, re.MULTILINE)
+    if not released or released[0][0] != version:
+        yield f"its latest version is not {version}"
+    for _, date in released:
+        try:
+            datetime.date.fromisoformat(date)
+        except ValueError:
+            yield f"{date} is no date"
+
+
 def main():
     root = pathlib.Path(sys.argv[1])
-    version = only(re.findall(r"^    VERSION ([0-9.]+)$", (root / "CMakeLists.txt").read_text(encoding="utf-8"),
-                              re.MULTILINE), "versions in CMakeLists.txt")
+
+    def read(name):
+        return (root / name).read_text(encoding="utf-8")
+
+    version = only(re.findall(r"^    VERSION ([0-9.]+)$", read("CMakeLists.txt"), re.MULTILINE),
+                   "versions in CMakeLists.txt")
     # What stands to the left is for all systems, what is indented is not for Windows.
-    found = re.findall(r"^( *)find_package\((\w+)", (root / "cmake/Settings.cmake").read_text(encoding="utf-8"),
-                       re.MULTILINE)
+    found = re.findall(r"^( *)find_package\((\w+)", read("cmake/Settings.cmake"), re.MULTILINE)
     libraries = {"windows": {name.lower() for indent, name in found if not indent and name != "Threads"},
                  "others": {name.lower() for _, name in found if name != "Threads"}}
 
-    packaging = root / "packaging"
-    checks = {
-        "packaging/vcpkg/ports/vontalbase": check_port(packaging / "vcpkg/ports/vontalbase", version, libraries),
-        "packaging/conan/conanfile.py": check_recipe(
-            (packaging / "conan/conanfile.py").read_text(encoding="utf-8"), version, libraries),
-        "packaging/debian/changelog": check_changelog(
-            (packaging / "debian/changelog").read_text(encoding="utf-8"), version),
-    }
-    complaints = [f"{place}: {complaint}" for place, found in checks.items() for complaint in found]
-
-    interface = ".".join(version.split(".")[:2])
-    for page in [root / "README.md", *sorted((root / "docs").glob("*.md"))]:
-        for told in re.findall(r"find_package\(VontalBase ([0-9.]+)", page.read_text(encoding="utf-8")):
-            if told != interface:
-                complaints.append(f"{page.name}: find_package(VontalBase {told}), but the interface is {interface}")
+    packages = set(only(re.findall(r"^packages_build=\((.*)\)$", read("tools/lib.sh"), re.MULTILINE),
+                        "lists of packages in tools/lib.sh").split())
+    checks = [
+        ("packaging/vcpkg/ports/vontalbase", check_port(root / "packaging/vcpkg/ports/vontalbase", version, libraries)),
+        ("packaging/conan/conanfile.py", check_recipe(read("packaging/conan/conanfile.py"), version, libraries)),
+        ("packaging/debian/changelog", check_changelog(read("packaging/debian/changelog"), version)),
+        ("CHANGELOG.md", check_changes(read("CHANGELOG.md"), version)),
+    ]
+    for name in ["README.md", *sorted(f"docs/{page.name}" for page in (root / "docs").glob("*.md"))]:
+        checks.append((name, check_page(read(name), version)))
+    for name in ("README.md", "docs/installing.md"):
+        checks.append((name, check_needs(read(name), packages)))
+    complaints = [f"{place}: {complaint}" for place, found in checks for complaint in found]
 
     for complaint in complaints:
         print(complaint)
