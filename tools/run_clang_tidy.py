@@ -111,7 +111,8 @@ def main():
     # The largest first, so that the last one to finish is a small one.
     waiting.sort(key=lambda job: -job[0].stat().st_size)
     failed = 0
-    with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
+    jobs = int(os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", len(os.sched_getaffinity(0))))
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
         for path, result in pool.map(check, waiting):
             if result.returncode != 0:
                 failed += 1

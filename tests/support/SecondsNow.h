@@ -1,3 +1,5 @@
+/// @file
+/// The time in seconds by the exact clock, which `std::time` may lag behind.
 #pragma once
 
 #include <chrono>
