@@ -2,7 +2,7 @@
 //
 //     run_program COMMAND [ARGUMENTS]
 //
-// Both are handed on as they are: what has blanks in it is quoted within them.
+// Both are handed on as they are: the arguments are one text, and what has blanks in it is quoted within.
 
 #include "VontalBase/VontalBase.h"
 
@@ -37,7 +37,11 @@ public:
     void onFinished(unsigned int exitCode) override
     {
         // What is left has no line end.
-        std::cout << m_output << m_error << std::flush;
+        if (!m_output.empty())
+            show("out| ", m_output, "\n");
+        if (!m_error.empty())
+            show("err| ", m_error, "\n");
+        std::cout << std::flush;
         m_exitCode = exitCode;
         m_ended.release();
     }
@@ -80,9 +84,9 @@ private:
 int main(int argc, char ** argv)
 {
     const std::vector<Vontal::u8string> words = console::arguments(argc, argv);
-    if (words.size() < 2)
+    if (words.size() < 2 || words.size() > 3)
     {
-        std::cerr << "usage: run_program COMMAND [ARGUMENTS]\n";
+        std::cerr << "usage: run_program COMMAND [ARGUMENTS], the arguments as one text\n";
         return 2;
     }
     const Vontal::u8string arguments = words.size() > 2 ? words[2] : Vontal::u8string();
