@@ -40,12 +40,36 @@ union Immortal
     T object;
 };
 
+/// Does something in its place among the destructors if the library is being unloaded, so that what immortal
+/// objects hold is not lost.
+template <class Action>
+class AtUnloading
+{
+public:
+    explicit AtUnloading(Action action) : m_action(action)
+    {
+    }
+    AtUnloading(const AtUnloading &) = delete;
+    AtUnloading & operator=(const AtUnloading &) = delete;
+    ~AtUnloading()
+    {
+        if (qvplatform::isBeingUnloaded())
+            m_action();
+    }
+
+private:
+    Action m_action;
+};
+
 } // namespace
 
 namespace qvbase
 {
 
-std::map<IUnknown *, std::string> debugRegistry;
+static Immortal<std::map<IUnknown *, std::string>> debugRegistryObject;
+std::map<IUnknown *, std::string> & debugRegistry = debugRegistryObject.object;
+static AtUnloading debugRegistryEnd([] { debugRegistry.clear(); });
+
 void (*debugCallback)() = nullptr;
 
 static Immortal<RankedMutex> referencedObjectMutex(qvplatform::LockRank::Last);
@@ -64,15 +88,7 @@ ml_u8string * newestMl = nullptr;
 static Immortal<std::string> mlDefaultLanguageObject("C");
 std::string & mlDefaultLanguage = mlDefaultLanguageObject.object;
 
-/// Gives back what a long name of a language has taken.
-static struct MlLanguageEnd
-{
-    ~MlLanguageEnd()
-    {
-        if (qvplatform::isBeingUnloaded())
-            std::string("C").swap(mlDefaultLanguage);
-    }
-} mlLanguageEnd;
+static AtUnloading mlLanguageEnd([] { std::string("C").swap(mlDefaultLanguage); });
 
 } // namespace Vontal
 
@@ -81,7 +97,9 @@ static Vontal::Conversions conversions;
 namespace qvbase
 {
 
-std::wstring dateFormat;
+static Immortal<std::wstring> dateFormatObject;
+std::wstring & dateFormat = dateFormatObject.object;
+static AtUnloading dateFormatEnd([] { std::wstring().swap(dateFormat); });
 
 /// Kept: a counter that nothing uses.
 static NamedReferenceCounter fileCounter("FileCounter");
@@ -112,26 +130,7 @@ const Reference<MultiLanguageBundle> & emptyMultiLanguageBundle = emptyMultiLang
 static Immortal<ReferencedImplMT<ResourceManagerImpl>> resourceManagerObject;
 static Immortal<Reference<ResourceManager>> resourceManagerHeld(&resourceManagerObject.object);
 const Reference<ResourceManager> & processResourceManager = resourceManagerHeld.object;
-
-namespace
-{
-
-/// Destroys the manager where nobody can use it any more and its bundles would be lost.
-struct ResourceManagerEnd
-{
-    ResourceManagerEnd() = default;
-    ResourceManagerEnd(const ResourceManagerEnd &) = delete;
-    ResourceManagerEnd & operator=(const ResourceManagerEnd &) = delete;
-    ~ResourceManagerEnd()
-    {
-        if (qvplatform::isBeingUnloaded())
-            std::destroy_at(&resourceManagerObject.object);
-    }
-};
-
-} // namespace
-
-static ResourceManagerEnd resourceManagerEnd;
+static AtUnloading resourceManagerEnd([] { std::destroy_at(&resourceManagerObject.object); });
 
 /// The level of the last line.
 constexpr unsigned int closingLevel = 1024;

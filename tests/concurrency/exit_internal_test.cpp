@@ -1,6 +1,7 @@
 // The end of a process after the library's own static objects are gone.
 
 #include "VontalBase/concurrency/Thread.h"
+#include "VontalBase/core/EarthTime.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 
@@ -24,6 +25,7 @@ constexpr int goodExit = 3;
 constexpr int noProgress = 11;
 constexpr int noThread = 12;
 constexpr int notTheLast = 13;
+constexpr int otherDate = 14;
 
 std::atomic<unsigned long long> changes{0};
 
@@ -35,6 +37,11 @@ void countForEver()
         const Reference<Work> copy(shared);
         ++changes;
     }
+}
+
+Vontal::u8string someDate()
+{
+    return qvbase::EarthTime(2024, 1, 15, 0).formatDate();
 }
 
 /// Made before the static objects of the library where the linker puts it so, and then destroyed behind them.
@@ -58,12 +65,27 @@ public:
         static testsupport::TestSemaphore ran;
         if (!Thread::execute(newWork([] { ran.release(); })) || !ran.tryAcquireFor(testsupport::patience))
             std::_Exit(noThread);
+        if (someDate() != dateBefore)
+            std::_Exit(otherDate);
+        const auto formatOnce = [this]
+        {
+            isSameDate = someDate() == dateBefore;
+            ran.release();
+        };
+        if (!Thread::execute(newWork(formatOnce)) || !ran.tryAcquireFor(testsupport::patience))
+            std::_Exit(noThread);
+        if (!isSameDate)
+            std::_Exit(otherDate);
     }
 
     bool isBeforeTheLibrary = false;
+    Vontal::u8string dateBefore;
+
+private:
+    std::atomic<bool> isSameDate{false};
 };
 
-[[gnu::init_priority(200)]] const LastWord lastWord;
+[[gnu::init_priority(200)]] LastWord lastWord;
 
 VONTALBASE_TEST_CHILD(worksBehindTheLibrarysStaticObjects, arguments)
 {
@@ -74,10 +96,13 @@ VONTALBASE_TEST_CHILD(worksBehindTheLibrarysStaticObjects, arguments)
         if (!Thread::execute(newWork([] { countForEver(); })))
             return noThread;
     }
+    lastWord.dateBefore = someDate();
+    if (lastWord.dateBefore.empty())
+        return otherDate;
     return testsupport::eventually([] { return changes.load() > 1000; }) ? goodExit : noProgress;
 }
 
-TEST(ProcessExit, LetsThreadsCountAndStartBehindTheLibrarysStaticObjects)
+TEST(ProcessExit, LetsThreadsCountStartAndFormatDatesBehindTheLibrarysStaticObjects)
 {
     for (int i = 0; i < testsupport::repetitions(50); ++i)
     {

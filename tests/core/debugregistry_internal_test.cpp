@@ -18,7 +18,7 @@ namespace
 using qvbase::DebugAutomation;
 using qvbase::debugRegistry;
 
-static_assert(std::is_same_v<decltype(qvbase::debugRegistry), std::map<IUnknown *, std::string>>);
+static_assert(std::is_same_v<decltype(qvbase::debugRegistry), std::map<IUnknown *, std::string> &>);
 static_assert(std::is_same_v<decltype(qvbase::debugCallback), void (*)(void)>);
 
 TEST(DebugRegistry, BeginsEmptyAndWithoutACallback)

@@ -14,13 +14,13 @@ import sys
 
 # In the order in which they are made: what the object is, its name, and its name as g++ and clang mangle it.
 OBJECTS = (
-    ("the registry of COM objects", "debugRegistry", r"_ZN6qvbase13debugRegistryB5cxx11E"),
+    ("the registry of COM objects", "debugRegistryObject", r"_ZN6qvbaseL19debugRegistryObjectE"),
     ("the lock of all counts", "referencedObjectMutex", r"_ZN6qvbaseL21referencedObjectMutexE"),
     ("the lock of multi-language strings", "mlLockObject", r"_ZN6VontalL12mlLockObjectE"),
     ("the newest multi-language string", "newestMl", r"_ZN6Vontal8newestMlE"),
     ("the default language", "mlDefaultLanguageObject", r"_ZN6VontalL23mlDefaultLanguageObjectE"),
     ("the object of the conversions", "conversions", r"_ZL11conversions"),
-    ("the date format", "dateFormat", r"_ZN6qvbase10dateFormatB5cxx11E"),
+    ("the date format", "dateFormatObject", r"_ZN6qvbaseL16dateFormatObjectE"),
     ("the counter of the name FileCounter", "fileCounter", r"_ZN6qvbaseL11fileCounterE"),
     ("the registry of threads", "registry", r"_ZN6qvbaseL8registryE"),
     ("the bundle without texts", "emptyResourceBundleObject", r"_ZN7qvutilsL25emptyResourceBundleObjectE"),
