@@ -16,12 +16,17 @@ Semaphore::~Semaphore()
 
 void Semaphore::acquire()
 {
-    handle->acquire();
+    // Held for the call: whoever destroys the last copy meanwhile sends the waiters on their way, and they
+    // still need it.
+    const std::shared_ptr<qvplatform::CountingSemaphore> held = handle;
+    held->acquire();
 }
 
 void Semaphore::release()
 {
-    handle->release();
+    // Held for the call, as above: the waiter that it frees may destroy this object.
+    const std::shared_ptr<qvplatform::CountingSemaphore> held = handle;
+    held->release();
 }
 
 } // namespace qvbase

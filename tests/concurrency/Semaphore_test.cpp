@@ -233,6 +233,21 @@ TEST(Semaphore, LetsAllWaitersGoOnWhenItIsClosed)
     EXPECT_TRUE(third.passed());
 }
 
+TEST(Semaphore, LetsAllWaitersGoOnWhenTheObjectThatTheyWaitOnIsDestroyed)
+{
+    auto semaphore = std::make_unique<Semaphore>(0);
+    Waiter first(*semaphore);
+    Waiter second(*semaphore);
+    Waiter third(*semaphore);
+    EXPECT_TRUE(first.waits());
+    EXPECT_TRUE(second.waits());
+    EXPECT_TRUE(third.waits());
+    semaphore.reset();
+    EXPECT_TRUE(first.passed());
+    EXPECT_TRUE(second.passed());
+    EXPECT_TRUE(third.passed());
+}
+
 TEST(Semaphore, GivesItsHandleBack)
 {
     const auto use = []
