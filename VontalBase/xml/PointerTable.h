@@ -25,13 +25,19 @@ public:
         return place.key != nullptr ? &place.value : nullptr;
     }
 
-    /// Enters a key that may be there already.
-    /// @return whether it is new; otherwise its value stays.
-    bool insert(Key * key, Value value)
+    /// Sees to it that the next `insert` takes no memory.
+    void makeRoom()
     {
         // Three quarters at the most, so that searches are short.
         if ((m_used + 1) * 4 > m_places.size() * 3)
             grow();
+    }
+
+    /// Enters a key that may be there already.
+    /// @return whether it is new; otherwise its value stays.
+    bool insert(Key * key, Value value)
+    {
+        makeRoom();
         Place & place = placeOf(m_places, key);
         if (place.key != nullptr)
             return false;

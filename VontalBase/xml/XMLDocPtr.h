@@ -132,7 +132,7 @@ public:
     Node * getNode(IXMLDOMElement * element);
     /// Takes over a node, which comes from `new` and is neither null nor another document's, and holds a
     /// reference on its element. The node is the one of that element from then on. A node is taken over once,
-    /// however often it is given.
+    /// however often it is given. Where `std::bad_alloc` leaves it, the node stays the caller's.
     void registerNode(Node * node);
 
     /// Applies a stylesheet to this document. The stylesheet reaches nothing outside the two: `document()`,

@@ -35,12 +35,18 @@ Node * ElementTable::find(IXMLDOMElement & element, const qvplatform::DirectXml 
 void ElementTable::enter(Node & node, IXMLDOMElement & element, const qvplatform::DirectXml * direct)
 {
     // Where there is no short way nothing can be noted.
-    const bool isFree = direct != nullptr && direct->note(element).owner == nullptr;
-    if (isFree)
-        element.AddRef();
-    if (isFree || (direct != nullptr && direct->note(element).owner == this))
-        direct->note(element) = {this, &node};
-    else if (others.insert(&element, &node))
+    if (direct != nullptr)
+    {
+        qvplatform::ElementNote & note = direct->note(element);
+        if (note.owner == nullptr)
+            element.AddRef();
+        if (note.owner == nullptr || note.owner == this)
+        {
+            note = {this, &node};
+            return;
+        }
+    }
+    if (others.insert(&element, &node))
         element.AddRef();
     else
         *others.find(&element) = &node;

@@ -401,13 +401,20 @@ void XMLDocPtr::registerNode(Node * node)
     IXMLDOMElement & element = *node->getElement();
     const qvplatform::DirectXml * const direct = qvplatform::directXmlOf(element);
     // Those that documents make are in their lists already.
-    if (dynamic_cast<XMLNodeImpl *>(node) == nullptr)
+    const bool isForeign = dynamic_cast<XMLNodeImpl *>(node) == nullptr;
+    if (isForeign)
+    {
+        // Room first, so that nothing is half done where memory ends.
+        elements->noted.makeRoom();
+        nodes->given.makeRoom();
+    }
+    elements->enter(*node, element, direct);
+    if (isForeign)
     {
         if (direct != nullptr)
             elements->noted.insert(&element, true);
         nodes->given.insert(node, true);
     }
-    elements->enter(*node, element, direct);
 }
 
 bool XMLDocPtr::transform(XMLDocPtr & stylesheet, XMLDocPtr & result)

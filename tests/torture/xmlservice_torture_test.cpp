@@ -1,8 +1,13 @@
+#include "VontalBase/xml/XMLDocPtr.h"
+
 #include "../platform/comtesting.h"
 #include "support/TempDirectory.h"
 #include "support/Torture.h"
 #include "support/XmlService.h"
+#include "xml/OwnNode.h"
 
+#include <memory>
+#include <new>
 #include <string>
 
 namespace
@@ -225,6 +230,54 @@ TEST(XmlServiceTorture, AStylesheetIsAppliedToAStreamOrFails)
         },
         onAllThreads);
     EXPECT_GT(report.faultyRuns, 10U);
+}
+
+/// Gives a document a node of the application's own, which must stay the application's where that fails.
+void takeOver(qvxml::XMLDocPtr & document, bool isNotedElsewhere)
+{
+    int alive = 0;
+    {
+        qvxml::XMLDocPtr taking;
+        taking.attach(document.get());
+        Com<IXMLDOMElement> element;
+        if (document.get()->get_documentElement(element.receive()) != S_OK)
+            return;
+        if (isNotedElsewhere)
+            document.getNode(element.get());
+        auto own = std::make_unique<xmltest::OwnNode>(element.get(), alive);
+        try
+        {
+            taking.registerNode(own.get());
+            EXPECT_EQ(taking.getNode(element.get()), own.get());
+            own.release(); // NOLINT(bugprone-unused-return-value): it is the document's.
+        }
+        catch (const std::bad_alloc &)
+        {
+            // The document dies behind the element, of which it must know nothing.
+            own.reset();
+            EXPECT_EQ(alive, 0);
+            throw;
+        }
+        EXPECT_EQ(alive, 1);
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(XmlServiceTorture, ANodeOfTheApplicationIsTakenOverOrStaysTheCallers)
+{
+    for (const bool isNotedElsewhere : {false, true})
+    {
+        SCOPED_TRACE(isNotedElsewhere);
+        const TortureReport report = torture(
+            [&](const Fault &)
+            {
+                const Apartment apartment;
+                qvxml::XMLDocPtr document;
+                if (document.loadBuffer("<a/>"))
+                    takeOver(document, isNotedElsewhere);
+            });
+        EXPECT_GT(report.faultyRuns, 5U);
+    }
 }
 
 } // namespace

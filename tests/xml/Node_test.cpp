@@ -7,6 +7,7 @@
 #include "VontalBase/xml/XMLDocPtr.h"
 
 #include "support/VirtualSlot.h"
+#include "xml/OwnNode.h"
 #include "xml/service.h"
 
 #include <cmath>
@@ -25,6 +26,7 @@ using testsupport::virtualSlot;
 using Vontal::astring;
 using Vontal::pstring;
 using Vontal::u8string;
+using xmltest::OwnNode;
 using xmltest::saved;
 using xmltest::withoutDeclaration;
 using Properties = std::map<u8string, u8string>;
@@ -444,150 +446,6 @@ TEST(Node, CountsDeclarationsOfPrefixesAmongTheProperties)
     tree.root().getProperties(properties);
     EXPECT_EQ(properties, (Properties{{"xmlns", "urn:d"}, {"xmlns:p", "urn:p"}, {"p:b", "1"}}));
 }
-
-/// A node that an application makes.
-class OwnNode final : public Node
-{
-public:
-    OwnNode(IXMLDOMElement * element, int & alive) : m_element(element), m_alive(alive)
-    {
-        ++m_alive;
-    }
-
-    Node * createChild(const char *) override
-    {
-        return nullptr;
-    }
-    Node * createChild(const u8string &) override
-    {
-        return nullptr;
-    }
-    Node * createChild(const char *, const wchar_t *) override
-    {
-        return nullptr;
-    }
-    Node * createChild(const char *, const u8string &) override
-    {
-        return nullptr;
-    }
-    Node * createChild(const char *, const char *) override
-    {
-        return nullptr;
-    }
-    IXMLDOMElement * getElement() override
-    {
-        return m_element;
-    }
-    u8string getNodeName() override
-    {
-        return "own";
-    }
-    bool isNodeName(const char *) override
-    {
-        return false;
-    }
-    bool getText(astring &) override
-    {
-        return false;
-    }
-    bool getText(u8string &) override
-    {
-        return false;
-    }
-    void getProperties(Properties &) override
-    {
-    }
-    bool setProperty(const char *, unsigned int) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, int) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, bool) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, const wchar_t *) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, const char *) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, const pstring &) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, const astring &) override
-    {
-        return false;
-    }
-    bool setProperty(const char *, const u8string &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, bool &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, double &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, unsigned int &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, int &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, pstring &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, astring &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, u8string &) override
-    {
-        return false;
-    }
-    bool getProperty(const char *, const u8string &, const u8string &, u8string &) override
-    {
-        return false;
-    }
-    Node * getFirstChild(const char *) override
-    {
-        return nullptr;
-    }
-    Node * getFirstChild() override
-    {
-        return nullptr;
-    }
-    Node * getNextSibling(const char *) override
-    {
-        return nullptr;
-    }
-    Node * getNextSibling() override
-    {
-        return nullptr;
-    }
-
-protected:
-    ~OwnNode() override
-    {
-        --m_alive;
-    }
-
-private:
-    IXMLDOMElement * m_element;
-    int & m_alive;
-};
 
 TEST(Node, MayBeTheApplicationsOwnOnceItIsRegistered)
 {
