@@ -119,10 +119,10 @@ bool JSONPrinterImpl::printItem(Item * item)
         return false;
     TreePrinter tree(m_writer);
     char * to = separate();
+    bool isWhole = false;
     try
     {
-        if (tree.print(*item, to))
-            return handOver(to);
+        isWhole = tree.print(*item, to);
     }
     catch (...)
     {
@@ -130,9 +130,9 @@ bool JSONPrinterImpl::printItem(Item * item)
         handOverQuietly(to);
         throw;
     }
-    m_atStart = tree.stoppedWithoutComma();
+    m_atStart = !isWhole && tree.stoppedWithoutComma();
     handOver(to);
-    return false;
+    return isWhole;
 }
 
 bool jsonPrinterFactory(std::basic_ostream<char> * stream, qvbase::Reference<JSONPrinter> & out)

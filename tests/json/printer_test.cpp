@@ -9,6 +9,7 @@
 #include <limits>
 #include <ostream>
 #include <sstream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 #include <utility>
@@ -697,6 +698,52 @@ TEST(JsonPrinter, KeepsSayingTrueToAStreamThatRefuses)
     EXPECT_TRUE(printer->printArrayEnd());
     EXPECT_FALSE(stream.good());
     EXPECT_EQ(buffer.taken, "[\"t");
+}
+
+/// Throws at every byte.
+class ThrowingBuffer : public std::streambuf
+{
+protected:
+    std::streamsize xsputn(const char *, std::streamsize) override
+    {
+        throw std::runtime_error("no more");
+    }
+    int_type overflow(int_type) override
+    {
+        throw std::runtime_error("no more");
+    }
+};
+
+TEST(JsonPrinter, HandsTheBytesOnceToAStreamThatThrows)
+{
+    const struct
+    {
+        const char * label;
+        std::function<void(JSONPrinter &)> print;
+    } rows[] = {
+        {"a token",
+            [](JSONPrinter & printer)
+            {
+                printer.printString("text");
+            }},
+        {"a tree",
+            [](JSONPrinter & printer)
+            {
+                printer.printItem(jsontest::parsed("[1]"));
+            }},
+    };
+    for (const auto & row : rows)
+    {
+        SCOPED_TRACE(row.label);
+        ThrowingBuffer buffer;
+        std::ostream stream(&buffer);
+        stream.exceptions(std::ios::badbit);
+        PrinterReference printer;
+        ASSERT_TRUE(jsonPrinterFactory(&stream, printer));
+        EXPECT_THROW(row.print(*printer), std::runtime_error);
+        // A second attempt would have added the bit of an operation that was not begun.
+        EXPECT_EQ(stream.rdstate(), std::ios::badbit);
+    }
 }
 
 TEST(JsonPrinter, KeepsSayingTrueToAStreamThatHasFailedAlready)
