@@ -2,6 +2,7 @@
 /// A byte string for the many small texts of a tree.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <compare>
 #include <cstddef>
@@ -79,7 +80,8 @@ public:
         return m_bytes.back() == 0;
     }
 
-    /// Copies what the other one has.
+    /// Whether the other one has the same bytes. Texts within are compared with what stands behind them,
+    /// which is zero.
     bool isSame(const CompactText & other) const noexcept
     {
         if (!isOutside())
@@ -133,7 +135,8 @@ private:
     {
         if (text.size() <= inlineCapacity)
         {
-            std::memcpy(m_bytes.data(), text.data(), text.size());
+            // The bytes of an empty text may be nowhere.
+            std::copy(text.begin(), text.end(), m_bytes.begin());
             m_bytes.back() = static_cast<unsigned char>(text.size());
             return;
         }

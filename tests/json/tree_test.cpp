@@ -357,6 +357,13 @@ TEST(JsonValueString, TakesBytesOfAnyKindAndLength)
     EXPECT_EQ(value->getValue(), "abc\0de"s);
 }
 
+TEST(JsonValueString, TakesNoBytesFromNowhere)
+{
+    const auto value = makeString("text");
+    value->set(nullptr, 0);
+    EXPECT_EQ(value->getValue(), "");
+}
+
 TEST(JsonValueString, IsSetAnew)
 {
     const auto value = makeString("a text that is too long to be held within the node");
