@@ -73,11 +73,14 @@ VONTALBASE_API void formatFileSize(std::int64_t size, std::string & out);
 ///
 /// Kept: a colon anywhere behind a first letter is taken for that of a drive, so `ab:c` is not well formed.
 ///
+/// Kept: what a letter is, the C locale of the process decides (`iswalpha`).
+///
 /// @param prefixLength receives the length of the root in elements, or how much of it had been read when the
 ///     path turned out not to be well formed; it is left alone where @p path is null.
 /// @param path NUL-terminated, or null.
-/// @return whether the root is well formed. A path without a root is; one that begins with a single `\`, an
-///     unfinished share, and a drive without a separator behind it are not. False for null.
+/// @return whether the root is well formed. A path without a root is, and so are `C:` and `\\server\share` at
+///     their ends; one that begins with a single `\`, an unfinished share, and a drive with anything but a
+///     separator behind it are not. False for null.
 VONTALBASE_API bool computePrefix(int & prefixLength, const wchar_t * path);
 
 /// The path in the form that other programs on this system take: on Windows the path itself, elsewhere with

@@ -289,6 +289,7 @@ bool JSONSerializable::parseNull()
         if (const auto & provider = providerOf(*m_field))
             provider->clear();
         break;
+    // Kept: also for FieldRefObj, though it prints null.
     default:
         return false;
     }

@@ -222,7 +222,10 @@ protected:
     /// Declares a list of nested objects that the provider keeps, or null.
     void jsonFieldAdd(Vontal::u8string const & key,
         const std::shared_ptr<JSONSerializableArrayProviderInterface> & provider);
-    /// Declares a nested object that @p object keeps, or null.
+    /// Declares a nested object that @p object keeps. It is printed as null where @p object keeps none, and
+    /// null in a tree changes nothing.
+    ///
+    /// Kept: null in a text is refused, unlike for the other forms of nested objects.
     void jsonFieldAdd(Vontal::u8string const & key, const std::shared_ptr<JSONRefObjInterface> & object);
     /// Appends a ready field, which is owned from here on. Every other form ends here.
     void jsonFieldAdd(JSONField * field);
