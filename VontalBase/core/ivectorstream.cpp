@@ -5,10 +5,10 @@
 namespace qvbase
 {
 
-// The buffer is made after the stream, which only remembers where it is.
+// The buffer is made after the stream, which takes it, and its good state, here.
 ivectorstream::ivectorstream(std::vector<char> & data) : std::basic_istream<char>(nullptr), m_buffer(data)
 {
-    init(&m_buffer);
+    rdbuf(&m_buffer);
 }
 
 // NOLINTNEXTLINE(performance-noexcept-move-constructor): swapping locales may fail.
