@@ -20,6 +20,8 @@ template <class String, std::size_t Capacity>
 class Gathered
 {
 public:
+    static constexpr std::size_t capacity = Capacity;
+
     explicit Gathered(String & destination) : m_destination(destination)
     {
         m_destination.clear();
@@ -106,7 +108,9 @@ const unsigned char * widenSome(
     const unsigned char * p, const unsigned char * end, const UtfSteps & steps, GatheredWide & out)
 {
     constexpr std::ptrdiff_t bytesAtOnce = 1536;
-    wchar_t * const start = out.room(bytesAtOnce + 80);
+    constexpr std::size_t needed = bytesAtOnce + spareElements;
+    static_assert(needed <= GatheredWide::capacity);
+    wchar_t * const start = out.room(needed);
     Widening at{p, p + std::min(bytesAtOnce, end - p), end, start};
     steps.widen(at);
     out.advance(static_cast<std::size_t>(at.to - start));
@@ -208,7 +212,9 @@ const wchar_t * narrowSome(
     const wchar_t * p, const wchar_t * end, const UtfSteps & steps, GatheredBytes & out)
 {
     constexpr std::ptrdiff_t unitsAtOnce = 1024;
-    char * const start = out.room(4 * unitsAtOnce + 16);
+    constexpr std::size_t needed = 4 * unitsAtOnce + spareBytes;
+    static_assert(needed <= GatheredBytes::capacity);
+    char * const start = out.room(needed);
     Narrowing at{p, p + std::min(unitsAtOnce, end - p), end, start};
     steps.narrow(at);
     out.advance(static_cast<std::size_t>(at.to - start));

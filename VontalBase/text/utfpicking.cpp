@@ -112,6 +112,8 @@ VONTAL_PICKING inline __m128i wrongSeconds(const Window & window) noexcept
 }
 
 constexpr unsigned int blockSize = 64;
+static_assert(
+    blockSize + 8 <= spareElements, "a block that begins in front of stop, and the lanes behind it");
 
 /// A bit for each byte of a block.
 struct Masks
@@ -323,6 +325,7 @@ VONTAL_PICKING inline bool narrowFour(Narrowing & at, __m128i units) noexcept
         _mm_or_si128(_mm_and_si128(isOver1, twoByteLead), _mm_andnot_si128(isOver1, units));
     const __m128i all =
         _mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(third, _mm_slli_epi32(shortLead, 24)));
+    static_assert(sizeof(all) <= spareBytes);
     store(at.to, _mm_shuffle_epi8(all, load(joint.bytes.data())));
     at.to += joint.length;
     at.p += 4;

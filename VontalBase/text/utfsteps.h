@@ -4,8 +4,14 @@
 /// can pick bytes out of a register by a table (SSSE3). Both give the same results.
 #pragma once
 
+#include <cstddef>
+
 namespace Vontal
 {
+
+/// How many elements, or bytes, an inner loop may write beyond what the characters up to `stop` need.
+constexpr std::size_t spareElements = 80;
+constexpr std::size_t spareBytes = 16;
 
 /// A conversion to wide text under way.
 struct Widening
@@ -14,7 +20,7 @@ struct Widening
     /// At or behind this place no further character is begun.
     const unsigned char * stop;
     const unsigned char * end;
-    /// Has room for one element a byte up to `stop`, and for 80 more.
+    /// Has room for one element a byte up to `stop`, and for `spareElements` more.
     wchar_t * to;
 };
 
@@ -25,7 +31,7 @@ struct Narrowing
     /// At or behind this place no further character is begun.
     const wchar_t * stop;
     const wchar_t * end;
-    /// Has room for four bytes an element up to `stop`, and for 16 more.
+    /// Has room for four bytes an element up to `stop`, and for `spareBytes` more.
     char * to;
 };
 
