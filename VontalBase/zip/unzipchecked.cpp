@@ -5,6 +5,7 @@
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/places.h"
+#include "VontalBase/platform/streams.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/astring.h"
 #include "VontalBase/zip/UnzipPlan.h"
@@ -19,6 +20,7 @@
 #include <source_location>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -33,6 +35,8 @@ constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 /// Items up to this size are held in memory from their check to their writing; larger ones are read twice.
 constexpr std::size_t heldSize = std::size_t{1024} * 1024;
 
+constexpr std::wstring_view separators = L"\\/";
+
 /// A file under a name of its own, which takes its true name when it is finished, and is removed otherwise.
 /// What bears that name until then stays as it is.
 class NewFile
@@ -40,7 +44,7 @@ class NewFile
 public:
     explicit NewFile(const std::wstring & path) : m_path(path)
     {
-        const std::wstring directory = path.substr(0, path.rfind(L'\\') + 1);
+        const std::wstring directory = path.substr(0, path.find_last_of(separators) + 1);
         // Names may be taken by what an earlier process left behind.
         constexpr int attempts = 100;
         for (int number = 0; number < attempts && !isOpen(); ++number)
@@ -96,8 +100,6 @@ private:
     qvplatform::Handle m_handle = qvplatform::invalidHandle();
 };
 
-constexpr wchar_t separators[] = L"\\/";
-
 /// The directory without separators at its end, where it is not a root. Nothing stands for the working one.
 std::wstring directoryOf(const Vontal::u8string & target)
 {
@@ -139,7 +141,7 @@ bool isFree(const std::wstring & path)
     if (status.kind != qvplatform::FileStatus::Kind::Regular)
         return false;
     std::FILE * const stream = qvplatform::openStream(path, "r+b");
-    return stream != nullptr && std::fclose(stream) == 0;
+    return stream != nullptr && qvplatform::closeStream(stream);
 }
 
 /// Unpacks what a plan tells.
@@ -207,7 +209,9 @@ private:
 
     std::wstring below(const std::wstring & path) const
     {
-        return m_target + L'\\' + path;
+        // A root ends in its separator already, and with two of them in front it would be a share.
+        const bool isRoot = separators.find(m_target.back()) != std::wstring_view::npos;
+        return isRoot ? m_target + path : m_target + L'\\' + path;
     }
 
     /// Makes directories below the target, none of which may be a link. Items of one directory mostly follow

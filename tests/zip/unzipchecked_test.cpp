@@ -8,6 +8,7 @@
 #include "support/NativePaths.h"
 #include "support/ResourceSnapshot.h"
 #include "support/Wine.h"
+#include "support/WorkingDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/unzipping.h"
 
@@ -102,6 +103,22 @@ TEST_F(UnzipChecked, TakesTargetsInTheirForms)
         EXPECT_TRUE(qvzip::unzipChecked(zipPath, form, error)) << error.format();
     }
     EXPECT_EQ(tree(), (Names{"a", "in/", "in/ner/", "in/ner/a"}));
+}
+
+TEST_F(UnzipChecked, TakesTheRootForATarget)
+{
+    const testsupport::WorkingDirectory working(directory.path());
+    const std::u8string here = std::filesystem::current_path().relative_path().generic_u8string();
+    const std::string file = std::string(here.begin(), here.end()) + "/out/a";
+    directory.write("a.zip", Archive{{stored(file, "1")}}.build());
+    for (const char * const root : {"\\", "/", "\\/"})
+    {
+        SCOPED_TRACE(root);
+        error.clear();
+        EXPECT_TRUE(qvzip::unzipChecked(zipPath, root, error)) << error.format();
+        EXPECT_EQ(tree(), Names{"a"});
+        std::filesystem::remove_all(directory.path() / "out");
+    }
 }
 
 TEST_F(UnzipChecked, ReplacesFiles)
