@@ -185,7 +185,11 @@ Result ArchiveReader::unzipToFile(int index, const wchar_t * path)
     // Kept: the directories are made where the working directory was, and the file counts from where it is.
     makeDirectories(m_rootDirectory, safeDirectoryPart(path));
     Output output(path, entry.attr);
-    return output.isOpen() ? extract(index, output, isTold ? &entry : nullptr) : result::noFile;
+    if (!output.isOpen())
+        return result::noFile;
+    const Result extracted = extract(index, output, isTold ? &entry : nullptr);
+    const bool isClosed = output.close();
+    return extracted == result::success && !isClosed ? result::writeFailed : extracted;
 }
 
 Result ArchiveReader::unzipToHandle(int index, qvplatform::Handle handle)

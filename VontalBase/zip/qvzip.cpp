@@ -134,11 +134,12 @@ private:
         if (!makeParent(qvdisk::extractParentDir(name)))
             return false;
         m_step.set(lineOfFile, "Failed to create file: ", name);
-        const zip::Output file(path, qvplatform::attribute::normal);
+        zip::Output file(path, qvplatform::attribute::normal);
         if (!file.isOpen())
             return false;
         m_step.set(lineOfUnzipping, "Failed to unzip file: ", name);
-        return UnzipItem(m_archive, index, file.handle(), 0, ZipKindHandle) == 0;
+        const bool isUnzipped = UnzipItem(m_archive, index, file.handle(), 0, ZipKindHandle) == 0;
+        return file.close() && isUnzipped;
     }
 
     HZIP m_archive;

@@ -3,6 +3,8 @@
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/files.h"
 
+#include <utility>
+
 namespace zip
 {
 
@@ -58,8 +60,7 @@ Output::Output(const std::wstring & path, std::uint32_t attributes)
 
 Output::~Output()
 {
-    if (m_isOwned && isOpen())
-        qvplatform::closeHandle(m_handle);
+    close();
 }
 
 bool Output::isOpen() const noexcept
@@ -78,6 +79,12 @@ bool Output::write(const void * data, std::size_t size) noexcept
 {
     return isDiskFile() ? qvplatform::writeToDisk(m_handle, data, size)
                         : isOpen() && qvplatform::writeBytes(m_handle, data, size);
+}
+
+bool Output::close() noexcept
+{
+    return !m_isOwned || !isOpen() ||
+           qvplatform::closeWritten(std::exchange(m_handle, qvplatform::invalidHandle()));
 }
 
 void Output::setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept

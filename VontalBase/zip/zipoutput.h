@@ -45,6 +45,10 @@ public:
 
     bool write(const void * data, std::size_t size) noexcept;
 
+    /// Closes a file, and leaves a handle that is somebody's open.
+    /// @return false where the system tells only now that it did not take everything.
+    bool close() noexcept;
+
     /// Dates a file of the disk; what else there is stays as it is. No failure is told.
     void setTimes(std::uint64_t created, std::uint64_t accessed, std::uint64_t changed) noexcept;
 

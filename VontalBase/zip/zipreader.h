@@ -159,8 +159,9 @@ VONTALBASE_API Vontal::ulong32 FindZipItemW(
 /// @param flags one of the three kinds.
 /// @return 0, or 0x600; 0x10000 for other @p flags, an index not below the count of items, or a null block of
 ///     a size other than 0. Into memory 0x5000000 where the item cannot be read. Into a file 0x200 where that
-///     does not open, and 0x400 where the item cannot be read or its bytes not written. A negative index is
-///     that of an item that cannot be read, so that a file is made and stays empty.
+///     does not open, and 0x400 where the item cannot be read or its bytes not written, be it told only at
+///     the closing. A negative index is that of an item that cannot be read, so that a file is made and
+///     stays empty.
 ///
 /// Kept: the stored name of a directory is not screened, so that an archive may make directories anywhere.
 VONTALBASE_API Vontal::ulong32 UnzipItem(

@@ -1,11 +1,14 @@
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/text/VontalException.h"
 #include "VontalBase/zip/ArchiveReader.h"
+#include "VontalBase/zip/unzip.h"
 #include "VontalBase/zip/ziphandle.h"
 
 #include "support/FailingAllocator.h"
 #include "support/NativeHandles.h"
 #include "support/NativePaths.h"
+#include "support/ResourceSnapshot.h"
 #include "support/TempDirectory.h"
 #include "zip/ArchiveBuilder.h"
 #include "zip/OpenArchive.h"
@@ -168,6 +171,35 @@ TEST(UnzipToFile, GivesTheFileAllAttributesThatTheSystemKnows)
         testsupport::setReadOnly(directory.text("out"), false);
         directory.remove("out");
     }
+}
+
+TEST(UnzipToFile, FailsWhereTheDiskRefusesOnlyAtTheClosing)
+{
+    const TempDirectory directory;
+    const OpenArchive opened(archiveOf(1, 10).build());
+    std::wstring path = wide(directory.text("out"));
+    EXPECT_EQ(UnzipItem(opened.get(), 0, path.data(), 0, ZipKindFile), 0U);
+    const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+    qvplatform::armGates({.service = "close file"});
+    EXPECT_EQ(UnzipItem(opened.get(), 0, path.data(), 0, ZipKindFile), 0x400U);
+    qvplatform::disarmGates();
+    EXPECT_EQ(lastMessage(), "Error writing to file");
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    directory.remove("out");
+}
+
+TEST(Unzip, FailsWhereTheDiskRefusesOnlyAtTheClosing)
+{
+    TempDirectory directory;
+    const std::string path = directory.write("a.zip", archiveOf(1, 10).build());
+    const testsupport::ResourceSnapshot before = testsupport::ResourceSnapshot::take();
+    VontalException error;
+    qvplatform::armGates({.service = "close file"});
+    EXPECT_FALSE(qvzip::unzip(path, directory.text("out"), error));
+    qvplatform::disarmGates();
+    EXPECT_NE(error.format().find("Failed to unzip file: "), std::string::npos) << error.format();
+    EXPECT_EQ(testsupport::ResourceSnapshot::take(), before);
+    directory.clear();
 }
 
 TEST(ArchiveReader, OpensASmallArchiveWithOneRead)
