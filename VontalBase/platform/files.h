@@ -66,7 +66,8 @@ bool writeToSystem(std::FILE * stream, const void * data, std::size_t size) noex
 bool createNewFile(const std::wstring & path);
 
 /// Copies the bytes of a file, the time of its last change and its being read-only or not, onto a file that
-/// may exist. What a failed copying has written stays.
+/// may exist. It fails, and the file stays, where somebody has the target open. What a failed copying has
+/// written stays.
 bool copyFile(const std::wstring & source, const std::wstring & target);
 
 /// Removes a file, or a link as a link. A directory is never removed.

@@ -1,3 +1,4 @@
+#include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/text/pstring.h"
@@ -123,6 +124,45 @@ TEST(PlatformFiles, LetManyReadButNobodyWriteBesideThem)
     EXPECT_TRUE(close(second));
     EXPECT_EQ(directory.read("file"), "12345");
     directory.remove("file");
+}
+
+TEST(PlatformFiles, AreRefusedAlsoWhereASignalInterruptsTheAsking)
+{
+    const TempDirectory directory;
+    directory.write("file", "12345");
+    const std::wstring path = inside(directory, "file");
+    std::FILE * const reader = qvplatform::openStream(path, "rb");
+    qvplatform::armGates({"lock file", 1, 1, qvplatform::GateAnswer::Interrupt});
+    EXPECT_EQ(qvplatform::openStream(path, "wb"), nullptr);
+    EXPECT_TRUE(close(reader));
+    EXPECT_TRUE(close(qvplatform::openStream(path, "r+b")));
+    qvplatform::disarmGates();
+    EXPECT_EQ(directory.read("file"), "12345");
+    directory.remove("file");
+}
+
+TEST(PlatformFiles, ThatAreToBeNewDoNotStayWhereTheyCannotBeHad)
+{
+    const TempDirectory directory;
+    const std::wstring path = inside(directory, "file");
+    for (const char * const service : {"look at open file", "lock file"})
+    {
+        SCOPED_TRACE(service);
+        qvplatform::armGates({service, 1, 1, qvplatform::GateAnswer::Fail});
+        std::FILE * const first = qvplatform::openStream(path, "wbx");
+        qvplatform::disarmGates();
+        if (qvplatform::faultedGate() == nullptr)
+        {
+            EXPECT_TRUE(close(first)) << "the system does it by itself";
+        }
+        else
+        {
+            EXPECT_EQ(first, nullptr);
+            EXPECT_FALSE(directory.contains("file"));
+            EXPECT_TRUE(close(qvplatform::openStream(path, "wbx")));
+        }
+        directory.remove("file");
+    }
 }
 
 TEST(PlatformFiles, OpenInTheModeThatIsAskedFor)
@@ -281,6 +321,26 @@ TEST(PlatformFiles, AreNotCopiedFromNothingAndNotOntoThemselves)
     directory.remove("file");
 }
 
+TEST(PlatformFiles, AreNotCopiedOntoWhatSomebodyHasOpen)
+{
+    const TempDirectory directory;
+    const std::string source = directory.write("source", "12345");
+    directory.write("target", "kept");
+    const std::wstring target = inside(directory, "target");
+    std::FILE * const reader = qvplatform::openStream(target, "rb");
+    EXPECT_FALSE(qvplatform::copyFile(wide(source), target));
+    EXPECT_TRUE(close(reader));
+    EXPECT_EQ(directory.read("target"), "kept");
+    const qvplatform::Handle writer = qvplatform::createForWriting(target, qvplatform::attribute::normal);
+    EXPECT_TRUE(qvplatform::writeBytes(writer, "written", 7));
+    EXPECT_FALSE(qvplatform::copyFile(wide(source), target));
+    qvplatform::closeHandle(writer);
+    EXPECT_EQ(directory.read("target"), "written");
+    EXPECT_TRUE(qvplatform::copyFile(wide(source), target));
+    EXPECT_EQ(directory.read("target"), "12345");
+    directory.clear();
+}
+
 TEST(PlatformFiles, AreRemovedButDirectoriesAreNot)
 {
     const TempDirectory directory;
@@ -333,6 +393,8 @@ TEST(PlatformFiles, AreNotTouchedThroughALink)
     EXPECT_FALSE(qvplatform::isLink(inside(directory, "below")));
     EXPECT_FALSE(qvplatform::isLink(inside(directory, "none")));
     EXPECT_FALSE(qvplatform::isLink(L""));
+    for (const char * const pattern : {"lin*", "lin?", "*", "lin<", "lin>"})
+        EXPECT_FALSE(qvplatform::isLink(inside(directory, pattern))) << pattern;
 
     FileStatus status;
     EXPECT_FALSE(qvplatform::readFileStatus(inside(directory, "dangling"), status));

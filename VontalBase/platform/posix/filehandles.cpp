@@ -21,18 +21,14 @@ namespace qvplatform
 namespace
 {
 
-/// Opens a file and makes it ready. One that was made for nothing is removed.
+/// Opens a file and makes it ready.
 Handle open(const char * service, const std::wstring & path, const OpenMode & mode, mode_t fileMode)
 {
     const KernelPath kernelPath(path);
     Descriptor descriptor(aboveStandardStreams(openFile(service, kernelPath, flagsOf(mode), fileMode)));
-    if (!descriptor.isOpen())
+    if (!descriptor.isOpen() || !settle(descriptor.get(), kernelPath, mode))
         return invalidHandle();
-    if (settle(descriptor.get(), mode))
-        return handleOf(descriptor.release());
-    if (mode.isExclusive)
-        unlinkat(kernelPath.directory(), kernelPath.name(), 0);
-    return invalidHandle();
+    return handleOf(descriptor.release());
 }
 
 /// Takes from a file what nobody may do any more; what cannot be taken stays.

@@ -128,13 +128,14 @@ std::FILE * openStream(const std::wstring & path, const std::string & mode)
     const std::optional<OpenMode> parsed = parseOpenMode(mode.c_str());
     if (!parsed)
         return nullptr;
-    Descriptor descriptor(openFile("open file", KernelPath(path), flagsOf(*parsed), usualFileMode));
+    const KernelPath kernelPath(path);
+    Descriptor descriptor(openFile("open file", kernelPath, flagsOf(*parsed), usualFileMode));
     if (!descriptor.isOpen())
         return nullptr;
     std::FILE * const stream = fdopen(descriptor.get(), streamMode(*parsed));
     if (stream == nullptr)
         return nullptr;
-    if (settle(descriptor.release(), *parsed))
+    if (settle(descriptor.release(), kernelPath, *parsed))
         return stream;
     std::fclose(stream);
     return nullptr;
@@ -177,16 +178,22 @@ bool copyFile(const std::wstring & source, const std::wstring & target)
     };
     if (!from.isOpen() || fstat(from.get(), &fromStatus) != 0 || S_ISDIR(fromStatus.st_mode))
         return false;
-    const Descriptor to(
-        openFile("open target of copy", KernelPath(target), O_WRONLY | O_CREAT, usualFileMode));
+    OpenMode mode;
+    mode.writes = true;
+    mode.creates = true;
+    const KernelPath targetPath(target);
+    const Descriptor to(openFile("open target of copy", targetPath, flagsOf(mode), usualFileMode));
     struct stat toStatus
     {
     };
     if (!to.isOpen() || fstat(to.get(), &toStatus) != 0)
         return false;
     const bool isSameFile = fromStatus.st_dev == toStatus.st_dev && fromStatus.st_ino == toStatus.st_ino;
-    if (isSameFile || (S_ISREG(toStatus.st_mode) && ftruncate(to.get(), 0) != 0))
+    if (isSameFile || !settle(to.get(), targetPath, mode) ||
+        (S_ISREG(toStatus.st_mode) && ftruncate(to.get(), 0) != 0))
+    {
         return false;
+    }
     return copyBytes(from.get(), to.get()) && copyAttributes(fromStatus, to.get());
 }
 

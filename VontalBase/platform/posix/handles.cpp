@@ -9,6 +9,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace qvplatform
 {
@@ -24,18 +25,23 @@ constexpr useconds_t lockPause = 1000;
 /// Takes the lock that goes with a mode. A file system that has no locks refuses nobody.
 bool lockFile(int descriptor, const OpenMode & mode)
 {
-    if (gateFails("lock file"))
+    const GateAnswer answer = passGate("lock file");
+    if (answer == GateAnswer::Fail)
         return false;
+    bool isInterrupted = answer == GateAnswer::Interrupt;
     const int operation = (mode.writes ? LOCK_EX : LOCK_SH) | LOCK_NB;
-    for (int attempt = 1; flock(descriptor, operation) != 0; ++attempt)
+    for (int attempt = 1; attempt <= lockAttempts;)
     {
+        if (!isInterrupted && flock(descriptor, operation) == 0)
+            return true;
+        if (std::exchange(isInterrupted, false) || errno == EINTR)
+            continue;
         if (errno != EWOULDBLOCK)
             return true;
-        if (attempt == lockAttempts)
-            return false;
-        usleep(lockPause);
+        if (++attempt <= lockAttempts)
+            usleep(lockPause);
     }
-    return true;
+    return false;
 }
 
 /// Most files that are to be emptied are new, and then asking is all that is done.
@@ -45,6 +51,20 @@ bool emptyFile(int descriptor) noexcept
         return false;
     return lseek(descriptor, 0, SEEK_END) == 0 ||
            (ftruncate(descriptor, 0) == 0 && lseek(descriptor, 0, SEEK_SET) == 0);
+}
+
+bool makeReady(int descriptor, const OpenMode & mode)
+{
+    struct stat status
+    {
+    };
+    if (gateFails("look at open file") || fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
+        return false;
+    if (!S_ISREG(status.st_mode))
+        return true;
+    if (!lockFile(descriptor, mode))
+        return false;
+    return !mode.empties || emptyFile(descriptor);
 }
 
 } // namespace
@@ -79,18 +99,13 @@ int flagsOf(const OpenMode & mode) noexcept
     return flags;
 }
 
-bool settle(int descriptor, const OpenMode & mode)
+bool settle(int descriptor, const KernelPath & path, const OpenMode & mode)
 {
-    struct stat status
-    {
-    };
-    if (gateFails("look at open file") || fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode))
-        return false;
-    if (!S_ISREG(status.st_mode))
+    if (makeReady(descriptor, mode))
         return true;
-    if (!lockFile(descriptor, mode))
-        return false;
-    return !mode.empties || emptyFile(descriptor);
+    if (mode.isExclusive)
+        unlinkat(path.directory(), path.name(), 0);
+    return false;
 }
 
 int aboveStandardStreams(int descriptor) noexcept

@@ -26,6 +26,8 @@ int flagsOf(const OpenMode & mode) noexcept;
 
 /// Makes an open file ready: it is no directory, the lock that goes with the mode is taken, and then it is
 /// emptied where the mode says so. A file system that has no locks refuses nobody.
-bool settle(int descriptor, const OpenMode & mode);
+/// @return false where that cannot be. The descriptor stays the caller's; a file that an exclusive mode made
+///     for nothing is removed.
+bool settle(int descriptor, const KernelPath & path, const OpenMode & mode);
 
 } // namespace qvplatform

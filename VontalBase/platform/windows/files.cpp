@@ -97,6 +97,10 @@ bool isLink(const std::wstring & path)
     const std::size_t last = ended.find_last_not_of(L"\\/");
     if (last == std::wstring::npos)
         return false;
+    // The search takes these for wildcards, and no file has them in its name.
+    const std::size_t start = ended.find_last_of(L"\\/:", last) + 1;
+    if (ended.find_first_of(L"*?<>\"", start) != std::wstring::npos)
+        return false;
     WIN32_FIND_DATAW data = {};
     const HANDLE search = FindFirstFileW(kernelPath(ended.substr(0, last + 1)).c_str(), &data);
     if (search == INVALID_HANDLE_VALUE)
