@@ -65,7 +65,7 @@ void shrinkPipe(Handle end) noexcept;
 bool startProcess(
     const std::wstring & commandLine, const StandardHandles & streams, ProcessInformation & information);
 
-/// Waits for the end of a process, and at most so many milliseconds.
+/// Waits for the end of a process, and at most so many milliseconds. `Failed` for no process.
 ProcessWait waitForProcess(const ProcessInformation & information, unsigned int milliseconds);
 
 /// Reads the exit code of a process that has ended; 128 + n for one that signal n ended. Where a process that

@@ -464,6 +464,7 @@ TEST(PlatformProcess, OfNobodyFailsInEveryWay)
     unsigned int exitCode = 1000;
     EXPECT_FALSE(qvplatform::readExitCode(nobody, exitCode));
     EXPECT_EQ(exitCode, 1000U);
+    EXPECT_EQ(qvplatform::waitForProcess(nobody, 0), ProcessWait::Failed);
     qvplatform::forgetProcess(nobody);
 }
 

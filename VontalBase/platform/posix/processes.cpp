@@ -262,7 +262,7 @@ bool startProcess(
 
 ProcessWait waitForProcess(const ProcessInformation & information, unsigned int milliseconds)
 {
-    if (gateFails("wait for process"))
+    if (gateFails("wait for process") || information.processId == 0)
         return ProcessWait::Failed;
     const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
     const int descriptor = descriptorOf(information.process);
