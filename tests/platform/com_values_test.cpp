@@ -245,6 +245,9 @@ TEST(ComVariants, ValuesBecomeTexts)
     VARIANT reference = emptyVariant();
     reference.vt = VT_VARIANT | VT_BYREF;
     reference.pvarVal = &inner;
+    VARIANT nothing = emptyVariant();
+    VARIANT referenceToNothing = reference;
+    referenceToNothing.pvarVal = &nothing;
     const struct
     {
         const char * label;
@@ -259,6 +262,7 @@ TEST(ComVariants, ValuesBecomeTexts)
         {"truth in words", variantWith(VT_BOOL, VARIANT_TRUE & 0xFFFF), VARIANT_ALPHABOOL, "True"},
         {"nothing", emptyVariant(), 0, ""},
         {"by reference", reference, 0, "12"},
+        {"nothing by reference", referenceToNothing, 0, ""},
     };
     for (const auto & row : rows)
     {

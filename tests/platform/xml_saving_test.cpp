@@ -1,3 +1,5 @@
+#include "VontalBase/platform/gates.h"
+
 #include "comtesting.h"
 #include "support/SmallStackThread.h"
 #include "support/TempDirectory.h"
@@ -195,6 +197,25 @@ TEST(XmlSaving, AFileIsWrittenByItsPath)
     const std::string missing = directory.text("no/such/folder/a.xml");
     const Text missingText{std::string_view(missing)};
     EXPECT_LT(document->save(variantOf(static_cast<BSTR>(missingText))), 0);
+}
+
+TEST(XmlSaving, AFileThatTheDiskRefusesIsTold)
+{
+    const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service passes no gate";
+    const testsupport::TempDirectory directory;
+    const Com<IXMLDOMDocument> document = documentOf("<a/>");
+    const Text path{std::string_view(directory.text("a.xml"))};
+    for (const char * const service : {"write stream", "flush stream", "close stream"})
+    {
+        SCOPED_TRACE(service);
+        qvplatform::armGates({service, 1, 1, qvplatform::GateAnswer::Fail});
+        EXPECT_EQ(document->save(variantOf(static_cast<BSTR>(path))), STG_E_WRITEFAULT);
+        EXPECT_NE(qvplatform::faultedGate(), nullptr);
+        qvplatform::disarmGates();
+    }
+    directory.remove("a.xml");
 }
 
 TEST(XmlSaving, AnotherDocumentBecomesACopy)

@@ -1,9 +1,9 @@
-#include "VontalBase/platform/com.h"
+#include "VontalBase/platform/posix/comvariants.h"
+
 #include "VontalBase/platform/gates.h"
 
 #include <charconv>
 #include <cmath>
-#include <cwchar>
 #include <limits>
 #include <new>
 #include <string>
@@ -122,9 +122,6 @@ Value valueOf(const VARIANT & variant)
         return {};
     switch (v.vt & ~VT_BYREF)
     {
-    case VT_VARIANT:
-        // One that refers to a reference again is none that may be made.
-        return isReference && v.pvarVal->vt != (VT_VARIANT | VT_BYREF) ? valueOf(*v.pvarVal) : Value{};
     case VT_EMPTY:
         return signedValue(0);
     case VT_I1:
@@ -378,12 +375,14 @@ HRESULT convertNumber(const Value & value, VARIANT & made)
 
 HRESULT convert(const VARIANT & source, USHORT flags, VARIANT & made)
 {
-    Value value = valueOf(source);
+    // One that refers to a reference again is none that may be made.
+    const VARIANT & inner = qvplatform::innerVariant(source);
+    Value value = valueOf(inner);
     if (value.kind == Value::Kind::None)
         return DISP_E_TYPEMISMATCH;
     if (made.vt == VT_BSTR)
     {
-        if (source.vt == VT_EMPTY)
+        if (inner.vt == VT_EMPTY)
             value = textValue(nullptr);
         return convertToText(value, flags, made.bstrVal);
     }

@@ -2,10 +2,12 @@
 
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/posix/comvariants.h"
 #include "VontalBase/platform/posix/xmlclasses.h"
 #include "VontalBase/platform/posix/xmlparseerror.h"
 #include "VontalBase/platform/posix/xmltext.h"
 #include "VontalBase/platform/posix/xmlwriting.h"
+#include "VontalBase/platform/streams.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -42,7 +44,7 @@ private:
     {
         void operator()(std::FILE * file) const noexcept
         {
-            std::fclose(file);
+            closeStream(file);
         }
     };
     std::unique_ptr<std::FILE, Close> m_file;
@@ -376,8 +378,7 @@ HRESULT DocumentObject::load(VARIANT source, VARIANT_BOOL * isSuccessful)
     VARIANT_BOOL answer = VARIANT_FALSE;
     VARIANT_BOOL & told = isSuccessful != nullptr ? *isSuccessful : answer;
     told = VARIANT_FALSE;
-    const VARIANT & inner =
-        source.vt == (VT_VARIANT | VT_BYREF) && source.pvarVal != nullptr ? *source.pvarVal : source;
+    const VARIANT & inner = innerVariant(source);
     return withoutThrowing(
         [&]
         {

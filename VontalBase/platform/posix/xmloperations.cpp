@@ -1,6 +1,7 @@
 #include "VontalBase/platform/posix/xmloperations.h"
 
 #include "VontalBase/platform/posix/comobject.h"
+#include "VontalBase/platform/posix/comvariants.h"
 #include "VontalBase/platform/posix/xmldocument.h"
 #include "VontalBase/platform/posix/xmllists.h"
 #include "VontalBase/platform/posix/xmltext.h"
@@ -163,18 +164,15 @@ NodePlace placeOf(IUnknown * object) noexcept
 
 IUnknown * objectIn(const VARIANT & variant) noexcept
 {
-    switch (variant.vt)
+    const VARIANT & inner = innerVariant(variant);
+    switch (inner.vt)
     {
     case VT_UNKNOWN:
     case VT_DISPATCH:
-        return variant.punkVal;
+        return inner.punkVal;
     case VT_UNKNOWN | VT_BYREF:
     case VT_DISPATCH | VT_BYREF:
-        return variant.ppunkVal != nullptr ? *variant.ppunkVal : nullptr;
-    case VT_VARIANT | VT_BYREF:
-        if (variant.pvarVal != nullptr && variant.pvarVal->vt != variant.vt)
-            return objectIn(*variant.pvarVal);
-        return nullptr;
+        return inner.ppunkVal != nullptr ? *inner.ppunkVal : nullptr;
     default:
         return nullptr;
     }

@@ -1,9 +1,11 @@
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/comobject.h"
+#include "VontalBase/platform/posix/comvariants.h"
 #include "VontalBase/platform/posix/xmldocument.h"
 #include "VontalBase/platform/posix/xmltext.h"
 #include "VontalBase/platform/posix/xmlwriting.h"
+#include "VontalBase/platform/streams.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -26,8 +28,8 @@ HRESULT saveToFile(const Tree & tree, BSTR path)
     std::FILE * const file = gateFails("xml file") ? nullptr : openStream(name, "wb");
     if (file == nullptr)
         return E_ACCESSDENIED;
-    const bool isWritten = writeToSystem(file, bytes.data(), bytes.size());
-    const bool isClosed = std::fclose(file) == 0;
+    const bool isWritten = writeThrough(file, bytes.data(), bytes.size());
+    const bool isClosed = closeStream(file);
     return isWritten && isClosed ? S_OK : STG_E_WRITEFAULT;
 }
 
@@ -70,8 +72,7 @@ HRESULT writeToStream(ISequentialStream & stream, std::string_view bytes) noexce
 
 HRESULT saveDocument(Tree & tree, const VARIANT & target) noexcept
 {
-    const VARIANT & inner =
-        target.vt == (VT_VARIANT | VT_BYREF) && target.pvarVal != nullptr ? *target.pvarVal : target;
+    const VARIANT & inner = innerVariant(target);
     return withoutThrowing(
         [&]
         {
