@@ -345,6 +345,22 @@ TEST(XmlNodes, TheTextOfANodeInXmlIsWhatSavingWrites)
     EXPECT_EQ(xml.utf8(), "<b x=\"&amp;\">&lt;</b>");
 }
 
+TEST(XmlNodes, TheDeclarationInXmlHasNoEncodingAndIsNothingElse)
+{
+    const Apartment apartment;
+    if (!comtesting::refusesDocumentTypes())
+        GTEST_SKIP() << "Wine's service writes the declaration as it was made";
+    const Com<IXMLDOMDocument> document =
+        documentOf("<?xml version='1.0' encoding='utf-8' standalone='yes'?><a/>");
+    const auto declaration = query<IXMLDOMProcessingInstruction>(firstOf(document.get()).get());
+    ASSERT_TRUE(declaration);
+    Text xml;
+    ASSERT_EQ(declaration->get_xml(xml.receive()), S_OK);
+    EXPECT_EQ(xml.utf8(), "<?xml version=\"1.0\" standalone=\"yes\"?>");
+    ASSERT_EQ(declaration->put_data(Text(L"?> <x>")), S_OK);
+    EXPECT_LT(declaration->get_xml(xml.receive()), 0);
+}
+
 TEST(XmlNodes, EachKindOffersItsInterface)
 {
     const Apartment apartment;

@@ -346,8 +346,12 @@ HRESULT writeNode(const xmlNode * node, std::string & out)
     Writer writer(encoder);
     if (isDeclaration(node))
     {
-        writer.markup("<?xml " + std::string(contentOf(node)) + "?>");
-        return S_OK;
+        Declaration declaration;
+        if (!readDeclaration(contentOf(node), declaration))
+            return cannotBeWritten;
+        declaration.encoding.clear();
+        writer.markup("<?xml " + textOf(declaration) + "?>");
+        return writer.result();
     }
     return writer.write(node, false);
 }
