@@ -61,7 +61,23 @@ private:
     Action m_action;
 };
 
+/// At the end of a process, lets the threads that still run go on with what other libraries give them.
+class UsableToTheEnd
+{
+public:
+    UsableToTheEnd() = default;
+    UsableToTheEnd(const UsableToTheEnd &) = delete;
+    UsableToTheEnd & operator=(const UsableToTheEnd &) = delete;
+    ~UsableToTheEnd()
+    {
+        if (!qvplatform::isBeingUnloaded())
+            qvplatform::keepUsableForThreads();
+    }
+};
+
 } // namespace
+
+static UsableToTheEnd usableToTheEnd;
 
 namespace qvbase
 {

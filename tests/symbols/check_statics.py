@@ -14,6 +14,7 @@ import sys
 
 # In the order in which they are made: what the object is, its name, and its name as g++ and clang mangle it.
 OBJECTS = (
+    ("what keeps other libraries usable", "usableToTheEnd", r"_ZL14usableToTheEnd"),
     ("the registry of COM objects", "debugRegistryObject", r"_ZN6qvbaseL19debugRegistryObjectE"),
     ("the lock of all counts", "referencedObjectMutex", r"_ZN6qvbaseL21referencedObjectMutexE"),
     ("the lock of multi-language strings", "mlLockObject", r"_ZN6VontalL12mlLockObjectE"),
