@@ -36,8 +36,9 @@ class Scripts(unittest.TestCase):
             program.chmod(0o755)
 
     def run_script(self, *command):
-        path = f"{self.root / 'programs'}:{os.environ['PATH']}"
-        return subprocess.run(["bash", *command], cwd=self.root, env={**os.environ, "PATH": path},
+        # The outcome must not depend on what the caller's shell says.
+        surroundings = {"PATH": f"{self.root / 'programs'}:{os.environ['PATH']}"}
+        return subprocess.run(["bash", *command], cwd=self.root, env=surroundings,
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
 
     def test_a_preset_that_does_not_build_does_not_keep_the_others_from_their_tests(self):
