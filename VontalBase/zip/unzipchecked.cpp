@@ -106,7 +106,7 @@ std::wstring directoryOf(const Vontal::u8string & target)
     const Vontal::astring path = target.toAstring();
     const std::size_t last = path.find_last_not_of(separators);
     if (last == std::wstring::npos)
-        return path.empty() ? L"." : path.substr(0, 1);
+        return path.empty() ? L"." : L"\\";
     const bool isDrive = path[last] == L':' && !qvplatform::mayNamesHoldColons();
     return path.substr(0, isDrive ? last + 2 : last + 1);
 }
