@@ -27,7 +27,7 @@ std::int64_t timeOfDay(std::int64_t hour, std::int64_t minute, std::int64_t seco
 
 std::int64_t secondsOf(const _FILETIME & fileTime) noexcept
 {
-    return static_cast<std::int64_t>(qvplatform::unitsOf(fileTime) / qvplatform::fileTimeUnits) -
+    return static_cast<std::int64_t>(qvplatform::unitsOf(fileTime) / qvplatform::fileTimeUnitsPerSecond) -
            qvplatform::secondsFrom1601To1970;
 }
 

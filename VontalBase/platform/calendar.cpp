@@ -35,9 +35,14 @@ CivilTime civilTime(std::int64_t milliseconds) noexcept
 {
     const Division days = divideDown(milliseconds, millisecondsOfDay);
     // The inverse of daysSince1970: eras of 400 years, then years that begin with March.
-    const Division eras = divideDown(days.quotient + 719468, 146097);
+    const Division eras = divideDown(days.quotient + daysFromFirstEraTo1970, daysOfEra);
     const std::int64_t dayOfEra = eras.remainder;
-    const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    // Without the days that leap years have on top, all years are as long.
+    constexpr std::int64_t daysBeforeLeapDay = 4 * 365;
+    constexpr std::int64_t daysOfCentury = daysOfEra / 4;
+    const std::int64_t withoutLeapDays =
+        dayOfEra - dayOfEra / daysBeforeLeapDay + dayOfEra / daysOfCentury - dayOfEra / (daysOfEra - 1);
+    const std::int64_t yearOfEra = withoutLeapDays / 365;
     const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const std::int64_t marchMonth = (5 * dayOfYear + 2) / 153;
     const std::int64_t month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;

@@ -42,6 +42,11 @@ constexpr int daysInMonth(int year, int month) noexcept
     return month == 2 && isLeapYear(year) ? 29 : lengths[month - 1];
 }
 
+/// In 400 years, after which the calendar begins anew.
+constexpr std::int64_t daysOfEra = 146097;
+/// From the first of March of the year 0, with which the first era begins.
+constexpr std::int64_t daysFromFirstEraTo1970 = 719468;
+
 /// The number of days from 1970-01-01 to a date, below 0 for an earlier one.
 /// @param month 1 to 12.
 /// @param day any; one beyond the month counts on.
@@ -52,9 +57,8 @@ constexpr std::int64_t daysSince1970(int year, int month, int day) noexcept
     const std::int64_t era = (marchYear >= 0 ? marchYear : marchYear - 399) / 400;
     const std::int64_t yearOfEra = marchYear - era * 400;
     const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    constexpr std::int64_t daysOfEra = 146097;
-    constexpr std::int64_t firstOfEraTo1970 = 719468;
-    return era * daysOfEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - firstOfEraTo1970;
+    return era * daysOfEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear -
+           daysFromFirstEraTo1970;
 }
 
 /// The milliseconds from the beginning of 1970 to a date and time, all of whose parts are in range.

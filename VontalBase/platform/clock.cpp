@@ -67,14 +67,13 @@ std::uint64_t fileTimeNow() noexcept
 
 CivilTime utcNow() noexcept
 {
-    constexpr std::int64_t unitsOfMillisecond = fileTimeUnits / 1000;
-    const std::int64_t since1601 = static_cast<std::int64_t>(fileTimeNow() / unitsOfMillisecond);
-    return civilTime(since1601 - secondsFrom1601To1970 * 1000);
+    const auto since1601 = static_cast<std::int64_t>(fileTimeNow() / fileTimeUnitsPerMillisecond);
+    return civilTime(since1601 - millisecondsFrom1601To1970);
 }
 
 std::int64_t secondsSince1970() noexcept
 {
-    return static_cast<std::int64_t>(fileTimeNow() / fileTimeUnits) - secondsFrom1601To1970;
+    return static_cast<std::int64_t>(fileTimeNow() / fileTimeUnitsPerSecond) - secondsFrom1601To1970;
 }
 
 std::int64_t secondsOfStandardTime(const CivilTime & time) noexcept

@@ -17,8 +17,11 @@ namespace qvplatform
 
 /// From the beginning of 1601, from which file times count, to that of 1970.
 constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
-/// Units of 100 nanoseconds in a second.
-constexpr std::int64_t fileTimeUnits = 10'000'000;
+constexpr std::int64_t millisecondsFrom1601To1970 = secondsFrom1601To1970 * 1000;
+
+// File times are in units of 100 nanoseconds.
+constexpr std::int64_t fileTimeUnitsPerSecond = 10'000'000;
+constexpr std::int64_t fileTimeUnitsPerMillisecond = 10'000;
 
 /// The present date and time in the user's time zone.
 CivilTime localNow() noexcept;

@@ -24,7 +24,7 @@ bool isKnown(const Facet & facet, wchar_t unit)
 
 } // namespace
 
-void insertWideLine(const std::wstring & text)
+void insertWideErrorLine(const std::wstring & text)
 {
     std::wstring line = text;
     // A buffer of a file keeps what it cannot write, and ends the process with the next thing that is

@@ -17,7 +17,8 @@ void writeErrorText(const std::wstring & text, int error);
 /// its locale does not have may be lost or replaced, but later lines are written.
 void writeWideErrorLine(const std::wstring & text);
 
-/// The same without regard to what else is written to the standard error stream.
-void insertWideLine(const std::wstring & text);
+/// What `writeWideErrorLine` does by the stream itself. Where the C library has one orientation for a stream,
+/// narrow text is lost afterwards.
+void insertWideErrorLine(const std::wstring & text);
 
 } // namespace qvplatform

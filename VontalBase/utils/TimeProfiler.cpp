@@ -45,8 +45,8 @@ void TimeProfiler::getTime(FILETIME & out) noexcept
 
 std::uint32_t TimeProfiler::getElapsedTime(FILETIME & from, FILETIME & to) noexcept
 {
-    constexpr std::uint64_t unitsOfMillisecond = 10'000;
-    return static_cast<std::uint32_t>((unitsOf(to) - unitsOf(from)) / unitsOfMillisecond);
+    return static_cast<std::uint32_t>(
+        (unitsOf(to) - unitsOf(from)) / qvplatform::fileTimeUnitsPerMillisecond);
 }
 
 } // namespace qvutils

@@ -12,9 +12,9 @@ namespace
 {
 
 using qvplatform::CivilTime;
+using qvplatform::fileTimeUnitsPerMillisecond;
+using qvplatform::millisecondsFrom1601To1970;
 
-constexpr std::int64_t unitsPerMillisecond = qvplatform::fileTimeUnits / 1000;
-constexpr std::int64_t millisecondsFrom1601To1970 = qvplatform::secondsFrom1601To1970 * 1000;
 constexpr std::int64_t aMinute = 60'000;
 
 constexpr int firstCountedYear = 1970;
@@ -28,13 +28,13 @@ CivilTime civilTimeOf(std::uint64_t fileTime) noexcept
 {
     constexpr std::uint64_t latest = std::numeric_limits<std::int64_t>::max();
     const auto units = static_cast<std::int64_t>(std::min(fileTime, latest));
-    return qvplatform::civilTime(units / unitsPerMillisecond - millisecondsFrom1601To1970);
+    return qvplatform::civilTime(units / fileTimeUnitsPerMillisecond - millisecondsFrom1601To1970);
 }
 
 std::uint64_t fileTimeOf(const CivilTime & time) noexcept
 {
     return static_cast<std::uint64_t>(
-        (qvplatform::millisecondsSince1970(time) + millisecondsFrom1601To1970) * unitsPerMillisecond);
+        (qvplatform::millisecondsSince1970(time) + millisecondsFrom1601To1970) * fileTimeUnitsPerMillisecond);
 }
 
 std::int64_t localMinusUtc() noexcept
@@ -43,7 +43,7 @@ std::int64_t localMinusUtc() noexcept
     const std::int64_t utc = qvplatform::millisecondsSince1970(qvplatform::utcNow());
     const std::int64_t difference = qvplatform::millisecondsSince1970(qvplatform::localNow()) - utc;
     const std::int64_t half = difference < 0 ? -aMinute / 2 : aMinute / 2;
-    return (difference + half) / aMinute * aMinute * unitsPerMillisecond;
+    return (difference + half) / aMinute * aMinute * fileTimeUnitsPerMillisecond;
 }
 
 std::uint64_t shifted(std::uint64_t fileTime, std::int64_t units) noexcept
@@ -109,7 +109,7 @@ std::uint64_t fileTimeOfDosDate(std::uint32_t dosDate) noexcept
 std::uint64_t fileTimeOfSeconds(std::int32_t seconds) noexcept
 {
     return static_cast<std::uint64_t>(
-        (seconds + qvplatform::secondsFrom1601To1970) * qvplatform::fileTimeUnits);
+        (seconds + qvplatform::secondsFrom1601To1970) * qvplatform::fileTimeUnitsPerSecond);
 }
 
 } // namespace zip

@@ -59,7 +59,7 @@ std::uint64_t systemFileTimeNow() noexcept
 {
     const timespec now = systemNow();
     return static_cast<std::uint64_t>(
-        (now.tv_sec + secondsFrom1601To1970) * fileTimeUnits + now.tv_nsec / 100);
+        (now.tv_sec + secondsFrom1601To1970) * fileTimeUnitsPerSecond + now.tv_nsec / 100);
 }
 
 void refreshTimeZone() noexcept

@@ -33,7 +33,7 @@ void writeWideErrorLine(const std::wstring & text)
         std::fwrite(utf8.data(), 1, utf8.size(), stderr);
         return;
     }
-    insertWideLine(text);
+    insertWideErrorLine(text);
 }
 
 } // namespace qvplatform

@@ -111,7 +111,8 @@ bool writeAll(
 std::uint64_t unitsOf(std::int64_t seconds, std::int64_t nanoseconds) noexcept
 {
     const std::int64_t since1601 = seconds + secondsFrom1601To1970;
-    return since1601 < 0 ? 0 : static_cast<std::uint64_t>(since1601 * fileTimeUnits + nanoseconds / 100);
+    return since1601 < 0 ? 0
+                         : static_cast<std::uint64_t>(since1601 * fileTimeUnitsPerSecond + nanoseconds / 100);
 }
 
 std::uint64_t unitsOf(const struct statx_timestamp & time) noexcept
@@ -122,7 +123,7 @@ std::uint64_t unitsOf(const struct statx_timestamp & time) noexcept
 /// The time for `futimens`, which leaves alone what a count of 0 stands for.
 timespec timeOf(std::uint64_t units) noexcept
 {
-    constexpr auto second = static_cast<std::uint64_t>(fileTimeUnits);
+    constexpr auto second = static_cast<std::uint64_t>(fileTimeUnitsPerSecond);
     timespec time{};
     if (units == 0)
     {

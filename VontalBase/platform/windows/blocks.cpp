@@ -1,7 +1,7 @@
 #include "VontalBase/platform/blocks.h"
 
 #include "VontalBase/platform/gates.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 namespace qvplatform
 {

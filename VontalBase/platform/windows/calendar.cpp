@@ -1,7 +1,5 @@
 #include "VontalBase/platform/calendar.h"
 
-#include "VontalBase/platform/windows/windows_headers.h"
-
 #include <time.h>
 
 namespace qvplatform

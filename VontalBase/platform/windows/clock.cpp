@@ -1,7 +1,7 @@
 #include "VontalBase/platform/clock.h"
 
 #include "VontalBase/platform/filetimeunits.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <ctime>
 

@@ -1,6 +1,5 @@
 #include "VontalBase/platform/console.h"
 
-#include "VontalBase/platform/windows/windows_headers.h"
 #include "VontalBase/text/conversions.h"
 
 #include <algorithm>
@@ -25,7 +24,7 @@ void writeErrorText(const std::wstring & text, int error)
 
 void writeWideErrorLine(const std::wstring & text)
 {
-    insertWideLine(text);
+    insertWideErrorLine(text);
 }
 
 } // namespace qvplatform

@@ -1,4 +1,4 @@
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 /// The entry point of the module: there is nothing to do but to agree.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD, LPVOID)

@@ -1,7 +1,7 @@
 #include "VontalBase/platform/events.h"
 
 #include "VontalBase/platform/gates.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <atomic>
 #include <limits>

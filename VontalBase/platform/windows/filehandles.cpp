@@ -3,7 +3,7 @@
 #include "VontalBase/platform/filetimeunits.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/kernelpath.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <algorithm>
 #include <limits>

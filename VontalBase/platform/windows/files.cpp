@@ -5,11 +5,9 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/openmode.h"
 #include "VontalBase/platform/windows/kernelpath.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <direct.h>
 #include <fcntl.h>
 #include <io.h>
 #include <share.h>
@@ -46,7 +44,8 @@ bool readExtendedStatus(const std::wstring & path, FileStatus & status)
                                                                           : FileStatus::Kind::Regular;
     status.size = static_cast<std::int64_t>((std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow);
     status.modificationTime =
-        static_cast<std::int64_t>(unitsOf(data.ftLastWriteTime) / fileTimeUnits) - secondsFrom1601To1970;
+        static_cast<std::int64_t>(unitsOf(data.ftLastWriteTime) / fileTimeUnitsPerSecond) -
+        secondsFrom1601To1970;
     return true;
 }
 

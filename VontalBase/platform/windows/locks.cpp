@@ -1,6 +1,6 @@
 #include "VontalBase/platform/locks.h"
 
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <new>
 

@@ -1,9 +1,10 @@
 #include "VontalBase/platform/processes.h"
 
 #include "VontalBase/platform/gates.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <type_traits>
 

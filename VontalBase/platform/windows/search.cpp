@@ -2,7 +2,7 @@
 
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/windows/kernelpath.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <cstdio>
 #include <cwchar>

@@ -1,7 +1,7 @@
 #include "VontalBase/platform/threads.h"
 
 #include "VontalBase/platform/gates.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 #include <limits>
 #include <objbase.h>

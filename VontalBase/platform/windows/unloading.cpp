@@ -1,7 +1,7 @@
 #include "VontalBase/platform/unloading.h"
 
 #include "VontalBase/platform/threads.h"
-#include "VontalBase/platform/windows/windows_headers.h"
+#include "VontalBase/platform/windows/windowsheaders.h"
 
 namespace qvplatform
 {

@@ -1,6 +1,7 @@
 /// @internal
 /// @file
-/// The one place that includes the system's headers, with the settings that keep them small.
+/// <windows.h> for the sources of this half, with the settings that keep it small. The public headers
+/// filetime.h and com.h include it by themselves.
 #pragma once
 
 #ifndef NOMINMAX
