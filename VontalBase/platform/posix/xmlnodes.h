@@ -7,6 +7,8 @@
 #include "VontalBase/platform/posix/xmldirect.h"
 #include "VontalBase/platform/posix/xmloperations.h"
 #include "VontalBase/platform/posix/xmlstylesheets.h"
+#include "VontalBase/platform/posix/xmltext.h"
+#include "VontalBase/platform/posix/xmltree.h"
 
 #include <libxml/tree.h>
 
@@ -217,12 +219,8 @@ public:
     {
         if (length == nullptr)
             return E_INVALIDARG;
-        *length = 0;
-        BSTR data = nullptr;
-        const HRESULT result = ownText(*this, &data);
-        *length = static_cast<LONG>(SysStringLen(data));
-        SysFreeString(data);
-        return result;
+        *length = static_cast<LONG>(countUnits(contentOf(this->node)));
+        return S_OK;
     }
 };
 

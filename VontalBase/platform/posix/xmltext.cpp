@@ -24,19 +24,6 @@ std::uint32_t unitAt(const OLECHAR * string, std::size_t index) noexcept
     return static_cast<char32_t>(string[index]);
 }
 
-/// The units of a text.
-std::size_t countUnits(std::string_view text) noexcept
-{
-    std::size_t units = 0;
-    for (const char c : text)
-    {
-        // One for each character, and one more for those of four bytes.
-        units += isTail(c) ? 0U : 1U;
-        units += static_cast<unsigned char>(c) >= 0xF0 ? 1U : 0U;
-    }
-    return units;
-}
-
 void writeUnits(std::string_view text, wchar_t * to, std::size_t room) noexcept
 {
     wchar_t * const end = to + room;
@@ -144,6 +131,18 @@ bool isEncodingName(std::string_view name) noexcept
 }
 
 } // namespace
+
+std::size_t countUnits(std::string_view text) noexcept
+{
+    std::size_t units = 0;
+    for (const char c : text)
+    {
+        // One for each character, and one more for those of four bytes.
+        units += isTail(c) ? 0U : 1U;
+        units += static_cast<unsigned char>(c) >= 0xF0 ? 1U : 0U;
+    }
+    return units;
+}
 
 HRESULT giveString(std::string_view text, BSTR * string) noexcept
 {

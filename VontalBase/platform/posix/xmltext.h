@@ -27,6 +27,9 @@ inline const xmlChar * xmlText(const char * text) noexcept
     return reinterpret_cast<const xmlChar *>(text);
 }
 
+/// How many UTF-16 units a text has.
+std::size_t countUnits(std::string_view text) noexcept;
+
 /// Gives the string of a text.
 /// @return E_INVALIDARG for a null place, E_OUTOFMEMORY.
 HRESULT giveString(std::string_view text, BSTR * string) noexcept;

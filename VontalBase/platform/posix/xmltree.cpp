@@ -29,8 +29,6 @@ xmlChar * copyText(std::string_view text) noexcept
     // What is copied of null is null.
     if (text.empty())
         return xmlStrndup(xmlText(""), 0);
-    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        return nullptr;
     return xmlStrndup(xmlText(text.data()), static_cast<int>(text.size()));
 }
 
@@ -61,19 +59,22 @@ NodeData * dataOf(const xmlNode * node) noexcept
 }
 
 /// Does something with the object of each node of a subtree, attributes included.
+/// @param function says whether to go on.
 template <class Function>
 void forEachObject(xmlNode * top, Function function) noexcept
 {
     for (xmlNode * node = top; node != nullptr; node = nextInWalk(node, top))
     {
-        if (NodeData * const data = dataOf(node))
-            function(*data);
+        NodeData * const own = dataOf(node);
+        if (own != nullptr && !function(*own))
+            return;
         if (node->type != XML_ELEMENT_NODE)
             continue;
         for (xmlAttr * attribute = node->properties; attribute != nullptr; attribute = attribute->next)
         {
-            if (NodeData * const data = dataOf(asNode(attribute)))
-                function(*data);
+            NodeData * const data = dataOf(asNode(attribute));
+            if (data != nullptr && !function(*data))
+                return;
         }
     }
 }
@@ -81,7 +82,12 @@ void forEachObject(xmlNode * top, Function function) noexcept
 bool hasObjects(xmlNode * top) noexcept
 {
     bool has = false;
-    forEachObject(top, [&has](NodeData &) { has = true; });
+    forEachObject(top,
+        [&has](NodeData &)
+        {
+            has = true;
+            return false;
+        });
     return has;
 }
 
@@ -204,7 +210,7 @@ bool Tree::growPool() noexcept
         return false;
     m_chunks = new (memory) Chunk{m_chunks, m_nextChunk};
     m_fresh = static_cast<char *>(memory) + sizeof(Chunk);
-    m_freshEnd = static_cast<char *>(memory) + m_nextChunk - objectSize;
+    m_freshEnd = static_cast<char *>(memory) + m_nextChunk;
     m_nextChunk = std::min(m_nextChunk * 2, mostAtOnce);
     return true;
 }
@@ -217,7 +223,7 @@ void * Tree::allocateObject() noexcept
         m_freeSlots = slot->next;
         return slot;
     }
-    if (m_fresh >= m_freshEnd && !growPool())
+    if (static_cast<std::size_t>(m_freshEnd - m_fresh) < objectSize && !growPool())
         return nullptr;
     void * const fresh = m_fresh;
     m_fresh += objectSize;
@@ -291,7 +297,8 @@ xmlAttr * findAttribute(const xmlNode * element, std::string_view name) noexcept
     for (xmlAttr * attribute = element->properties; attribute != nullptr; attribute = attribute->next)
     {
         const char * const own = reinterpret_cast<const char *>(attribute->name);
-        if (std::strncmp(own, name.data(), name.size()) == 0 && own[name.size()] == 0)
+        const bool isPrefix = name.empty() || std::strncmp(own, name.data(), name.size()) == 0;
+        if (isPrefix && own[name.size()] == 0)
             return attribute;
     }
     return nullptr;
@@ -323,7 +330,8 @@ bool setContent(xmlNode * node, std::string_view text) noexcept
     if (node->type == XML_TEXT_NODE && text.size() < room)
     {
         char * const inside = reinterpret_cast<char *>(&node->properties);
-        std::memmove(inside, text.data(), text.size());
+        if (!text.empty())
+            std::memmove(inside, text.data(), text.size());
         inside[text.size()] = 0;
         node->content = reinterpret_cast<xmlChar *>(inside);
     }
@@ -501,6 +509,7 @@ bool detach(xmlNode * node) noexcept
             data.fragment = fragment.get();
             ++fragment->objects;
             ++fragment->pointers;
+            return true;
         });
     static_cast<void>(fragment.release());
     // It ends with its objects. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
@@ -511,7 +520,7 @@ bool detach(xmlNode * node) noexcept
     return true;
 }
 
-void settle(NodeData & data) noexcept
+void followInto(NodeData & data) noexcept
 {
     Fragment * const passed = data.fragment;
     Fragment * top = passed;
@@ -544,7 +553,7 @@ void mergeFragment(Fragment * fragment, Fragment & into) noexcept
     // Most often a new node comes in, of which nothing but itself has an object.
     if (fragment->objects == 1 && own != nullptr)
     {
-        settle(*own);
+        followInto(*own);
         own->fragment = &into;
         delete fragment;
     }

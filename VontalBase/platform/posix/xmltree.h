@@ -57,13 +57,13 @@ struct NodeData : NodePlace
 };
 
 /// Makes the object of a node point to the fragment that stands for itself.
-void settle(NodeData & data) noexcept;
+void followInto(NodeData & data) noexcept;
 
 /// Where a node lives at present.
 inline NodePlace & placeNow(NodeData & data) noexcept
 {
     if (data.fragment->into != nullptr)
-        settle(data);
+        followInto(data);
     return data;
 }
 
@@ -147,7 +147,7 @@ private:
     Fragment m_attached;
     Slot * m_freeSlots = nullptr;
     Chunk * m_chunks = nullptr;
-    // Where the next object and the last possible one of the newest chunk begin.
+    // Where the next object of the newest chunk begins, and where the chunk ends.
     char * m_fresh = nullptr;
     char * m_freshEnd = nullptr;
     // In bytes.
