@@ -70,7 +70,8 @@ bool createNewFile(const std::wstring & path);
 /// written stays.
 bool copyFile(const std::wstring & source, const std::wstring & target);
 
-/// Removes a file, or a link as a link. A directory is never removed.
+/// Removes a file, or a link as a link; on Windows one to a directory is for `removeDirectory`. A directory
+/// is never removed.
 bool removeFile(const std::wstring & path);
 
 /// Makes one directory.
@@ -80,7 +81,7 @@ bool makeDirectory(const std::wstring & path);
 bool removeDirectory(const std::wstring & path);
 
 /// Makes a file or directory one that may be written to by its owner. Nothing happens to what a link names.
-/// No failure is reported.
+/// On Windows it loses its other attributes too, hidden among them. No failure is reported.
 void clearReadOnly(const std::wstring & path);
 
 } // namespace qvplatform

@@ -8,7 +8,9 @@
 namespace qvplatform
 {
 
-/// Zeros to begin with, from the system and not from the heap: what is not touched costs nothing.
+/// Zeros to begin with, from the system and not from the heap. What is not touched takes no memory; on
+/// Windows it still counts against what the system may give, and growing needs the old and the new memory at
+/// once.
 class MemoryMapping
 {
 public:

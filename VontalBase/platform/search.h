@@ -13,10 +13,13 @@ namespace qvplatform
 ///
 /// Only the last component of a pattern may hold wildcards: `*` for any run of characters, `?` for one, and
 /// `*.*` matches every name. A pattern without one looks up one name. "." and ".." are always delivered first
-/// where the pattern matches them. The order of the rest is the system's.
+/// where the pattern matches them. The order of the rest is the system's. On Windows the system matches: in
+/// any case of letters, short names of files too, and a `?` at the end of a name or in front of a dot also
+/// stands for nothing.
 ///
-/// Names that are not well-formed, or that hold a separator, come out with U+FFFD in the place of what is
-/// wrong, so that they name nothing. `removeEntry` and `enterEntry` know the true name.
+/// Elsewhere than on Windows names that are not well-formed, or that hold a separator, come out with U+FFFD
+/// in the place of what is wrong, so that they name nothing. `removeEntry` and `enterEntry` know the true
+/// name.
 ///
 /// Memory does not depend on how many entries there are. A search belongs to one thread at a time. None of
 /// the operations throws but `std::bad_alloc`.
@@ -51,7 +54,8 @@ public:
     [[nodiscard]] std::wstring name() const;
     /// Whether it is "." or "..".
     [[nodiscard]] bool isDots() const noexcept;
-    /// Whether it is a directory or a link to one.
+    /// Whether it is a directory or a link to one. On Windows a link that leads nowhere counts as what it was
+    /// made for.
     [[nodiscard]] bool isDirectory() const;
     /// Whether it is something else than a directory that has bytes of its own, or a link to such: no pipe
     /// and no device. What cannot be looked at is none.

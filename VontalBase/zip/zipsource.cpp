@@ -20,7 +20,7 @@ constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 
 constexpr std::uint64_t largestSize = 0xFFFFFFFF;
 
-// What items have that come neither from a file nor from nothing.
+// The attributes of items that no file tells: of memory and pipes, and of bare directories.
 constexpr std::uint32_t plainAttributes = 0x80000000;
 constexpr std::uint32_t folderAttributes = 0x41C00010;
 

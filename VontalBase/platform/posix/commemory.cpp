@@ -108,7 +108,7 @@ bool Block::resize(std::size_t size) noexcept
         m_size = 0;
         return true;
     }
-    if (gateFails("memory block"))
+    if (gateFails("global memory"))
         return false;
     void * const bytes = std::realloc(m_bytes, size);
     if (bytes == nullptr)

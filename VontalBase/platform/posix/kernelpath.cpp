@@ -14,7 +14,7 @@ namespace qvplatform
 namespace
 {
 
-/// What the kernel takes at once, with the zero byte at the end.
+/// What the kernel takes at once; the zero byte at the end comes on top.
 constexpr std::size_t longestPath = PATH_MAX - 1;
 
 template <class Char>
