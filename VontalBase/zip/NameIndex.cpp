@@ -3,7 +3,6 @@
 #include "VontalBase/text/asciicase.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace zip
 {

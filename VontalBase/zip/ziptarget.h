@@ -93,7 +93,6 @@ private:
     Result openFile(const wchar_t * path);
     Result duplicate(qvplatform::Handle handle);
     Result takeMemory(void * block, unsigned int size);
-    bool makeBuffer();
     bool writeToMemory(const void * data, std::size_t size) noexcept;
     bool growMemory(std::uint64_t needed) noexcept;
     bool moveHandle(std::uint64_t position) noexcept;

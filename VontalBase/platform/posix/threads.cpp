@@ -4,9 +4,7 @@
 #include "VontalBase/platform/gates.h"
 
 #include <algorithm>
-#include <climits>
 #include <condition_variable>
-#include <cstring>
 #include <ctime>
 #include <limits>
 #include <mutex>

@@ -59,9 +59,8 @@ bool XmlEncoder::open(const std::string & name)
 
 bool XmlEncoder::convert(std::string_view text, bool mayRefer)
 {
-    std::string bytes(text); // iconv wants what it could write to.
-    char * from = bytes.data();
-    std::size_t left = bytes.size();
+    char * from = const_cast<char *>(text.data()); // iconv does not write to it.
+    std::size_t left = text.size();
     char buffer[4096];
     while (left != 0)
     {
@@ -80,17 +79,12 @@ bool XmlEncoder::convert(std::string_view text, bool mayRefer)
             reference + 2, reference + sizeof reference - 1, static_cast<std::uint32_t>(character.codePoint))
                                .ptr;
         *end = ';';
-        if (!convertAscii({reference, static_cast<std::size_t>(end + 1 - reference)}))
+        if (!convert({reference, static_cast<std::size_t>(end + 1 - reference)}, false))
             return false;
         from += character.length;
         left -= character.length;
     }
     return true;
-}
-
-bool XmlEncoder::convertAscii(std::string_view text)
-{
-    return convert(text, false);
 }
 
 bool XmlEncoder::appendMarkup(std::string_view text)

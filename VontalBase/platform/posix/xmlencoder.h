@@ -34,7 +34,6 @@ public:
 
 private:
     bool convert(std::string_view text, bool mayRefer);
-    bool convertAscii(std::string_view text);
 
     std::string & m_out;
     /// What iconv has given; null for UTF-8.

@@ -8,7 +8,6 @@
 #include "VontalBase/platform/posix/xmlwriting.h"
 
 #include <string>
-#include <utility>
 
 namespace qvplatform
 {

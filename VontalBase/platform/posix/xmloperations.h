@@ -6,8 +6,6 @@
 #include "VontalBase/platform/com.h"
 #include "VontalBase/platform/posix/xmltree.h"
 
-#include <string_view>
-
 namespace qvplatform
 {
 

@@ -129,7 +129,11 @@ Builder & builderOf(void * context) noexcept
     return *static_cast<Builder *>(context);
 }
 
-std::string_view viewOf(const xmlChar * text, int length) noexcept
+/// The parser's room has two places for each attribute and is doubled when it is full: beyond this there are
+/// more than `mostAttributes` for certain.
+constexpr int roomOfTooMany = 2 * 2 * mostAttributes;
+
+std::string_view bytesOf(const xmlChar * text, int length) noexcept
 {
     return {reinterpret_cast<const char *>(text), static_cast<std::size_t>(std::max(length, 0))};
 }
@@ -171,25 +175,25 @@ void onEndElement(void * context, const xmlChar *)
 void onCharacters(void * context, const xmlChar * text, int length)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.characters(viewOf(text, length)); });
+    builder.guard([&] { builder.characters(bytesOf(text, length)); });
 }
 
 void onSection(void * context, const xmlChar * text, int length)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.section(viewOf(text, length)); });
+    builder.guard([&] { builder.section(bytesOf(text, length)); });
 }
 
 void onComment(void * context, const xmlChar * text)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.comment(qvplatform::viewOf(text)); });
+    builder.guard([&] { builder.comment(viewOf(text)); });
 }
 
 void onInstruction(void * context, const xmlChar * target, const xmlChar * data)
 {
     Builder & builder = builderOf(context);
-    builder.guard([&] { builder.instruction(target, qvplatform::viewOf(data)); });
+    builder.guard([&] { builder.instruction(target, viewOf(data)); });
 }
 
 void onFault(void * context, xmlError * error)
@@ -316,7 +320,7 @@ int Builder::read(char * buffer, int size) noexcept
 {
     if (m_isStopped)
         return 0;
-    if (m_context && m_context->maxatts > 2 * 2 * mostAttributes)
+    if (m_context && m_context->maxatts > roomOfTooMany)
     {
         guard([this] { fail(notWellFormed, "An element has too many attributes."); });
         return 0;
@@ -334,10 +338,10 @@ void Builder::startDocument()
     if (standalone == -1 || m_context->version == nullptr)
         return;
     Declaration declaration;
-    declaration.version = qvplatform::viewOf(m_context->version);
+    declaration.version = viewOf(m_context->version);
     const xmlChar * const encoding =
         m_context->input->encoding != nullptr ? m_context->input->encoding : m_context->encoding;
-    declaration.encoding = qvplatform::viewOf(encoding);
+    declaration.encoding = viewOf(encoding);
     if (standalone == 0 || standalone == 1)
         declaration.standalone = standalone == 1 ? "yes" : "no";
     const xmlChar * const target = m_tree->intern("xml");
@@ -410,11 +414,11 @@ bool Builder::declarePrefixes(const xmlChar ** attributes)
 {
     for (; *attributes != nullptr; attributes += 2)
     {
-        const std::string_view name = qvplatform::viewOf(attributes[0]);
+        const std::string_view name = viewOf(attributes[0]);
         if (!name.starts_with("xmlns:"))
             continue;
         const std::string_view prefix = name.substr(6);
-        const std::string_view uri = qvplatform::viewOf(attributes[1]);
+        const std::string_view uri = viewOf(attributes[1]);
         if (!isAllowedDeclaration(prefix, uri))
         {
             fail(undeclaredPrefix,
@@ -455,7 +459,7 @@ void Builder::checkDifferent(const xmlChar ** attributes)
     std::vector<std::pair<const xmlChar *, std::string_view>> names;
     for (; *attributes != nullptr; attributes += 2)
     {
-        const std::string_view name = qvplatform::viewOf(attributes[0]);
+        const std::string_view name = viewOf(attributes[0]);
         const std::string_view prefix = prefixOf(name);
         if (!prefix.empty() && prefix != "xmlns" && prefix != "xml")
             names.emplace_back(meaningOf(attributes[0]), baseOf(name));
@@ -496,7 +500,7 @@ void Builder::startElement(const xmlChar * name, const xmlChar ** attributes)
         attribute->prev = last;
         (last != nullptr ? last->next : element->properties) = attribute;
         last = attribute;
-        const std::string_view value = qvplatform::viewOf(attributes[1]);
+        const std::string_view value = viewOf(attributes[1]);
         if (!value.empty() && !setContent(asNode(attribute), value))
             throw std::bad_alloc();
     }

@@ -6,7 +6,6 @@
 #include "VontalBase/platform/com.h"
 #include "VontalBase/platform/posix/xmltree.h"
 
-#include <cstdint>
 #include <string>
 
 namespace qvplatform

@@ -6,7 +6,7 @@
 #include "VontalBase/platform/posix/xmltransform.h"
 #include "VontalBase/platform/posix/xmlwriting.h"
 
-#include <string>
+#include <utility>
 
 namespace qvplatform
 {

@@ -26,7 +26,6 @@
 #include <libxslt/xsltutils.h>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <unistd.h>
 #include <utility>
 
