@@ -101,7 +101,7 @@ bool indentBelow(xmlNode * root)
 bool setDeclaration(Tree & tree, const XmlFormat & format)
 {
     xmlNode * const first = tree.document()->children;
-    const bool hasOne = first != nullptr && first->type == XML_PI_NODE && viewOf(first->name) == "xml";
+    const bool hasOne = first != nullptr && isDeclaration(first);
     if (format.omitsDeclaration)
         return !hasOne || detach(first);
     const std::string text = textOf({"1.0", format.encoding, format.isStandalone ? "yes" : "no"});

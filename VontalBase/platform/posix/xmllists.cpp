@@ -113,8 +113,7 @@ public:
 protected:
     xmlNode * first(xmlNode * node) const noexcept override
     {
-        const bool hasBelow = node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
-        return hasBelow ? node->children : nullptr;
+        return hasBelow(node) ? node->children : nullptr;
     }
 };
 

@@ -5,9 +5,9 @@
 #include "VontalBase/platform/posix/xmltext.h"
 
 #include <algorithm>
-#include <libxml/dict.h>
 #include <limits>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -134,29 +134,21 @@ private:
             throw std::bad_alloc();
     }
 
-    static const xmlChar * intern(const xmlNode * node, std::string_view text)
-    {
-        const char * const bytes = text.empty() ? "" : text.data();
-        return needed(xmlDictLookup(node->doc->dict, xmlText(bytes), lengthOf(text)));
-    }
-
     void declare(const xmlNode * node, xmlNode * copy)
     {
         for (const xmlAttr * own = node->properties; own != nullptr; own = own->next)
         {
-            const std::string_view name = viewOf(own->name);
-            if (name != "xmlns" && !name.starts_with("xmlns:"))
+            const std::optional<std::string_view> declared = declaredPrefix(viewOf(own->name));
+            if (!declared || *declared == "xml")
                 continue;
-            const std::string prefix(name.size() > 6 ? name.substr(6) : std::string_view());
+            const std::string prefix(*declared);
             const std::string uri(
                 own->children != nullptr ? viewOf(own->children->content) : std::string_view());
-            if (prefix == "xml")
-                continue;
             xmlNs * const meaning =
                 xmlNewNs(copy, xmlText(uri.c_str()), prefix.empty() ? nullptr : xmlText(prefix.c_str()));
             // Null also where an element that is copied alone has the prefix from above, too.
             if (meaning != nullptr)
-                m_scopes.declare(intern(node, prefix), meaning, m_depth);
+                m_scopes.declare(internIn(node, prefix), meaning, m_depth);
         }
     }
 
@@ -165,7 +157,7 @@ private:
     bool find(const xmlNode * node, std::string_view prefix, xmlNode * copy, xmlNs *& meaning)
     {
         meaning = prefix == "xml" ? xmlSearchNs(m_document, copy, xmlText("xml"))
-                                  : m_scopes.find(intern(node, prefix));
+                                  : m_scopes.find(internIn(node, prefix));
         // A declaration of an empty URI takes the one above it back.
         if (meaning != nullptr && viewOf(meaning->href).empty())
             meaning = nullptr;
@@ -199,11 +191,8 @@ private:
     {
         for (const xmlAttr * own = above->properties; own != nullptr; own = own->next)
         {
-            const std::string_view name = viewOf(own->name);
-            if (name != "xmlns" && !name.starts_with("xmlns:"))
-                continue;
-            const std::string_view prefix = name.size() > 6 ? name.substr(6) : std::string_view();
-            if (m_scopes.find(intern(above, prefix)) == nullptr)
+            const std::optional<std::string_view> prefix = declaredPrefix(viewOf(own->name));
+            if (prefix && m_scopes.find(internIn(above, *prefix)) == nullptr)
                 declare(above, copy);
         }
     }
@@ -215,7 +204,7 @@ private:
         {
             const std::string_view name = viewOf(own->name);
             const std::string_view value = own->children != nullptr ? viewOf(own->children->content) : "";
-            if (name == "xmlns" || name.starts_with("xmlns:"))
+            if (declaredPrefix(name))
                 continue;
             xmlNs * meaning = nullptr;
             if (!isWritable(value) ||
@@ -224,11 +213,9 @@ private:
             // Made without its element, which would be searched for its last attribute.
             xmlAttr * const made =
                 needed(xmlNewDocProp(m_document, xmlText(std::string(baseOf(name)).c_str()), nullptr));
-            made->parent = copy;
-            made->ns = meaning;
-            made->prev = last;
-            (last != nullptr ? last->next : copy->properties) = made;
+            linkBehind(copy, last, made);
             last = made;
+            made->ns = meaning;
             made->children = needed(xmlNewDocTextLen(m_document, xmlText(value.data()), lengthOf(value)));
             made->children->parent = reinterpret_cast<xmlNode *>(made);
             made->last = made->children;
@@ -327,9 +314,7 @@ private:
     void addAttribute(const xmlChar * name, std::string_view value, xmlAttr *& last)
     {
         xmlAttr * const made = needed(m_tree.makeAttribute(name));
-        made->parent = m_parent;
-        made->prev = last;
-        (last != nullptr ? last->next : m_parent->properties) = made;
+        linkBehind(m_parent, last, made);
         last = made;
         if (!value.empty() && !setContent(asNode(made), value))
             throw std::bad_alloc();
@@ -382,8 +367,7 @@ HRESULT exportDocument(const xmlNode * top, XmlDocument & document, ExportFacts 
         return E_FAIL;
     for (const xmlNode * node = top->children; node != nullptr; node = node->next)
     {
-        const bool isDeclaration = node->type == XML_PI_NODE && viewOf(node->name) == "xml";
-        if (!isDeclaration && !exporter.copy(node))
+        if (!isDeclaration(node) && !exporter.copy(node))
             return E_FAIL;
     }
     return S_OK;

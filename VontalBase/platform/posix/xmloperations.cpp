@@ -26,12 +26,6 @@ bool hasOwnText(const xmlNode * node) noexcept
     return node->type != XML_ELEMENT_NODE && node->type != XML_DOCUMENT_NODE;
 }
 
-/// Whether children of a node are told.
-bool hasBelow(const xmlNode * node) noexcept
-{
-    return node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
-}
-
 HRESULT giveNothing(BSTR * string) noexcept
 {
     if (string == nullptr)

@@ -496,9 +496,7 @@ void Builder::startElement(const xmlChar * name, const xmlChar ** attributes)
         xmlAttr * const attribute = m_tree->makeAttribute(attributes[0]);
         if (attribute == nullptr)
             throw std::bad_alloc();
-        attribute->parent = element;
-        attribute->prev = last;
-        (last != nullptr ? last->next : element->properties) = attribute;
+        linkBehind(element, last, attribute);
         last = attribute;
         const std::string_view value = viewOf(attributes[1]);
         if (!value.empty() && !setContent(asNode(attribute), value))

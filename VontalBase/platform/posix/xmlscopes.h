@@ -3,13 +3,26 @@
 /// Which prefixes are declared on the way down to an element.
 #pragma once
 
+#include "VontalBase/platform/posix/xmltree.h"
+
 #include <cstddef>
 #include <libxml/xmlstring.h>
+#include <new>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
 namespace qvplatform
 {
+
+/// The place of a text in the dictionary of a node's tree: texts that are the same have the same.
+inline const xmlChar * internIn(const xmlNode * node, std::string_view text)
+{
+    const xmlChar * const place = Tree::of(node).intern(text);
+    if (place == nullptr)
+        throw std::bad_alloc();
+    return place;
+}
 
 /// Declarations by prefix. A prefix is known by its place in a dictionary. `Meaning` is a pointer.
 template <class Meaning>

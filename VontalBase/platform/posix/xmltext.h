@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <libxml/xmlstring.h>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -95,6 +96,16 @@ inline std::string_view baseOf(std::string_view name) noexcept
 {
     const std::size_t colon = name.find(':');
     return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+/// The prefix that an attribute of this name declares, which is empty for `xmlns`; none where it declares
+/// nothing.
+inline std::optional<std::string_view> declaredPrefix(std::string_view name) noexcept
+{
+    constexpr std::string_view start = "xmlns:";
+    if (name.starts_with(start))
+        return name.substr(start.size());
+    return name == "xmlns" ? std::optional(std::string_view()) : std::nullopt;
 }
 
 inline bool isXmlBlank(char c) noexcept

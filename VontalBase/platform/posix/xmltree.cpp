@@ -154,7 +154,8 @@ const xmlChar * Tree::intern(std::string_view name) noexcept
 {
     if (gateFails("xml name") || name.size() > std::numeric_limits<int>::max() / 2)
         return nullptr;
-    return xmlDictLookup(m_document->dict, xmlText(name.data()), static_cast<int>(name.size()));
+    const char * const bytes = name.empty() ? "" : name.data();
+    return xmlDictLookup(m_document->dict, xmlText(bytes), static_cast<int>(name.size()));
 }
 
 xmlNode * Tree::makeElement(const xmlChar * name) noexcept
@@ -235,6 +236,11 @@ void Tree::freeObject(void * object) noexcept
     m_freeSlots = new (object) Slot{m_freeSlots};
 }
 
+bool isDeclaration(const xmlNode * node) noexcept
+{
+    return node->type == XML_PI_NODE && viewOf(node->name) == "xml";
+}
+
 void link(xmlNode * parent, xmlNode * node, xmlNode * before) noexcept
 {
     ++Tree::of(node).changes;
@@ -277,19 +283,10 @@ void unlink(xmlNode * node) noexcept
 void linkAttribute(xmlNode * element, xmlAttr * attribute) noexcept
 {
     ++Tree::of(element).changes;
-    attribute->parent = element;
-    attribute->next = nullptr;
-    attribute->prev = nullptr;
-    if (element->properties == nullptr)
-    {
-        element->properties = attribute;
-        return;
-    }
     xmlAttr * last = element->properties;
-    while (last->next != nullptr)
+    while (last != nullptr && last->next != nullptr)
         last = last->next;
-    last->next = attribute;
-    attribute->prev = last;
+    linkBehind(element, last, attribute);
 }
 
 xmlAttr * findAttribute(const xmlNode * element, std::string_view name) noexcept
@@ -362,8 +359,7 @@ void freeNode(xmlNode * node) noexcept
 
 xmlNode * nextInWalk(xmlNode * node, const xmlNode * top) noexcept
 {
-    const bool hasBelow = node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
-    if (hasBelow && node->children != nullptr)
+    if (hasBelow(node) && node->children != nullptr)
         return node->children;
     while (node != top && node->next == nullptr)
         node = node->parent;
@@ -436,9 +432,7 @@ bool copyAttributes(const xmlNode * node, xmlNode * copy, Tree & tree) noexcept
         xmlAttr * const copied = asAttribute(copyOne(asNode(attribute), tree));
         if (copied == nullptr)
             return false;
-        copied->parent = copy;
-        copied->prev = last;
-        (last != nullptr ? last->next : copy->properties) = copied;
+        linkBehind(copy, last, copied);
         last = copied;
     }
     return true;

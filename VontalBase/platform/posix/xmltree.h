@@ -166,10 +166,27 @@ inline xmlAttr * asAttribute(xmlNode * node) noexcept
     return reinterpret_cast<xmlAttr *>(node);
 }
 
+/// Whether children of a node are told.
+inline bool hasBelow(const xmlNode * node) noexcept
+{
+    return node->type == XML_ELEMENT_NODE || node->type == XML_DOCUMENT_NODE;
+}
+
+/// Whether a node is the declaration of its document.
+bool isDeclaration(const xmlNode * node) noexcept;
+
 /// Puts a node in front of a child, or behind all where that is null. Texts do not melt together.
 void link(xmlNode * parent, xmlNode * node, xmlNode * before) noexcept;
 /// Takes a node or an attribute out of its parent.
 void unlink(xmlNode * node) noexcept;
+/// Puts a new attribute behind the element's last one, which is null where there is none. Counts no change.
+inline void linkBehind(xmlNode * element, xmlAttr * last, xmlAttr * attribute) noexcept
+{
+    attribute->parent = element;
+    attribute->prev = last;
+    attribute->next = nullptr;
+    (last != nullptr ? last->next : element->properties) = attribute;
+}
 /// Puts an attribute behind all others.
 void linkAttribute(xmlNode * element, xmlAttr * attribute) noexcept;
 /// The attribute of a name; null without one.

@@ -6,8 +6,6 @@
 #include "VontalBase/platform/posix/xmltext.h"
 
 #include <algorithm>
-#include <libxml/dict.h>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -51,11 +49,6 @@ const char * replacementFor(char c, Context context) noexcept
     default:
         return nullptr;
     }
-}
-
-bool isDeclaration(const xmlNode * node) noexcept
-{
-    return node->type == XML_PI_NODE && viewOf(node->name) == "xml";
 }
 
 /// Writes nodes one after the other, without going down the stack with them.
@@ -228,17 +221,7 @@ private:
     /// What a prefix means here, by its place in the dictionary; null where it is not declared.
     const xmlChar * meaningOf(const xmlNode * node, std::string_view prefix)
     {
-        return m_scopes.find(intern(node, prefix));
-    }
-
-    static const xmlChar * intern(const xmlNode * node, std::string_view text)
-    {
-        const char * const bytes = text.empty() ? "" : text.data();
-        const xmlChar * const interned =
-            xmlDictLookup(node->doc->dict, xmlText(bytes), static_cast<int>(text.size()));
-        if (interned == nullptr)
-            throw std::bad_alloc();
-        return interned;
+        return m_scopes.find(internIn(node, prefix));
     }
 
     /// Whoever reads it will refuse a prefix that is not declared, and two attributes of one name.
@@ -254,7 +237,7 @@ private:
             const std::string_view uri = own->children != nullptr ? viewOf(own->children->content) : "";
             if (!isAllowedDeclaration(name.substr(6), uri))
                 m_result = undeclaredPrefix;
-            m_scopes.declare(intern(node, name.substr(6)), intern(node, uri), m_depth);
+            m_scopes.declare(internIn(node, name.substr(6)), internIn(node, uri), m_depth);
         }
         checkName(node, viewOf(node->name), false);
         if (hasPrefixes)
