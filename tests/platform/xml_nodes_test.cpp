@@ -320,6 +320,19 @@ TEST(XmlNodes, AValueThatIsNoTextIsTurnedIntoOne)
     EXPECT_EQ(attributeOf(root.get(), L"n"), "42");
 }
 
+TEST(XmlNodes, TheLengthOfATextCountsTheUnitsOfItsString)
+{
+    const Apartment apartment;
+    const Com<IXMLDOMDocument> document = documentOf("<a/>");
+    const wchar_t units[] = {L'a', 0xE4, 0x20AC, 0xD834, 0xDD1E, 0};
+    LONG length = 77;
+    EXPECT_EQ(newText(document.get(), units)->get_length(&length), S_OK);
+    EXPECT_EQ(length, 5);
+    EXPECT_EQ(newText(document.get(), L"")->get_length(&length), S_OK);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(newText(document.get(), units)->get_length(nullptr), E_INVALIDARG);
+}
+
 TEST(XmlNodes, ACloneStandsForItself)
 {
     const Apartment apartment;
