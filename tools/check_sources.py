@@ -9,8 +9,7 @@
    private if one of its first five lines is "/// @internal", or if it is within a half of the platform.
 3. The house itself never includes VontalBase/VontalBase.h, which is for applications.
 4. Headers form no circle.
-5. The sources (*.cpp) of the two halves of the platform have the same names, but for those that begin with "com"
-   or "xml": what they hold is built into the other system.
+5. A source of one half of the platform that has the name of a neutral header has a twin in the other half.
 6. Every header says what it is: one of its first five lines is "/// @file". What is in a header without it would
    be missing from the manual without a word.
 7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both. README.md
@@ -183,9 +182,10 @@ def main():
     if circle:
         complaints.append("headers include each other in a circle: " + " -> ".join(circle))
 
+    neutral = {p.stem for p in (library / "platform").glob("*.h")}
     halves = [{p.name for p in (library / "platform" / half).glob("*.cpp")} for half in ("posix", "windows")]
     for name in sorted(halves[0] ^ halves[1]):
-        if not name.startswith(("com", "xml")):
+        if name.removesuffix(".cpp") in neutral:
             here, there = ("posix", "windows") if name in halves[0] else ("windows", "posix")
             complaints.append(f"VontalBase/platform/{here}/{name} has no twin in {there}/")
 

@@ -11,8 +11,8 @@ namespace qvplatform
 /// threads may still use it and the system takes everything back.
 bool isBeingUnloaded() noexcept;
 
-/// For a destructor of a static object at the end of the process: sees to it that other libraries do not clear
-/// away what threads that still run go on using.
+/// For a destructor of a static object at the end of the process: sees to it that other libraries do not
+/// clear away what threads that still run go on using.
 void keepUsableForThreads() noexcept;
 
 } // namespace qvplatform

@@ -5,8 +5,8 @@
 namespace testsupport
 {
 
-/// Has `action` called when the libraries of the ending process have cleared up already, while threads still run. It
-/// may call nothing that the C library writes with. False where the system has no such moment.
+/// Has `action` called when the libraries of the ending process have cleared up already, while threads still
+/// run. It may call nothing that the C library writes with. False where the system has no such moment.
 bool callAtVeryEnd(void (*action)());
 
 } // namespace testsupport

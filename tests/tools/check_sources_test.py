@@ -57,7 +57,9 @@ BROKEN = (
     ("a circle of headers", {"VontalBase/text/word.h": '/// @file\n#include "VontalBase/text/text.h"\n'},
      ["headers include each other in a circle: "
       "VontalBase/text/text.h -> VontalBase/text/word.h -> VontalBase/text/text.h"]),
-    ("a source of one half alone", {"VontalBase/platform/posix/pipes.cpp": "",
+    ("a source of one half alone", {"VontalBase/platform/pipes.h": "/// @internal\n/// @file\n",
+                                    "VontalBase/platform/clock.h": "/// @internal\n/// @file\n",
+                                    "VontalBase/platform/posix/pipes.cpp": "",
                                     "VontalBase/platform/windows/clock.cpp": ""},
      ["VontalBase/platform/windows/clock.cpp has no twin in posix/",
       "VontalBase/platform/posix/pipes.cpp has no twin in windows/"]),

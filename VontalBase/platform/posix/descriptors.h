@@ -1,6 +1,6 @@
 /// @internal
 /// @file
-/// Descriptors in the form of handles.
+/// Descriptors, and how they are handles.
 #pragma once
 
 #include "VontalBase/platform/handles.h"
@@ -26,5 +26,31 @@ inline Handle handleOf(int descriptor) noexcept
 /// @param descriptor is taken over; -1 comes back as it is.
 /// @return the descriptor, or -1 where the system refuses.
 int aboveStandardStreams(int descriptor) noexcept;
+
+/// A descriptor that closes itself.
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor) noexcept : m_descriptor(descriptor)
+    {
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor & operator=(const Descriptor &) = delete;
+    ~Descriptor();
+
+    [[nodiscard]] bool isOpen() const noexcept
+    {
+        return m_descriptor >= 0;
+    }
+    [[nodiscard]] int get() const noexcept
+    {
+        return m_descriptor;
+    }
+    /// Gives it up to the caller.
+    int release() noexcept;
+
+private:
+    int m_descriptor;
+};
 
 } // namespace qvplatform

@@ -2,6 +2,7 @@
 
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/openmode.h"
+#include "VontalBase/platform/posix/descriptors.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/platform/posix/openfile.h"
 #include "VontalBase/platform/posix/transfer.h"

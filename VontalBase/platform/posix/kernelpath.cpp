@@ -6,7 +6,6 @@
 #include <climits>
 #include <fcntl.h>
 #include <unistd.h>
-#include <utility>
 
 namespace qvplatform
 {
@@ -108,17 +107,6 @@ void KernelPath::close() noexcept
     if (m_directory >= 0)
         ::close(m_directory);
     m_directory = AT_FDCWD;
-}
-
-Descriptor::~Descriptor()
-{
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
-}
-
-int Descriptor::release() noexcept
-{
-    return std::exchange(m_descriptor, -1);
 }
 
 } // namespace qvplatform

@@ -54,30 +54,4 @@ private:
     int m_directory;
 };
 
-/// A descriptor that closes itself.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor) noexcept : m_descriptor(descriptor)
-    {
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor & operator=(const Descriptor &) = delete;
-    ~Descriptor();
-
-    [[nodiscard]] bool isOpen() const noexcept
-    {
-        return m_descriptor >= 0;
-    }
-    [[nodiscard]] int get() const noexcept
-    {
-        return m_descriptor;
-    }
-    /// Gives it up to the caller.
-    int release() noexcept;
-
-private:
-    int m_descriptor;
-};
-
 } // namespace qvplatform

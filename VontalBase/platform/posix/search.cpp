@@ -1,6 +1,7 @@
 #include "VontalBase/platform/search.h"
 
 #include "VontalBase/platform/gates.h"
+#include "VontalBase/platform/posix/descriptors.h"
 #include "VontalBase/platform/posix/kernelpath.h"
 #include "VontalBase/platform/wildcards.h"
 #include "VontalBase/text/utf.h"

@@ -5,8 +5,8 @@
 #include "VontalBase/platform/posix/comvariants.h"
 #include "VontalBase/platform/posix/xmlclasses.h"
 #include "VontalBase/platform/posix/xmlparseerror.h"
+#include "VontalBase/platform/posix/xmlsaving.h"
 #include "VontalBase/platform/posix/xmltext.h"
-#include "VontalBase/platform/posix/xmlwriting.h"
 #include "VontalBase/platform/streams.h"
 
 #include <algorithm>

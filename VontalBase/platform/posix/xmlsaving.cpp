@@ -1,3 +1,5 @@
+#include "VontalBase/platform/posix/xmlsaving.h"
+
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/comobject.h"

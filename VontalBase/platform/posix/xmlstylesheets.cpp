@@ -3,8 +3,8 @@
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/posix/comobject.h"
 #include "VontalBase/platform/posix/xmldocument.h"
+#include "VontalBase/platform/posix/xmlsaving.h"
 #include "VontalBase/platform/posix/xmltransform.h"
-#include "VontalBase/platform/posix/xmlwriting.h"
 
 #include <utility>
 

@@ -21,10 +21,4 @@ HRESULT writeNode(const xmlNode * node, std::string & out);
 /// Appends a document in the encoding that its declaration names.
 HRESULT writeDocument(const Tree & tree, std::string & out);
 
-/// Writes a document to what a variant names, see `IXMLDOMDocument::save`.
-HRESULT saveDocument(Tree & tree, const VARIANT & target) noexcept;
-
-/// Writes bytes to a stream.
-HRESULT writeToStream(ISequentialStream & stream, std::string_view bytes) noexcept;
-
 } // namespace qvplatform
