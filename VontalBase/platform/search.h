@@ -54,11 +54,11 @@ public:
     [[nodiscard]] std::wstring name() const;
     /// Whether it is "." or "..".
     [[nodiscard]] bool isDots() const noexcept;
-    /// Whether it is a directory or a link to one. On Windows a link that leads nowhere counts as what it was
-    /// made for.
+    /// Whether it is a directory or a link to one.
     [[nodiscard]] bool isDirectory() const;
     /// Whether it is something else than a directory that has bytes of its own, or a link to such: no pipe
-    /// and no device. What cannot be looked at is none.
+    /// and no device. What cannot be looked at is none; on Windows a link that leads nowhere counts as what
+    /// it was made for, here and in `isDirectory`.
     [[nodiscard]] bool isFile() const;
     /// Whether it is a symbolic link or what is like one.
     [[nodiscard]] bool isLink() const noexcept;
