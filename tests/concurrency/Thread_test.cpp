@@ -7,6 +7,7 @@
 #include "support/Apartment.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/Load.h"
 #include "support/MemoryUse.h"
 #include "support/ResourceSnapshot.h"
 #include "support/SmallStackThread.h"

@@ -8,6 +8,7 @@
 #include "concurrency/work.h"
 #include "support/ChildProcess.h"
 #include "support/Eventually.h"
+#include "support/Load.h"
 #include "support/RawWord.h"
 #include "support/TestSemaphore.h"
 
