@@ -2,22 +2,29 @@
 // opposite order. Loading starts no thread and opens no file.
 
 #include "VontalBase/concurrency/LockRanks.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/core/ReferenceCounter.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/core/dateformat.h"
 #include "VontalBase/core/debugregistry.h"
+#include "VontalBase/logging/DailyLogger.h"
+#include "VontalBase/logging/LogFormater.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/platform/unloading.h"
 #include "VontalBase/text/conversions.h"
 #include "VontalBase/text/mlregistry.h"
+#include "VontalBase/text/u8string.h"
 #include "VontalBase/utils/ResourceManagerImpl.h"
 #include "VontalBase/utils/emptybundles.h"
 
 // Before all of them, since they may write to the standard streams.
+#include <atomic>
+#include <cstdint>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <string>
 
 namespace
 {

@@ -10,14 +10,6 @@
 namespace qvbase
 {
 
-void LongRunCommandListener::setProgress(LongRunCommand *, unsigned int, unsigned int)
-{
-}
-
-void LongRunCommandListener::setText(LongRunCommand *, const Vontal::u8string &)
-{
-}
-
 LongRunCommand::LongRunCommand()
 {
     LockRanks::set(mutex, qvplatform::LockRank::LongRunCommand);

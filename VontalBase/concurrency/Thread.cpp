@@ -2,7 +2,7 @@
 
 #include "VontalBase/concurrency/Runnable.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/platform/threads.h"
 
 #include <utility>
@@ -16,7 +16,7 @@ namespace
 /// Closes the handles of all threads that have ended. They have little left to do but exit.
 void reap()
 {
-    ThreadHandleNode ended;
+    ThreadHandles ended;
     {
         const ThreadMutexGuard guard(threadRegistry.threadRegistryMutex, true);
         ended.swap(threadRegistry.endedThreads);
@@ -34,32 +34,12 @@ void retire()
     const auto entry = running.find(qvplatform::currentThreadId());
     if (entry == running.end())
         return;
-    ThreadHandleNode & ended = threadRegistry.endedThreads;
+    ThreadHandles & ended = threadRegistry.endedThreads;
     ended.splice(ended.end(), entry->second);
     running.erase(entry);
 }
 
 } // namespace
-
-bool isStartedHandle(const void * handle) noexcept
-{
-    return handle != nullptr && static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle)) != 1;
-}
-
-RunningThreads::node_type makeRunningThread()
-{
-    RunningThreads scratch;
-    scratch.emplace(0U, ThreadHandleNode(1, nullptr));
-    return scratch.extract(scratch.begin());
-}
-
-void enterRunningThread(RunningThreads::node_type entry, std::uint32_t id, void * handle)
-{
-    entry.key() = id;
-    entry.mapped().front() = handle;
-    threadRegistry.runningThreads.erase(id);
-    threadRegistry.runningThreads.insert(std::move(entry));
-}
 
 bool Thread::execute(Runnable * runnable)
 {

@@ -1,7 +1,9 @@
 #include "VontalBase/core/DebugAutomation.h"
 
 #include "VontalBase/core/debugregistry.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
+
+#include <map>
 
 namespace qvbase
 {

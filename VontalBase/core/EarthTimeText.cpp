@@ -3,13 +3,14 @@
 #include "VontalBase/core/earthtimeparts.h"
 #include "VontalBase/platform/calendar.h"
 #include "VontalBase/platform/localedate.h"
+#include "VontalBase/text/Decimal.h"
 #include "VontalBase/text/conversions.h"
-#include "VontalBase/text/decimal.h"
 #include "VontalBase/text/numberscan.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -33,7 +34,7 @@ std::size_t readNumber(const Char *& text, short & value, long32 maxDigits) noex
     {
         if (maxDigits > 0 && digits == static_cast<std::size_t>(maxDigits))
             break;
-        number = number * 10 + static_cast<unsigned int>(*text - Char('0'));
+        number = Vontal::pushDigit(number, *text);
         ++digits;
     }
     if (digits != 0)

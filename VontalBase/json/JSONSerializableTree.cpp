@@ -4,7 +4,7 @@
 #include "VontalBase/json/JSONPrinter.h"
 #include "VontalBase/json/JSONSerializable.h"
 #include "VontalBase/json/fieldtargets.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 
 #include <locale>
 #include <sstream>

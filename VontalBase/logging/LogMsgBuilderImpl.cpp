@@ -1,7 +1,7 @@
 #include "VontalBase/logging/LogMsgBuilderImpl.h"
 
 #include "VontalBase/logging/lineparts.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 #include "VontalBase/text/sourcepaths.h"
 
 #include <string_view>

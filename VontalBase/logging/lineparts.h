@@ -5,7 +5,7 @@
 
 #include "VontalBase/core/EarthTime.h"
 #include "VontalBase/platform/threads.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "VontalBase/text/AStringBuilder.h"
 
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 #include "VontalBase/text/u8string.h"
 
 namespace Vontal

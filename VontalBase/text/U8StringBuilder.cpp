@@ -1,7 +1,12 @@
 #include "VontalBase/text/U8StringBuilder.h"
 
+#include "VontalBase/text/Decimal.h"
 #include "VontalBase/text/conversions.h"
-#include "VontalBase/text/decimal.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 
 namespace Vontal
 {
@@ -9,18 +14,22 @@ namespace Vontal
 namespace
 {
 
-void appendByteInHex(unsigned char byte, std::string & out)
+constexpr char hexDigits[] = "0123456789ABCDEF";
+
+/// The low `count` hexadecimal digits, the most significant first.
+template <std::size_t count>
+std::array<char, count> hexOf(std::uint64_t value) noexcept
 {
-    constexpr const char * digits = "0123456789ABCDEF";
-    out.push_back(digits[byte >> 4]);
-    out.push_back(digits[byte & 0x0FU]);
+    std::array<char, count> digits;
+    for (std::size_t i = count; i != 0; --i, value >>= 4)
+        digits[i - 1] = hexDigits[value & 0x0FU];
+    return digits;
 }
 
-/// Appends the low `digits` hexadecimal digits of `value`.
-void appendNumberInHex(std::uint64_t value, unsigned int digits, std::string & out)
+void appendByteInHex(unsigned char byte, std::string & out)
 {
-    for (unsigned int byte = digits / 2; byte != 0; --byte)
-        appendByteInHex(static_cast<unsigned char>(value >> (8 * (byte - 1))), out);
+    out.push_back(hexDigits[byte >> 4]);
+    out.push_back(hexDigits[byte & 0x0FU]);
 }
 
 } // namespace
@@ -100,27 +109,26 @@ U8StringBuilder & U8StringBuilder::appendInAcp(const wchar_t * text)
     return append(text);
 }
 
-// The digits are made in a text of their own, because the bytes may be the builder's.
-
 U8StringBuilder & U8StringBuilder::appendInHex(unsigned int value)
 {
-    std::string digits;
-    appendNumberInHex(value, 8, digits);
-    m_text.append(digits);
+    const auto digits = hexOf<8>(value);
+    m_text.append(digits.data(), digits.size());
     return *this;
 }
 
 U8StringBuilder & U8StringBuilder::appendInHex(void * address)
 {
-    std::string digits;
-    appendNumberInHex(reinterpret_cast<std::uintptr_t>(address), 16, digits);
-    m_text.append(digits);
+    const auto digits = hexOf<16>(reinterpret_cast<std::uintptr_t>(address));
+    m_text.append(digits.data(), digits.size());
     return *this;
 }
+
+// The digits are made in a text of their own, because the bytes may be the builder's.
 
 U8StringBuilder & U8StringBuilder::appendInHex(const unsigned char * bytes, unsigned int size)
 {
     std::string digits;
+    digits.reserve(2 * std::size_t{size});
     for (unsigned int i = 0; i < size; ++i)
         appendByteInHex(bytes[i], digits);
     m_text.append(digits);
@@ -130,6 +138,7 @@ U8StringBuilder & U8StringBuilder::appendInHex(const unsigned char * bytes, unsi
 U8StringBuilder & U8StringBuilder::appendInHexLE(const unsigned char * bytes, unsigned int size)
 {
     std::string digits;
+    digits.reserve(2 * std::size_t{size});
     for (unsigned int i = size; i != 0; --i)
         appendByteInHex(bytes[i - 1], digits);
     m_text.append(digits);

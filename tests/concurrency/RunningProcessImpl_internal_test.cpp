@@ -1,5 +1,5 @@
 #include "VontalBase/concurrency/RunningProcessImpl.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/places.h"
 

@@ -1,6 +1,6 @@
 #include "VontalBase/concurrency/SimpleTaskExecutor.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/platform/gates.h"
 
 #include "concurrency/tasks.h"

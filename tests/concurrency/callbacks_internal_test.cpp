@@ -4,7 +4,7 @@
 #include "VontalBase/concurrency/LongRunCommandListener.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/logging/LogFormater.h"
 #include "VontalBase/logging/LoggerInterface.h"

@@ -1,5 +1,5 @@
 #include "VontalBase/concurrency/ProcessRunner.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 
 #include "concurrency/monitors.h"
 #include "support/Eventually.h"

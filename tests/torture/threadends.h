@@ -3,7 +3,7 @@
 #pragma once
 
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/platform/threads.h"
 
 inline bool everybodyHasRetired()

@@ -1,7 +1,7 @@
 #include "VontalBase/concurrency/Runnable.h"
 #include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/core/Reference.h"
 #include "VontalBase/platform/gates.h"
 #include "VontalBase/platform/threads.h"

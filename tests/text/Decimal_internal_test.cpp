@@ -1,4 +1,4 @@
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>

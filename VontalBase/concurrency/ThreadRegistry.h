@@ -13,11 +13,12 @@
 namespace qvbase
 {
 
-/// A list of one handle: a thread that retires moves it to the ended ones without allocating.
-using ThreadHandleNode = std::list<void *>;
+/// Handles of threads. Each running thread has a list of one, so that retiring can splice it to the ended
+/// ones without allocating.
+using ThreadHandles = std::list<void *>;
 
 /// Running threads by the system's number.
-using RunningThreads = std::map<std::uint32_t, ThreadHandleNode>;
+using RunningThreads = std::map<std::uint32_t, ThreadHandles>;
 
 /// The registry of the process. Everything in it is guarded by its mutex.
 struct ThreadRegistry
@@ -30,7 +31,7 @@ struct ThreadRegistry
     ThreadMutex threadRegistryMutex;
     RunningThreads runningThreads;
     /// Handles in the order in which their threads ended.
-    ThreadHandleNode endedThreads;
+    ThreadHandles endedThreads;
 };
 
 /// It outlives the static objects of the library, since threads may still run while those are destroyed.
