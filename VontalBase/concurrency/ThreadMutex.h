@@ -12,11 +12,6 @@ namespace qvplatform
 class RecursiveLock;
 }
 
-namespace qvutils
-{
-class LineLock;
-}
-
 namespace qvbase
 {
 
@@ -24,9 +19,10 @@ namespace qvbase
 ///
 /// Waiting has no limit; there is no attempt without waiting. No failure is reported.
 ///
-/// Locks of the library that may be held together are taken in this order: that of a long-running
-/// command; that of a task executor or of a process runner; that of the thread registry;
-/// `g_referencedObjectMutex`.
+/// Locks of the library that may be held together are taken in this order: that of a long-running command;
+/// that of a task executor or of a process runner; that of the thread registry; that of the resource manager;
+/// that of the multi-language strings; and last that of a logger or `g_referencedObjectMutex`, under which no
+/// other one is taken.
 class VONTALBASE_API ThreadMutex
 {
 public:
@@ -54,7 +50,7 @@ public:
 
 private:
     // The log and the resource manager must not wait for threads that are gone.
-    friend class qvutils::LineLock;
+    friend class LastingLock;
     friend class LockRanks;
 
     /// Takes the lock once if that needs no waiting. @return whether it was taken.

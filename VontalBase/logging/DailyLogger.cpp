@@ -1,11 +1,11 @@
 #include "VontalBase/logging/DailyLogger.h"
 
+#include "VontalBase/concurrency/LastingLock.h"
 #include "VontalBase/disk/File.h"
-#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/banners.h"
 #include "VontalBase/logging/lineparts.h"
 #include "VontalBase/platform/streams.h"
-#include "VontalBase/text/decimal.h"
+#include "VontalBase/text/Decimal.h"
 
 #include <cstring>
 #include <string_view>
@@ -54,7 +54,7 @@ DailyLogger::~DailyLogger()
 bool DailyLogger::init_logger(
     unsigned int threshold, const u8string & filePrefix, const u8string & fileSuffix)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (!lock.isHeld() || started)
         return false;
     prefix = filePrefix;
@@ -114,7 +114,7 @@ bool DailyLogger::internal_log(const char * text)
 
 bool DailyLogger::getCurrentFileName(u8string & out)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (!lock.isHeld() || currentFileName.empty())
         return false;
     out = currentFileName;

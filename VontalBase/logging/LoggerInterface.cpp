@@ -1,7 +1,7 @@
 #include "VontalBase/logging/LoggerInterface.h"
 
+#include "VontalBase/concurrency/LastingLock.h"
 #include "VontalBase/concurrency/LockRanks.h"
-#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/logging/LogMsgBuilder.h"
 
 namespace qvutils
@@ -45,7 +45,7 @@ std::uint32_t LoggerInterface::getNextId() noexcept
 
 void LoggerInterface::setLogLevel(unsigned int threshold)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     logLevel.store(threshold, std::memory_order_relaxed);
 }
 
@@ -53,7 +53,7 @@ void LoggerInterface::log(LogMsgBuilder & builder, unsigned int level)
 {
     if (!isLoggingLevel(level))
         return;
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (lock.isHeld())
         internal_log(builder.build().c_str());
 }

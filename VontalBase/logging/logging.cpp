@@ -1,4 +1,4 @@
-#include "VontalBase/logging/LineLock.h"
+#include "VontalBase/concurrency/LastingLock.h"
 #include "VontalBase/logging/SystemLogSwitch.h"
 #include "VontalBase/logging/lineparts.h"
 #include "VontalBase/logging/systemlog.h"
@@ -31,7 +31,7 @@ SystemLogSwitch::~SystemLogSwitch()
     // thread that was left behind there may have had the lock.
     if (systemLogProcess.load(std::memory_order_relaxed) != qvplatform::currentProcessId())
         return;
-    const LineLock lock(systemLogger.mutex);
+    const qvbase::LastingLock lock(systemLogger.mutex);
     if (!lock.isHeld())
         return;
     writeClosingLine();
@@ -72,7 +72,7 @@ void SystemLogSwitch::letGo() noexcept
 
 bool SystemLogSwitch::turnOn(const u8string & prefix, unsigned int threshold)
 {
-    const LineLock lock(systemLogger.mutex);
+    const qvbase::LastingLock lock(systemLogger.mutex);
     if (!lock.isHeld() || systemLogHasEnded || !systemLogger.init_logger(threshold, prefix, ".log"))
         return false;
     systemLogProcess.store(qvplatform::currentProcessId(), std::memory_order_relaxed);

@@ -1,9 +1,9 @@
 #include "VontalBase/utils/ResourceManagerImpl.h"
 
+#include "VontalBase/concurrency/LastingLock.h"
 #include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 #include "VontalBase/disk/places.h"
-#include "VontalBase/logging/LineLock.h"
 #include "VontalBase/utils/MultiLanguageBundleImpl.h"
 #include "VontalBase/utils/bundlefiles.h"
 #include "VontalBase/utils/emptybundles.h"
@@ -39,20 +39,20 @@ ResourceManagerImpl::ResourceManagerImpl()
 
 void ResourceManagerImpl::setRootDirectory(const u8string & directory)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (lock.isHeld())
         rootDirectory = directory;
 }
 
 const u8string & ResourceManagerImpl::getRootDirectory()
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     return lock.isHeld() ? rootDirectory : emptyText;
 }
 
 void ResourceManagerImpl::setDefaultBundle(const u8string & name)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (!lock.isHeld())
         return;
     const Reference<MultiLanguageBundle> & bundle = ensure(name);
@@ -62,7 +62,7 @@ void ResourceManagerImpl::setDefaultBundle(const u8string & name)
 
 void ResourceManagerImpl::setLanguage(const u8string & wanted)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (!lock.isHeld())
         return;
     language = wanted;
@@ -78,27 +78,27 @@ const u8string & ResourceManagerImpl::getLanguage()
 
 const u8string & ResourceManagerImpl::getString(const u8string & key)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     return lock.isHeld() ? defaultBundle->getString(key) : key;
 }
 
 const u8string & ResourceManagerImpl::getString(const u8string & bundleName, const u8string & key)
 {
     // Without a reference on the texts, each change of whose count is a lock of its own.
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     return lock.isHeld() ? ensure(bundleName)->getString(key) : key;
 }
 
 const u8string & ResourceManagerImpl::getStringInLanguage(const u8string & key, const u8string & wanted)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     return lock.isHeld() ? defaultBundle->getString(key, wanted) : key;
 }
 
 const u8string & ResourceManagerImpl::getString(
     const u8string & bundleName, const u8string & key, const u8string & wanted)
 {
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     return lock.isHeld() ? ensure(bundleName)->getString(key, wanted) : key;
 }
 
@@ -106,7 +106,7 @@ void ResourceManagerImpl::reset()
 {
     u8string directory = usualRootDirectory();
     u8string first(firstLanguage);
-    const LineLock lock(mutex);
+    const qvbase::LastingLock lock(mutex);
     if (!lock.isHeld())
         return;
     // Kept: the name of the default bundle is not touched.
@@ -121,7 +121,7 @@ bool ResourceManagerImpl::getDefaultBundle(Reference<ResourceBundle> & out)
     // What the caller held may be of a class of his own, and is let go without the lock.
     Reference<ResourceBundle> texts;
     {
-        const LineLock lock(mutex);
+        const qvbase::LastingLock lock(mutex);
         if (!lock.isHeld() || defaultBundle == nullptr || !defaultBundle->getBundle(texts))
             return false;
     }
@@ -133,7 +133,7 @@ bool ResourceManagerImpl::getBundle(const u8string & bundleName, Reference<Resou
 {
     Reference<ResourceBundle> texts;
     {
-        const LineLock lock(mutex);
+        const qvbase::LastingLock lock(mutex);
         if (!lock.isHeld() || !ensure(bundleName)->getBundle(texts))
             return false;
     }

@@ -6,21 +6,21 @@
 #include "VontalBase/concurrency/ThreadMutex.h"
 #include "VontalBase/platform/threads.h"
 
-namespace qvutils
+namespace qvbase
 {
 
 /// Holds a lock until the end of a scope, unless the system has stopped the thread that had it.
 /// A lock of such a thread never comes free, and must not be waited for.
-class LineLock
+class LastingLock
 {
 public:
     /// Waits for the lock, if there is anybody to wait for.
-    explicit LineLock(qvbase::ThreadMutex & guarded) : m_mutex(guarded), m_isHeld(take(guarded))
+    explicit LastingLock(ThreadMutex & guarded) : m_mutex(guarded), m_isHeld(take(guarded))
     {
     }
-    LineLock(const LineLock &) = delete;
-    LineLock & operator=(const LineLock &) = delete;
-    ~LineLock()
+    LastingLock(const LastingLock &) = delete;
+    LastingLock & operator=(const LastingLock &) = delete;
+    ~LastingLock()
     {
         if (m_isHeld)
             m_mutex.release();
@@ -33,7 +33,7 @@ public:
     }
 
 private:
-    static bool take(qvbase::ThreadMutex & mutex)
+    static bool take(ThreadMutex & mutex)
     {
         if (mutex.tryAcquire())
             return true;
@@ -43,8 +43,8 @@ private:
         return true;
     }
 
-    qvbase::ThreadMutex & m_mutex;
+    ThreadMutex & m_mutex;
     bool m_isHeld;
 };
 
-} // namespace qvutils
+} // namespace qvbase
