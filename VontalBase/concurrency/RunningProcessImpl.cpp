@@ -1,14 +1,13 @@
 #include "VontalBase/concurrency/RunningProcessImpl.h"
 
 #include "VontalBase/concurrency/ProcessMonitor.h"
-#include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/sleep.h"
+#include "VontalBase/concurrency/startthread.h"
 #include "VontalBase/text/astring.h"
 #include "VontalBase/text/conversions.h"
 
 #include <algorithm>
 #include <array>
-#include <new>
 
 namespace qvbase
 {
@@ -19,22 +18,6 @@ namespace
 constexpr unsigned int pipeBytes = 1048576;
 constexpr unsigned int pieceBytes = 1024;
 constexpr unsigned int watchMilliseconds = 100;
-
-/// The end of a pipe that stays here, until its copy for good is made.
-class LocalEnd
-{
-public:
-    LocalEnd() = default;
-    LocalEnd(const LocalEnd &) = delete;
-    LocalEnd & operator=(const LocalEnd &) = delete;
-    ~LocalEnd()
-    {
-        if (handle != qvplatform::invalidHandle())
-            qvplatform::closeHandle(handle);
-    }
-
-    qvplatform::Handle handle = qvplatform::invalidHandle();
-};
 
 } // namespace
 
@@ -54,12 +37,6 @@ RunningProcessImpl::~RunningProcessImpl()
         stopRequested = true;
         sleep(watchMilliseconds);
     }
-    for (qvplatform::Handle handle :
-        {stdoutRead, stdoutWrite, stderrRead, stderrWrite, stdinRead, stdinWrite})
-    {
-        if (handle != qvplatform::invalidHandle())
-            qvplatform::closeHandle(handle);
-    }
     qvplatform::forgetProcess(*processInfo);
     if (monitor != nullptr)
         monitor->release();
@@ -67,20 +44,21 @@ RunningProcessImpl::~RunningProcessImpl()
 
 bool RunningProcessImpl::start()
 {
-    return makePipes() && startChild() && startWatcher();
+    return makePipes() && startChild() && startThread(this);
 }
 
 bool RunningProcessImpl::makePipes()
 {
-    LocalEnd input;
-    LocalEnd output;
-    LocalEnd error;
-    return qvplatform::makePipe(stdinRead, input.handle, pipeBytes) &&
-           qvplatform::makePipe(output.handle, stdoutWrite, pipeBytes) &&
-           qvplatform::makePipe(error.handle, stderrWrite, pipeBytes) &&
-           qvplatform::copyForOneself(input.handle, stdinWrite) &&
-           qvplatform::copyForOneself(output.handle, stdoutRead) &&
-           qvplatform::copyForOneself(error.handle, stderrRead);
+    // The ends that stay here, until their copies for good are made.
+    qvplatform::OwnedHandle input;
+    qvplatform::OwnedHandle output;
+    qvplatform::OwnedHandle error;
+    return qvplatform::makePipe(stdinRead.receive(), input.receive(), pipeBytes) &&
+           qvplatform::makePipe(output.receive(), stdoutWrite.receive(), pipeBytes) &&
+           qvplatform::makePipe(error.receive(), stderrWrite.receive(), pipeBytes) &&
+           qvplatform::copyForOneself(input.get(), stdinWrite.receive()) &&
+           qvplatform::copyForOneself(output.get(), stdoutRead.receive()) &&
+           qvplatform::copyForOneself(error.get(), stderrRead.receive());
 }
 
 bool RunningProcessImpl::startChild()
@@ -92,33 +70,21 @@ bool RunningProcessImpl::startChild()
         line += ' ';
         line += arguments;
     }
-    return qvplatform::startProcess(line.toAstring(), {stdinRead, stdoutWrite, stderrWrite}, *processInfo);
-}
-
-bool RunningProcessImpl::startWatcher()
-{
-    try
-    {
-        return Thread::execute(this);
-    }
-    catch (const std::bad_alloc &)
-    {
-        // There is a child already, so that this is one more way of having no thread for it.
-        return false;
-    }
+    return qvplatform::startProcess(
+        line.toAstring(), {stdinRead.get(), stdoutWrite.get(), stderrWrite.get()}, *processInfo);
 }
 
 void RunningProcessImpl::run()
 {
     while (qvplatform::waitForProcess(*processInfo, watchMilliseconds) == qvplatform::ProcessWait::TimedOut)
         drainBoth();
+    // Stays 0 where the system does not tell.
     unsigned int exitCode = 0;
-    if (!qvplatform::readExitCode(*processInfo, exitCode))
-        exitCode = 0;
+    qvplatform::readExitCode(*processInfo, exitCode);
     qvplatform::forgetProcess(*processInfo);
     drainBoth();
     // Nobody reads them any more, and they stay open for as long as somebody holds this object.
-    for (qvplatform::Handle pipe : {stdoutRead, stderrRead, stdinRead})
+    for (qvplatform::Handle pipe : {stdoutRead.get(), stderrRead.get(), stdinRead.get()})
         qvplatform::shrinkPipe(pipe);
     monitor->onFinished(exitCode);
     running = false;
@@ -128,8 +94,8 @@ void RunningProcessImpl::run()
 
 void RunningProcessImpl::drainBoth()
 {
-    drain(stdoutRead, &ProcessMonitor::onOutput);
-    drain(stderrRead, &ProcessMonitor::onError);
+    drain(stdoutRead.get(), &ProcessMonitor::onOutput);
+    drain(stderrRead.get(), &ProcessMonitor::onError);
 }
 
 /// Hands on what is in the pipe at this moment; what comes meanwhile is for the next time.
@@ -138,9 +104,9 @@ void RunningProcessImpl::drain(qvplatform::Handle pipe, Told told)
     unsigned int waiting = 0;
     if (!qvplatform::countWaitingBytes(pipe, waiting))
         return;
+    std::array<char, pieceBytes> buffer;
     while (waiting > 0)
     {
-        std::array<char, pieceBytes> buffer{};
         unsigned int count = 0;
         if (!qvplatform::readPipe(pipe, buffer.data(), std::min(waiting, pieceBytes), count))
             return;

@@ -5,6 +5,7 @@
 
 #include "VontalBase/concurrency/Runnable.h"
 #include "VontalBase/concurrency/RunningProcess.h"
+#include "VontalBase/platform/handles.h"
 #include "VontalBase/platform/processes.h"
 #include "VontalBase/text/u8string.h"
 
@@ -42,7 +43,6 @@ private:
 
     bool makePipes();
     bool startChild();
-    bool startWatcher();
     void drainBoth();
     void drain(qvplatform::Handle pipe, Told told);
 
@@ -53,12 +53,12 @@ private:
     bool running = false;
     bool stopRequested = false;
     std::unique_ptr<qvplatform::ProcessInformation> processInfo;
-    qvplatform::Handle stdoutRead = qvplatform::invalidHandle();
-    qvplatform::Handle stdoutWrite = qvplatform::invalidHandle();
-    qvplatform::Handle stderrRead = qvplatform::invalidHandle();
-    qvplatform::Handle stderrWrite = qvplatform::invalidHandle();
-    qvplatform::Handle stdinRead = qvplatform::invalidHandle();
-    qvplatform::Handle stdinWrite = qvplatform::invalidHandle();
+    qvplatform::OwnedHandle stdoutRead;
+    qvplatform::OwnedHandle stdoutWrite;
+    qvplatform::OwnedHandle stderrRead;
+    qvplatform::OwnedHandle stderrWrite;
+    qvplatform::OwnedHandle stdinRead;
+    qvplatform::OwnedHandle stdinWrite;
 };
 
 } // namespace qvbase

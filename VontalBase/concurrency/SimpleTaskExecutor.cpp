@@ -3,34 +3,16 @@
 #include "VontalBase/concurrency/CondThreadMutex.h"
 #include "VontalBase/concurrency/LockRanks.h"
 #include "VontalBase/concurrency/Task.h"
-#include "VontalBase/concurrency/Thread.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
+#include "VontalBase/concurrency/startthread.h"
 #include "VontalBase/core/ReferencedImplMT.h"
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <utility>
 
 namespace qvbase
 {
-
-namespace
-{
-
-bool startWorker(Runnable * worker)
-{
-    try
-    {
-        return Thread::execute(worker);
-    }
-    catch (const std::bad_alloc &)
-    {
-        return false;
-    }
-}
-
-} // namespace
 
 SimpleTaskExecutor::SimpleTaskExecutor() : finished(std::make_unique<CondThreadMutex>(mutex))
 {
@@ -99,7 +81,7 @@ void SimpleTaskExecutor::start()
         return;
     state = State::Running;
     // Without a worker nobody would ever set it back, and a stop would wait for ever.
-    if (!startWorker(this))
+    if (!startThread(this))
         state = State::Stopped;
 }
 

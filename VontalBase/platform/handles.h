@@ -29,4 +29,33 @@ inline bool isHandle(Handle handle) noexcept
 /// Closes a handle.
 void closeHandle(Handle handle) noexcept;
 
+/// Closes a handle when it dies.
+class OwnedHandle
+{
+public:
+    /// Holds none.
+    OwnedHandle() noexcept = default;
+    OwnedHandle(const OwnedHandle &) = delete;
+    OwnedHandle & operator=(const OwnedHandle &) = delete;
+    ~OwnedHandle()
+    {
+        if (isHandle(m_handle))
+            closeHandle(m_handle);
+    }
+
+    /// The handle; stays this object's.
+    Handle get() const noexcept
+    {
+        return m_handle;
+    }
+    /// The place into which a call puts a handle. Nothing may be held.
+    Handle & receive() noexcept
+    {
+        return m_handle;
+    }
+
+private:
+    Handle m_handle = invalidHandle();
+};
+
 } // namespace qvplatform
