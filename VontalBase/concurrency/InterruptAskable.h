@@ -14,15 +14,6 @@ public:
     virtual bool isInterrupted() = 0;
 
 protected:
-    InterruptAskable() = default;
-    /// Copies what the other one has.
-    InterruptAskable(const InterruptAskable &) = default;
-    /// Takes over what the other one has.
-    InterruptAskable(InterruptAskable &&) noexcept = default;
-    /// Copies what the other one has.
-    InterruptAskable & operator=(const InterruptAskable &) = default;
-    /// Takes over what the other one has.
-    InterruptAskable & operator=(InterruptAskable &&) noexcept = default;
     ~InterruptAskable() = default;
 };
 

@@ -41,15 +41,6 @@ public:
     virtual void setText(LongRunCommand * command, const Vontal::u8string & text);
 
 protected:
-    LongRunCommandListener() = default;
-    /// Copies what the other one has.
-    LongRunCommandListener(const LongRunCommandListener &) = default;
-    /// Takes over what the other one has.
-    LongRunCommandListener(LongRunCommandListener &&) noexcept = default;
-    /// Copies what the other one has.
-    LongRunCommandListener & operator=(const LongRunCommandListener &) = default;
-    /// Takes over what the other one has.
-    LongRunCommandListener & operator=(LongRunCommandListener &&) noexcept = default;
     ~LongRunCommandListener() = default;
 };
 

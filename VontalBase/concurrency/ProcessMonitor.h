@@ -37,15 +37,6 @@ public:
     virtual void onFinished(unsigned int exitCode) = 0;
 
 protected:
-    ProcessMonitor() = default;
-    /// Copies what the other one has.
-    ProcessMonitor(const ProcessMonitor &) = default;
-    /// Takes over what the other one has.
-    ProcessMonitor(ProcessMonitor &&) noexcept = default;
-    /// Copies what the other one has.
-    ProcessMonitor & operator=(const ProcessMonitor &) = default;
-    /// Takes over what the other one has.
-    ProcessMonitor & operator=(ProcessMonitor &&) noexcept = default;
     ~ProcessMonitor() = default;
 };
 

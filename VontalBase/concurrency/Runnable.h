@@ -13,16 +13,6 @@ namespace qvbase
 class Runnable : public ReferencedObject
 {
 public:
-    Runnable() = default;
-    /// Copies what the other one has.
-    Runnable(const Runnable &) = default;
-    /// Takes over what the other one has.
-    Runnable(Runnable &&) noexcept = default;
-    /// Copies what the other one has.
-    Runnable & operator=(const Runnable &) = default;
-    /// Takes over what the other one has.
-    Runnable & operator=(Runnable &&) noexcept = default;
-
     /// The work, called once for each start, on the new thread. An exception that leaves it ends the process.
     virtual void run() = 0;
 

@@ -13,15 +13,6 @@ namespace qvbase
 class RunningProcess : public ReferencedObject
 {
 protected:
-    RunningProcess() = default;
-    /// Copies what the other one has.
-    RunningProcess(const RunningProcess &) = default;
-    /// Takes over what the other one has.
-    RunningProcess(RunningProcess &&) noexcept = default;
-    /// Copies what the other one has.
-    RunningProcess & operator=(const RunningProcess &) = default;
-    /// Takes over what the other one has.
-    RunningProcess & operator=(RunningProcess &&) noexcept = default;
     ~RunningProcess() = default;
 };
 

@@ -15,15 +15,6 @@ class TaskExecutor;
 class Task : public ReferencedObject
 {
 protected:
-    Task() = default;
-    /// Copies what the other one has.
-    Task(const Task &) = default;
-    /// Takes over what the other one has.
-    Task(Task &&) noexcept = default;
-    /// Copies what the other one has.
-    Task & operator=(const Task &) = default;
-    /// Takes over what the other one has.
-    Task & operator=(Task &&) noexcept = default;
     ~Task() = default;
 
     friend class SimpleTaskExecutor;

@@ -22,15 +22,6 @@ class Task;
 class TaskExecutor : public ReferencedObject
 {
 protected:
-    TaskExecutor() = default;
-    /// Copies what the other one has.
-    TaskExecutor(const TaskExecutor &) = default;
-    /// Takes over what the other one has.
-    TaskExecutor(TaskExecutor &&) noexcept = default;
-    /// Copies what the other one has.
-    TaskExecutor & operator=(const TaskExecutor &) = default;
-    /// Takes over what the other one has.
-    TaskExecutor & operator=(TaskExecutor &&) noexcept = default;
     ~TaskExecutor() = default;
 
 public:
