@@ -1,6 +1,7 @@
 #include "VontalBase/disk/paths.h"
 
 #include "VontalBase/platform/places.h"
+#include "VontalBase/text/pathseparators.h"
 #include "VontalBase/text/u8string.h"
 
 #include <cstddef>
@@ -12,12 +13,6 @@ namespace qvdisk
 
 namespace
 {
-
-template <class Character>
-constexpr bool isSeparator(Character c) noexcept
-{
-    return c == Character('\\') || c == Character('/');
-}
 
 template <class Text>
 void addBackslash(Text & path)
@@ -33,7 +28,7 @@ template <class Text>
 std::size_t lastItemStart(const Text & path) noexcept
 {
     std::size_t start = path.size();
-    while (start > 0 && !isSeparator(path[start - 1]))
+    while (start > 0 && !Vontal::isPathSeparator(path[start - 1]))
         --start;
     return start;
 }
@@ -50,9 +45,39 @@ std::size_t extensionStart(const Text & path) noexcept
 class PrefixReader
 {
 public:
-    int length = 0;
+    /// Reads a path up to the end of its root. @return whether that is well formed.
+    bool read(const wchar_t * path)
+    {
+        for (; *path != L'\0'; ++path)
+        {
+            if (isDoneAfter(*path))
+                return m_isWellFormed;
+        }
+        return mayEndHere();
+    }
 
-    /// True when nothing more is to be read; the result is then in `isWellFormed`.
+    /// How much of the root was read.
+    [[nodiscard]] int length() const noexcept
+    {
+        return m_length;
+    }
+
+private:
+    /// In this order: a text may end in `Start` and in those from `Share` on.
+    enum State
+    {
+        Start,
+        FirstBackslash,
+        ServerBegins,
+        Server,
+        ShareBegins,
+        Share,
+        AfterLetter,
+        AfterColon,
+        RootSeparators
+    };
+
+    /// True when nothing more is to be read.
     bool isDoneAfter(wchar_t c)
     {
         const bool isBackslash = c == L'\\';
@@ -74,24 +99,22 @@ public:
         case ShareBegins:
             return isBackslash ? end(false) : count(Share);
         case Share:
-            return count(isSeparator(c) ? RootSeparators : Share);
+            return count(Vontal::isPathSeparator(c) ? RootSeparators : Share);
         case AfterLetter:
             // Kept: the colon is looked for in the whole text, not in the second place alone.
             if (c == L':')
             {
-                length = 2;
+                m_length = 2;
                 m_state = AfterColon;
             }
             return false;
         case AfterColon:
-            return isSeparator(c) ? count(RootSeparators) : end(false);
+            return Vontal::isPathSeparator(c) ? count(RootSeparators) : end(false);
         case RootSeparators:
-            return isSeparator(c) ? count(RootSeparators) : end(true);
+            return Vontal::isPathSeparator(c) ? count(RootSeparators) : end(true);
         }
         return end(false);
     }
-
-    bool isWellFormed = true;
 
     /// What holds where the text ends before the root is done.
     [[nodiscard]] bool mayEndHere() const
@@ -99,34 +122,22 @@ public:
         return m_state == Start || m_state >= Share;
     }
 
-private:
-    enum State
-    {
-        Start,
-        FirstBackslash,
-        ServerBegins,
-        Server,
-        ShareBegins,
-        Share,
-        AfterLetter,
-        AfterColon,
-        RootSeparators
-    };
-
     bool count(State next)
     {
-        ++length;
+        ++m_length;
         m_state = next;
         return false;
     }
 
     bool end(bool result)
     {
-        isWellFormed = result;
+        m_isWellFormed = result;
         return true;
     }
 
     State m_state = Start;
+    int m_length = 0;
+    bool m_isWellFormed = true;
 };
 
 } // namespace
@@ -143,7 +154,7 @@ void addLastSlash(std::wstring & path)
 
 void removeLastSlash(Vontal::u8string & path)
 {
-    if (!path.empty() && isSeparator(path.back()))
+    if (!path.empty() && Vontal::isPathSeparator(path.back()))
         path.pop_back();
 }
 
@@ -217,11 +228,9 @@ bool computePrefix(int & prefixLength, const wchar_t * path)
     if (path == nullptr)
         return false;
     PrefixReader reader;
-    bool isDone = false;
-    for (; *path != L'\0' && !isDone; ++path)
-        isDone = reader.isDoneAfter(*path);
-    prefixLength = reader.length;
-    return isDone ? reader.isWellFormed : reader.mayEndHere();
+    const bool isWellFormed = reader.read(path);
+    prefixLength = reader.length();
+    return isWellFormed;
 }
 
 Vontal::u8string nativePath(const Vontal::u8string & path)

@@ -1,5 +1,8 @@
 #include "VontalBase/text/sourcepaths.h"
 
+#include "VontalBase/text/asciicase.h"
+#include "VontalBase/text/pathseparators.h"
+
 #include <array>
 #include <cstddef>
 
@@ -14,18 +17,9 @@ constexpr std::array<const char *, 2> buildRoots = {
     "C:/Mirsa/vontal.release64",
 };
 
-constexpr bool isSlash(char c) noexcept
-{
-    return c == '/' || c == '\\';
-}
-
 constexpr char foldPathChar(char c) noexcept
 {
-    if (c == '\\')
-        return '/';
-    if (c >= 'A' && c <= 'Z')
-        return static_cast<char>(c + 32);
-    return c;
+    return c == '\\' ? '/' : Vontal::lowerAscii(c);
 }
 
 /// Where the remainder of `path` begins behind `prefix`; 0 where the prefix does not match.
@@ -39,13 +33,13 @@ std::size_t matchSourcePrefix(const char * path, const char * prefix) noexcept
     }
     if (i == 0)
         return 0;
-    if (isSlash(path[i]))
+    if (Vontal::isPathSeparator(path[i]))
     {
-        while (isSlash(path[i]))
+        while (Vontal::isPathSeparator(path[i]))
             ++i;
         return i;
     }
-    return isSlash(prefix[i - 1]) ? i : 0;
+    return Vontal::isPathSeparator(prefix[i - 1]) ? i : 0;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "VontalBase/platform/filehandles.h"
 #include "VontalBase/platform/files.h"
+#include "VontalBase/text/pathseparators.h"
 
 #include <utility>
 
@@ -13,15 +14,10 @@ namespace
 
 constexpr std::wstring_view separators = L"/\\";
 
-bool isSeparator(wchar_t unit) noexcept
-{
-    return unit == L'/' || unit == L'\\';
-}
-
 bool leadsOut(std::wstring_view name) noexcept
 {
     // Kept: two dots count wherever a separator follows them, as in "a../b".
-    return isSeparator(name.front()) || (name.size() > 1 && name[1] == L':') ||
+    return Vontal::isPathSeparator(name.front()) || (name.size() > 1 && name[1] == L':') ||
            name.find(L"../") != std::wstring_view::npos || name.find(L"..\\") != std::wstring_view::npos;
 }
 
@@ -34,10 +30,10 @@ void makeDirectories(const std::wstring & root, std::wstring_view path)
     // A separator that begins the path or follows another one ends no name of its own.
     for (std::size_t i = 1; i < path.size(); ++i)
     {
-        if (isSeparator(path[i]) && !isSeparator(path[i - 1]))
+        if (Vontal::isPathSeparator(path[i]) && !Vontal::isPathSeparator(path[i - 1]))
             qvplatform::makeDirectory(root + std::wstring(path.substr(0, i)));
     }
-    if (!path.empty() && !isSeparator(path.back()))
+    if (!path.empty() && !Vontal::isPathSeparator(path.back()))
         qvplatform::makeDirectory(root + std::wstring(path));
 }
 

@@ -1,5 +1,6 @@
 #include "VontalBase/platform/posix/kernelpath.h"
 
+#include "VontalBase/text/pathseparators.h"
 #include "VontalBase/text/utf.h"
 
 #include <algorithm>
@@ -16,12 +17,6 @@ namespace
 /// What the kernel takes at once; the zero byte at the end comes on top.
 constexpr std::size_t longestPath = PATH_MAX - 1;
 
-template <class Char>
-bool isSeparator(Char c) noexcept
-{
-    return c == Char('\\') || c == Char('/');
-}
-
 /// Whether a path begins with a drive, or with two backslashes as those of a share do.
 template <class Char>
 bool beginsElsewhere(std::basic_string_view<Char> path) noexcept
@@ -32,7 +27,7 @@ bool beginsElsewhere(std::basic_string_view<Char> path) noexcept
         return true;
     const Char letter = static_cast<Char>(path[0] | 0x20);
     return letter >= Char('a') && letter <= Char('z') && path[1] == Char(':') &&
-           (path.size() == 2 || isSeparator(path[2]));
+           (path.size() == 2 || Vontal::isPathSeparator(path[2]));
 }
 
 /// The bytes of a wide path; none where it can name nothing.
