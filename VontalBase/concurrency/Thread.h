@@ -38,10 +38,9 @@ public:
     ///
     /// The thread holds a reference on @p runnable until its `run` has returned, and drops it on that
     /// thread; the object is then destroyed there if nobody else holds it. On Windows the thread is a
-    /// single-threaded COM apartment as long as it runs.
+    /// single-threaded COM apartment as long as it runs. Any thread may call it.
     ///
     /// @param runnable the work, or null.
-    /// Any thread may call it.
     ///
     /// @return true if the thread was started; false, with no reference kept, if @p runnable is null or the
     ///     system refused. An object that nobody else holds is then destroyed before the call returns, with

@@ -13,11 +13,7 @@ ThreadMutex::ThreadMutex() : lock(std::make_shared<qvplatform::RecursiveLock>())
 ThreadMutex::~ThreadMutex()
 {
     while (recursiveCounter != 0)
-    {
-        --recursiveCounter;
-        qvplatform::noteReleasing(lock.get());
-        lock->release();
-    }
+        ThreadMutex::release();
 }
 
 void ThreadMutex::acquire()

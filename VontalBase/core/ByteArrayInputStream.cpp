@@ -1,7 +1,6 @@
 #include "VontalBase/core/ByteArrayInputStream.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstring>
 #include <new>
 

@@ -6,6 +6,7 @@
 #include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/conversions.h"
+#include "VontalBase/text/numberscan.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -121,7 +122,7 @@ int numberOf(const wchar_t * text) noexcept
         ++text;
     const std::int64_t limit = std::int64_t{std::numeric_limits<int>::max()} + (isNegative ? 1 : 0);
     std::int64_t number = 0;
-    for (; *text >= L'0' && *text <= L'9'; ++text)
+    for (; Vontal::isDecimalDigit(*text); ++text)
         number = std::min<std::int64_t>(limit, number * 10 + (*text - L'0'));
     return static_cast<int>(isNegative ? -number : number);
 }
@@ -133,7 +134,7 @@ void processComException(IUnknown * object, const GUID * iid, VontalException & 
     Vontal::U8StringBuilder description;
     collectDescription(*object, *iid, description);
     const std::source_location position = std::source_location::current();
-    if (!static_cast<const Vontal::u8string &>(description).empty())
+    if (description.getSize() != 0)
         failure.add("ComUtils", static_cast<int>(position.line()), description);
 }
 
@@ -141,7 +142,7 @@ void processComException(
     IUnknown * object, const GUID * iid, Vontal::long32 hr, Vontal::U8StringBuilder & out)
 {
     // Kept: the line end comes also where nothing follows it.
-    if (!static_cast<const Vontal::u8string &>(out).empty())
+    if (out.getSize() != 0)
         out.appendEndl();
     if (FAILED(hr))
     {

@@ -16,10 +16,8 @@ FileInputStream::~FileInputStream()
     {
         closeImpl();
     }
-    catch (const std::bad_alloc &)
+    catch (const std::bad_alloc &) // NOLINT(bugprone-empty-catch): the file is closed, and stays where it is.
     {
-        // The file is closed, and stays where it is.
-        m_deleteOnClose = false;
     }
 }
 

@@ -25,11 +25,10 @@ public:
 
     /// Owns @p file, which is open for reading in binary mode, from here on. A former file is not closed.
     void init(std::FILE * file) noexcept;
-    /// Owns @p file from here on.
+    /// Owns @p file from here on. `std::bad_alloc` may leave the call; the file is still the caller's then.
     /// @param file open for reading in binary mode.
     /// @param name its path.
     /// @param deleteOnClose whether closing deletes what has this path then.
-    /// `std::bad_alloc` may leave it; the file is still the caller's then.
     ///
     /// Kept: a stream that has met the end of a file gives 0 for the next one as well.
     void init(std::FILE * file, const Vontal::u8string & name, bool deleteOnClose);

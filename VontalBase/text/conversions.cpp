@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <string_view>
 
 namespace Vontal
 {

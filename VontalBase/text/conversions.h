@@ -63,9 +63,9 @@ class VONTALBASE_API Conversions
 public:
     /// Runs the start-up step.
     Conversions();
-    /// Copies what the other one has.
+    /// Copies nothing.
     Conversions(const Conversions &) = default;
-    /// Copies what the other one has.
+    /// Copies nothing.
     Conversions & operator=(const Conversions &) = default;
     /// Does nothing.
     virtual ~Conversions() = default;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <memory>
 
 namespace Vontal
 {
@@ -34,14 +33,14 @@ ml_u8string::ml_u8string() : ml_u8string(u8string())
 
 ml_u8string::ml_u8string(const u8string & defaultValue)
     : m_preferredLanguage(upperCase(mlDefaultLanguage)), m_defaultValue(defaultValue),
-      m_translations(new Translations)
+      m_translations(std::make_unique<Translations>())
 {
     registerMlU8Manager();
 }
 
 ml_u8string::ml_u8string(const ml_u8string & other)
     : m_preferredLanguage(other.m_preferredLanguage), m_defaultValue(other.m_defaultValue),
-      m_translations(new Translations(*other.m_translations))
+      m_translations(std::make_unique<Translations>(*other.m_translations))
 {
     registerMlU8Manager();
 }
@@ -49,7 +48,6 @@ ml_u8string::ml_u8string(const ml_u8string & other)
 ml_u8string::~ml_u8string()
 {
     unregisterMlU8Manager();
-    delete m_translations;
 }
 
 ml_u8string & ml_u8string::operator=(const ml_u8string & other)

@@ -6,6 +6,7 @@
 #include "VontalBase/text/u8string.h"
 
 #include <map>
+#include <memory>
 #include <string>
 
 namespace qvxml
@@ -80,7 +81,7 @@ private:
 
     std::string m_preferredLanguage;
     u8string m_defaultValue;
-    std::map<std::string, u8string> * m_translations;
+    std::unique_ptr<std::map<std::string, u8string>> m_translations;
     // Neighbours among the live objects.
     ml_u8string * m_previous = nullptr;
     ml_u8string * m_next = nullptr;

@@ -2,6 +2,8 @@
 
 #include "VontalBase/text/numberscan.h"
 
+#include <string_view>
+
 namespace Vontal
 {
 
@@ -39,10 +41,8 @@ double scanReal(std::basic_string_view<Char> text) noexcept
                 scale /= 10.0;
                 continue;
             }
-            const double next = digit + value * 10.0;
-            if (next < value)
-                break;
-            value = next;
+            // It never falls, not even when it becomes infinite, so there is no overflow to notice.
+            value = digit + value * 10.0;
         }
         else if ((c == Char(',') || c == Char('.')) && !inFraction)
         {
