@@ -5,8 +5,6 @@
 #include "VontalBase/export.h"
 #include "VontalBase/text/pstring.h"
 
-#include <string>
-
 namespace Vontal
 {
 class u8string;

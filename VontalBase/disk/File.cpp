@@ -13,8 +13,7 @@
 #include "VontalBase/text/u8string.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <memory>
+#include <utility>
 
 namespace qvdisk
 {

@@ -29,11 +29,15 @@ class FileWriter;
 /// A path with operations. It holds the path and nothing else, neither an open file nor what was learnt of
 /// one, so every operation goes to the disk anew.
 ///
-/// The path is held without one `\` at its end, so `C:\` is held as `C:`; the operations that go to the disk
-/// know the root of a drive by that. A final `/` stays. The operations on names work on the text alone.
+/// The path is held without one `\` at its end, so `C:\` is held as `C:`. A final `/` stays. The operations
+/// on names work on the text alone.
 ///
-/// None of the operations throws but by `std::bad_alloc`; why the system refused is not told. An object
-/// belongs to one thread at a time; two that name one file meet at the disk only.
+/// Kept: `isFile`, `isDirectory` and `exists` take `C:` for the root of the drive; the others hand it to the
+/// system as it stands.
+///
+/// None of the operations throws but by `std::bad_alloc`, and `getEntries` by what its enumerator throws; why
+/// the system refused is not told. An object belongs to one thread at a time; two that name one file meet at
+/// the disk only.
 class VONTALBASE_API File
 {
 public:

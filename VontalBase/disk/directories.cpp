@@ -1,5 +1,6 @@
 #include "VontalBase/disk/directories.h"
 
+#include "VontalBase/disk/listing.h"
 #include "VontalBase/disk/missingdirectories.h"
 #include "VontalBase/disk/paths.h"
 #include "VontalBase/disk/trees.h"
@@ -97,11 +98,8 @@ bool deleteDirectory(const Vontal::u8string & directory)
 
 bool getDirectoryContent(const Vontal::u8string & directory, std::list<Vontal::u8string> & names)
 {
-    Vontal::pstring pattern(directory);
-    addLastSlash(pattern);
-    pattern += L'*';
     qvplatform::Search search;
-    if (!search.begin(pattern))
+    if (!search.begin(allEntriesOf(Vontal::pstring(directory))))
         return false;
     do
     {

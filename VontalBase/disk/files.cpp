@@ -16,7 +16,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
-#include <string_view>
 
 namespace qvdisk
 {
@@ -52,7 +51,7 @@ public:
     }
 
     /// Makes room for so many bytes more than are used.
-    void reserve(std::uint64_t size)
+    void makeRoom(std::uint64_t size)
     {
         m_text.resize(m_used + size);
     }
@@ -150,11 +149,11 @@ bool readRawFile(const Vontal::u8string & path, std::string & out)
     // One byte more, so that the read which takes the last byte sees the end too. Files whose size is not
     // known, or has grown, take further steps.
     const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(file.getFileSize(), 0));
-    text.reserve(std::min(size, mostAtOnce) + 1);
+    text.makeRoom(std::min(size, mostAtOnce) + 1);
     while (reader->hasMoreData())
     {
         if (text.isFull())
-            text.reserve(std::clamp<std::uint64_t>(text.used(), blockSize, mostAtOnce));
+            text.makeRoom(std::clamp<std::uint64_t>(text.used(), blockSize, mostAtOnce));
         // Kept: a read that fails is an end like any other.
         if (text.fill(*reader) == 0)
             break;

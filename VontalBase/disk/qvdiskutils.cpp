@@ -4,17 +4,18 @@
 #include "VontalBase/disk/FileWriter.h"
 #include "VontalBase/disk/directories.h"
 #include "VontalBase/disk/files.h"
-#include "VontalBase/disk/paths.h"
+#include "VontalBase/disk/listing.h"
 #include "VontalBase/platform/search.h"
 #include "VontalBase/text/pstring.h"
-#include "VontalBase/text/sourcepaths.h"
 #include "VontalBase/text/u8string.h"
 
 #include <array>
+#include <cstdint>
 #include <istream>
 #include <memory>
 #include <source_location>
 #include <streambuf>
+#include <string>
 
 namespace qvdisk
 {
@@ -25,8 +26,7 @@ namespace
 /// What stands in front of a failure's message: the place and the function.
 std::string failurePrefix(const char * function, std::source_location where = std::source_location::current())
 {
-    return qvbase::trimSourcePath("qvdiskutils") + (':' + std::to_string(where.line())) + ":'" + function +
-           "': ";
+    return "qvdiskutils:" + std::to_string(where.line()) + ":'" + function + "': ";
 }
 
 constexpr char inSave[] = "qvdisk::save";
@@ -89,11 +89,8 @@ bool deleteAllFiles(const std::wstring & directory, std::wstring & error)
     std::wstring place = directory;
     if (place.back() == L'\\')
         place.pop_back();
-    std::wstring pattern = place;
-    addLastSlash(pattern);
-    pattern += L'*';
     qvplatform::Search search;
-    if (!search.begin(pattern))
+    if (!search.begin(allEntriesOf(place)))
         return true;
     do
     {

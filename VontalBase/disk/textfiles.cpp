@@ -3,9 +3,11 @@
 #include "VontalBase/disk/files.h"
 #include "VontalBase/text/u8string.h"
 #include "VontalBase/text/utf.h"
+#include "VontalBase/text/utfcharacters.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -28,11 +30,6 @@ wchar_t unitAt(std::string_view bytes, std::size_t index) noexcept
     return static_cast<wchar_t>(low | (high << 8U));
 }
 
-bool isLeadSurrogate(wchar_t unit) noexcept
-{
-    return (static_cast<unsigned int>(unit) & 0xFC00U) == 0xD800;
-}
-
 /// UTF-16, low bytes first, up to its first zero unit. A last odd byte is no unit.
 std::string utf8FromUtf16(std::string_view bytes)
 {
@@ -46,7 +43,7 @@ std::string utf8FromUtf16(std::string_view bytes)
         const std::size_t left = bytes.size() / 2;
         std::size_t length = std::min(left, pieceLength);
         // The two halves of a character stay together.
-        if (length < left && isLeadSurrogate(unitAt(bytes, length - 1)))
+        if (length < left && Vontal::isHighSurrogate(Vontal::unitValue(unitAt(bytes, length - 1))))
             --length;
         units.resize(length);
         for (std::size_t i = 0; i < length; ++i)

@@ -1,6 +1,6 @@
 #include "VontalBase/disk/trees.h"
 
-#include "VontalBase/disk/paths.h"
+#include "VontalBase/disk/listing.h"
 #include "VontalBase/platform/files.h"
 #include "VontalBase/platform/search.h"
 
@@ -26,23 +26,20 @@ class Branch
 public:
     bool begin(const std::wstring & directory)
     {
-        std::wstring pattern = directory;
-        addLastSlash(pattern);
-        pattern += L'*';
         Search top;
-        if (!top.begin(pattern))
+        if (!top.begin(allEntriesOf(directory)))
             return false;
         m_levels.push_back(std::move(top));
         return true;
     }
 
     /// Removes everything below the top, up to the first failure.
-    bool empty()
+    bool removeAll()
     {
         bool hasEntry = true;
         while (hasEntry || m_levels.size() > 1)
         {
-            if (!(hasEntry ? dealWithEntry() : climb()))
+            if (!(hasEntry ? removeOrEnter() : climb()))
                 return false;
             hasEntry = m_isInside || m_levels.back().next();
             m_isInside = false;
@@ -51,7 +48,7 @@ public:
     }
 
 private:
-    bool dealWithEntry()
+    bool removeOrEnter()
     {
         Search & level = m_levels.back();
         if (level.isDots())
@@ -110,7 +107,7 @@ bool removeContent(const std::wstring & directory)
 {
     Branch branch;
     // With the separator that is appended, an empty path would name the root.
-    return !directory.empty() && directory.front() != L'\0' && branch.begin(directory) && branch.empty();
+    return !directory.empty() && directory.front() != L'\0' && branch.begin(directory) && branch.removeAll();
 }
 
 bool removeTree(const std::wstring & directory)
