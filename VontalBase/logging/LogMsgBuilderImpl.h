@@ -26,6 +26,7 @@ public:
     /// The time and the thread are those of this call.
     Vontal::u8string build() override;
 
+    /// Kept: part of the form of the object. Nothing reads it.
     std::uint32_t level;
     const char * message;
     const char * file;

@@ -1,6 +1,5 @@
 #include "VontalBase/logging/SimpleLogger.h"
 
-#include "VontalBase/core/EarthTime.h"
 #include "VontalBase/disk/File.h"
 #include "VontalBase/logging/banners.h"
 #include "VontalBase/logging/lineparts.h"
@@ -14,25 +13,13 @@ namespace qvutils
 
 using Vontal::u8string;
 
-namespace
-{
-
-u8string presentMoment()
-{
-    qvbase::EarthTime now;
-    now.setNowLocal();
-    u8string moment;
-    appendDateAndTime(now, moment);
-    return moment;
-}
-
-} // namespace
-
 SimpleLogger::SimpleLogger(const u8string & path, unsigned int threshold, bool append)
     : LoggerInterface(threshold), file(nullptr)
 {
     // Made first, so that nothing can fail while the file is open and nobody's.
-    const u8string banner = startBanner(presentMoment());
+    u8string moment;
+    appendPresentMoment(moment);
+    const u8string banner = startBanner(moment);
     file = qvdisk::File(path).open(append ? "a" : "w");
     SimpleLogger::internal_log(banner.c_str());
 }

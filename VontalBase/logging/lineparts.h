@@ -54,6 +54,15 @@ void appendDateAndTime(const qvbase::EarthTime & time, Text & out)
     out.append(date).append(" ").append(clock);
 }
 
+/// Appends the local time of this call, as `appendDateAndTime` does.
+template <class Text>
+void appendPresentMoment(Text & out)
+{
+    qvbase::EarthTime now;
+    now.setNowLocal();
+    appendDateAndTime(now, out);
+}
+
 /// Two decimal digits.
 inline char * putTwoDigits(char * place, int number) noexcept
 {
@@ -110,10 +119,8 @@ void appendClosingMessage(std::uint32_t id, Text & out)
 template <class Text>
 void appendStopBanner(Text & out)
 {
-    qvbase::EarthTime now;
-    now.setNowLocal();
     out.append("Logging stoped - ");
-    appendDateAndTime(now, out);
+    appendPresentMoment(out);
     out.append("\n");
 }
 

@@ -7,6 +7,7 @@
 #include "VontalBase/platform/threads.h"
 #include "VontalBase/text/U8StringBuilder.h"
 
+#include <cstdint>
 #include <new>
 #include <string>
 #include <utility>

@@ -217,6 +217,7 @@ private:
     void setValue(const Vontal::u8string & text);
 
     ItemType type;
+    /// Kept: part of the form of the object. Nothing reads it.
     Vontal::u8string note;
     Vontal::u8string name;
     Vontal::u8string value;

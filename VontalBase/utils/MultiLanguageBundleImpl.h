@@ -39,6 +39,7 @@ private:
 
     std::map<Vontal::u8string, qvbase::Reference<ResourceBundle>> languages;
     qvbase::Reference<ResourceBundle> current;
+    /// Kept: part of the form of the object. Nothing reads it.
     Vontal::u8string language;
     Vontal::u8string name;
     Vontal::u8string directory;

@@ -53,6 +53,7 @@ private:
     /// Never null: where there is none it is the empty one.
     qvbase::Reference<MultiLanguageBundle> defaultBundle;
     Vontal::u8string language;
+    /// Kept: part of the form of the object. Nothing reads it.
     Vontal::u8string defaultBundleName;
     Vontal::u8string rootDirectory;
 };
