@@ -122,7 +122,7 @@ bool ResourceManagerImpl::getDefaultBundle(Reference<ResourceBundle> & out)
     Reference<ResourceBundle> texts;
     {
         const qvbase::LastingLock lock(mutex);
-        if (!lock.isHeld() || defaultBundle == nullptr || !defaultBundle->getBundle(texts))
+        if (!lock.isHeld() || !defaultBundle->getBundle(texts))
             return false;
     }
     out = std::move(texts);

@@ -8,7 +8,6 @@
 #include "VontalBase/text/u8string.h"
 #include "VontalBase/utils/bundlefiles.h"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>

@@ -2,7 +2,6 @@
 
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/text/ml_u8string.h"
-#include "VontalBase/text/numbers.h"
 #include "VontalBase/utils/Config.h"
 #include "VontalBase/utils/ItemTable.h"
 #include "VontalBase/xml/Node.h"
@@ -138,20 +137,18 @@ Config::Config() : items(new ItemTable), mode(Strict)
 {
 }
 
-Config::Config(const Config & other) : items(nullptr), mode(other.mode), defaultSource(other.defaultSource)
+Config::Config(const Config & other) : Config()
 {
-    // Destroys what was copied if the next copy cannot be made.
-    Config copies;
+    // The destructor frees the copies made so far if the next one cannot be made.
+    mode = other.mode;
+    defaultSource = other.defaultSource;
     other.items->forEach(
-        [&copies](const Item * item)
+        [this](const Item * item)
         {
             auto copy = std::make_unique<Item>(*item);
-            copies.items->insert(copy.get());
+            items->insert(copy.get());
             copy.release(); // NOLINT(bugprone-unused-return-value): the table has it.
         });
-    std::unique_ptr<ItemTable> none(new ItemTable);
-    items = copies.items;
-    copies.items = none.release();
 }
 
 Config::~Config()

@@ -1,6 +1,5 @@
 #include "VontalBase/utils/soop_db.h"
 
-#include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/utils/TreeWalk.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 
@@ -66,8 +65,7 @@ const soop_node * soop_db::getNode(
 
 const soop_node * soop_db::getNode(const std::string & tag, const std::string & attr, int value) const
 {
-    const Vontal::U8StringBuilder text = Vontal::U8StringBuilder().append(value);
-    return getNode(tag, attr, static_cast<const Vontal::u8string &>(text));
+    return getNode(tag, attr, std::to_string(value));
 }
 
 const soop_node * soop_db::getRootNode() const noexcept
