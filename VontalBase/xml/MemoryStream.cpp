@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <istream>
+#include <memory>
 
 namespace qvxml
 {
@@ -50,14 +51,15 @@ bool MemoryStream::readSize(std::uint64_t & size)
 
 bool MemoryStream::appendTo(std::string & out, std::uint64_t size)
 {
-    std::array<char, 65536> block;
+    constexpr std::uint64_t blockSize = 65536;
+    const auto block = std::make_unique_for_overwrite<char[]>(blockSize);
     while (size > 0)
     {
         ULONG read = 0;
-        const ULONG wanted = static_cast<ULONG>(std::min<std::uint64_t>(size, block.size()));
-        if (FAILED(m_stream->Read(block.data(), wanted, &read)) || read == 0)
+        const ULONG wanted = static_cast<ULONG>(std::min(size, blockSize));
+        if (FAILED(m_stream->Read(block.get(), wanted, &read)) || read == 0)
             return false;
-        out.append(block.data(), read);
+        out.append(block.get(), read);
         size -= read;
     }
     return true;

@@ -124,7 +124,8 @@ public:
     virtual bool getProperty(const char * name, const Vontal::u8string & space,
         const Vontal::u8string & ignored, Vontal::u8string & value) = 0;
 
-    /// The first child element with a name, or null.
+    /// The first child element with a name, or null. Null also where the service refuses, for this and the
+    /// other three.
     virtual Node * getFirstChild(const char * name) = 0;
     /// The first child element, or null. Text, comments and processing instructions are passed over.
     virtual Node * getFirstChild() = 0;

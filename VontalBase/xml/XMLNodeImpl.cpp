@@ -4,19 +4,21 @@
 #include "VontalBase/platform/DirectXml.h"
 #include "VontalBase/platform/com.h"
 #include "VontalBase/platform/comquery.h"
-#include "VontalBase/text/U8StringBuilder.h"
 #include "VontalBase/text/astring.h"
 #include "VontalBase/text/conversions.h"
 #include "VontalBase/text/integers.h"
 #include "VontalBase/text/numbers.h"
 #include "VontalBase/text/pstring.h"
+#include "VontalBase/text/u8string.h"
 #include "VontalBase/utils/convert2double.h"
 #include "VontalBase/xml/XMLDocPtr.h"
 #include "VontalBase/xml/comtext.h"
+#include "VontalBase/xml/elements.h"
 #include "VontalBase/xml/nodetables.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -25,9 +27,6 @@ namespace qvxml
 
 namespace
 {
-
-using NodeReference = qvbase::ReferenceMSCom<IXMLDOMNode>;
-using ElementReference = qvbase::ReferenceMSCom<IXMLDOMElement>;
 
 void assignUtf8(Vontal::u8string & destination, std::wstring_view text)
 {
@@ -41,12 +40,6 @@ bool isOfType(IXMLDOMNode & node, DOMNodeType wanted, bool & is)
         return false;
     is = type == wanted;
     return true;
-}
-
-/// Appends @p child to @p parent.
-bool append(IXMLDOMNode & parent, IXMLDOMNode * child, NodeReference & appended)
-{
-    return SUCCEEDED(parent.appendChild(child, appended.receive())) && appended;
 }
 
 /// Whether a text holds half a pair of UTF-16, as three bytes that are no UTF-8.
@@ -100,7 +93,7 @@ bool appendText(IXMLDOMDocument & document, IXMLDOMElement & element, const wcha
     qvbase::ReferenceMSCom<IXMLDOMText> created;
     NodeReference appended;
     return SUCCEEDED(document.createTextNode(content.get(), created.receive())) && created &&
-           append(element, created.get(), appended);
+           SUCCEEDED(element.appendChild(created.get(), appended.receive())) && appended;
 }
 
 /// The value of an attribute as text, whatever the service holds.
@@ -150,13 +143,7 @@ Node * XMLNodeImpl::createChild(const char * name, const wchar_t * text)
 {
     if (name == nullptr || doc->get() == nullptr)
         return nullptr;
-    const ComText wideName{std::string(name)};
-    ElementReference created;
-    NodeReference appended;
-    if (FAILED(doc->get()->createElement(wideName.get(), created.receive())) || !created ||
-        !append(*element, created.get(), appended))
-        return nullptr;
-    const ElementReference child = qvplatform::queryFor<IXMLDOMElement>(appended.get());
+    const ElementReference child = appendElement(*doc->get(), *element, ComText{std::string_view(name)});
     if (!child || (text != nullptr && !appendText(*doc->get(), *child.get(), text)))
         return nullptr;
     return doc->getNode(child.get());
@@ -261,13 +248,13 @@ void XMLNodeImpl::getProperties(std::map<Vontal::u8string, Vontal::u8string> & p
 
 bool XMLNodeImpl::setText(const char * name, const ComText & value)
 {
-    const ComText wideName{std::string(name)};
+    const ComText wideName{std::string_view(name)};
     return SUCCEEDED(element->setAttribute(wideName.get(), variantOf(value)));
 }
 
 bool XMLNodeImpl::setProperty(const char * name, unsigned int value)
 {
-    return setProperty(name, static_cast<const Vontal::u8string &>(Vontal::U8StringBuilder().append(value)));
+    return setProperty(name, std::to_string(value).c_str());
 }
 
 bool XMLNodeImpl::setProperty(const char * name, int value)
@@ -287,7 +274,7 @@ bool XMLNodeImpl::setProperty(const char * name, const wchar_t * value)
 
 bool XMLNodeImpl::setProperty(const char * name, const char * value)
 {
-    return setText(name, ComText{std::string(value)});
+    return setText(name, ComText{std::string_view(value)});
 }
 
 bool XMLNodeImpl::setProperty(const char * name, const Vontal::pstring & value)
@@ -307,7 +294,7 @@ bool XMLNodeImpl::setProperty(const char * name, const Vontal::u8string & value)
 
 bool XMLNodeImpl::readAttribute(const char * name, ComVariant & value)
 {
-    const ComText wideName{std::string(name)};
+    const ComText wideName{std::string_view(name)};
     return SUCCEEDED(element->getAttribute(wideName.get(), value.address())) && value.isText();
 }
 

@@ -5,8 +5,6 @@
 
 #include "VontalBase/xml/Node.h"
 
-#include <string>
-
 namespace qvplatform
 {
 class DirectXml;

@@ -1,8 +1,9 @@
 #include "VontalBase/xml/comtext.h"
 
-#include "VontalBase/text/conversions.h"
+#include "VontalBase/text/utf.h"
 
 #include <limits>
+#include <string>
 
 namespace qvxml
 {
@@ -25,10 +26,10 @@ ComText::ComText(std::wstring_view text) : m_text(copyOf(text))
 {
 }
 
-ComText::ComText(const std::string & text)
+ComText::ComText(std::string_view text)
 {
     std::wstring wide;
-    Vontal::c_u8u16(wide, text);
+    Vontal::wideFromUtf8(text.substr(0, text.find('\0')), wide);
     m_text = copyOf(wide);
 }
 

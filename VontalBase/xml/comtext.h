@@ -5,11 +5,16 @@
 
 #include "VontalBase/platform/com.h"
 
-#include <string>
 #include <string_view>
 
 namespace qvxml
 {
+
+/// The code units of a text of COM, NULs included; none for null.
+inline std::wstring_view viewOf(BSTR text) noexcept
+{
+    return {text != nullptr ? text : L"", SysStringLen(text)};
+}
 
 /// Owns a text of COM, which may be null.
 class ComText
@@ -20,9 +25,9 @@ public:
     /// A copy of UTF-16.
     /// @throws _com_error where there is no memory.
     explicit ComText(std::wstring_view text);
-    /// A copy of UTF-8, as UTF-16.
+    /// A copy of UTF-8 up to its first NUL, as UTF-16.
     /// @throws _com_error where there is no memory.
-    explicit ComText(const std::string & text);
+    explicit ComText(std::string_view text);
     ComText(const ComText &) = delete;
     ComText & operator=(const ComText &) = delete;
     ~ComText()
@@ -43,7 +48,7 @@ public:
     /// The code units, NULs included.
     std::wstring_view view() const noexcept
     {
-        return {m_text != nullptr ? m_text : L"", SysStringLen(m_text)};
+        return viewOf(m_text);
     }
 
 private:
@@ -79,7 +84,7 @@ public:
     /// The code units of the text that it holds.
     std::wstring_view text() const noexcept
     {
-        return {m_value.bstrVal != nullptr ? m_value.bstrVal : L"", SysStringLen(m_value.bstrVal)};
+        return viewOf(m_value.bstrVal);
     }
 
 private:

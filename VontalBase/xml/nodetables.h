@@ -3,7 +3,7 @@
 /// What a document knows of its nodes.
 #pragma once
 
-#include "VontalBase/xml/NodeArena.h"
+#include "VontalBase/xml/NodeBlocks.h"
 #include "VontalBase/xml/PointerTable.h"
 
 struct IXMLDOMElement;
@@ -36,7 +36,7 @@ struct NodeSet
     Node * nodeOf(const NodeOwner & owner, IXMLDOMElement & element, const qvplatform::DirectXml * direct);
 
     /// Those that it has made.
-    NodeArena made;
+    NodeBlocks made;
     /// Those that it was given.
     PointerTable<Node, bool> given;
 };

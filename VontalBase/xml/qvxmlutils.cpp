@@ -14,11 +14,15 @@
 #include "VontalBase/xml/XMLDocPtr.h"
 #include "VontalBase/xml/XMLNodeImpl.h"
 #include "VontalBase/xml/comtext.h"
+#include "VontalBase/xml/elements.h"
 #include "VontalBase/xml/nodetables.h"
 
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <source_location>
+#include <string>
+#include <string_view>
 
 namespace qvxml
 {
@@ -27,8 +31,6 @@ namespace
 {
 
 using DocumentReference = qvbase::ReferenceMSCom<IXMLDOMDocument>;
-using ElementReference = qvbase::ReferenceMSCom<IXMLDOMElement>;
-using NodeReference = qvbase::ReferenceMSCom<IXMLDOMNode>;
 
 /// Adds an entry of the calling line to the record. Returns false, for the caller to return.
 bool refuse(VontalException & error, const Vontal::u8string & text,
@@ -86,26 +88,13 @@ void writeParseError(IXMLDOMDocument & document)
 /// Appends the XML declaration to a new document.
 bool appendDeclaration(IXMLDOMDocument & document)
 {
-    const ComText target{std::wstring_view(L"xml")};
+    const ComText target(L"xml");
     // Kept: the blank in front is part of the text.
-    const ComText data{std::wstring_view(L" version='1.0'")};
+    const ComText data(L" version='1.0'");
     qvbase::ReferenceMSCom<IXMLDOMProcessingInstruction> instruction;
     NodeReference appended;
     return SUCCEEDED(document.createProcessingInstruction(target.get(), data.get(), instruction.receive())) &&
            instruction && SUCCEEDED(document.appendChild(instruction.get(), appended.receive()));
-}
-
-/// Appends the root element to a new document.
-bool appendRoot(IXMLDOMDocument & document, const Vontal::u8string & name, ElementReference & root)
-{
-    const ComText wideName{static_cast<const std::string &>(name)};
-    ElementReference created;
-    NodeReference appended;
-    if (FAILED(document.createElement(wideName.get(), created.receive())) || !created ||
-        FAILED(document.appendChild(created.get(), appended.receive())))
-        return false;
-    root = qvplatform::queryFor<IXMLDOMElement>(appended.get());
-    return root.get() != nullptr;
 }
 
 /// The writer of reindented XML, which is the receiver of what a reader finds.
@@ -125,8 +114,8 @@ public:
         return SUCCEEDED(reader.putContentHandler(m_content.get())) &&
                SUCCEEDED(reader.putDTDHandler(m_types.get())) &&
                SUCCEEDED(reader.putErrorHandler(m_errors.get())) &&
-               SUCCEEDED(putProperty(reader, L"http://xml.org/sax/properties/lexical-handler", writer)) &&
-               SUCCEEDED(putProperty(reader, L"http://xml.org/sax/properties/declaration-handler", writer));
+               SUCCEEDED(reader.putProperty(L"http://xml.org/sax/properties/lexical-handler", writer)) &&
+               SUCCEEDED(reader.putProperty(L"http://xml.org/sax/properties/declaration-handler", writer));
     }
 
     HRESULT putOutput(IDispatch * output)
@@ -145,16 +134,11 @@ private:
 
     bool setUp()
     {
-        const ComText encoding{std::wstring_view(L"UTF-8")};
+        const ComText encoding(L"UTF-8");
         return SUCCEEDED(m_writer->put_omitXMLDeclaration(VARIANT_FALSE)) &&
                SUCCEEDED(m_writer->put_standalone(VARIANT_TRUE)) &&
                SUCCEEDED(m_writer->put_indent(VARIANT_TRUE)) &&
                SUCCEEDED(m_writer->put_encoding(encoding.get()));
-    }
-
-    static HRESULT putProperty(ISAXXMLReader & reader, const wchar_t * name, const VARIANT & value)
-    {
-        return reader.putProperty(name, value);
     }
 
     qvbase::ReferenceMSCom<IMXWriter> m_writer;
@@ -274,9 +258,11 @@ bool XMLDocPtr::createInternal(DocumentReference & doc)
 Node * XMLDocPtr::create(const Vontal::u8string & rootName)
 {
     DocumentReference created;
-    ElementReference root;
-    if (!createInternal(created) || !appendDeclaration(*created.get()) ||
-        !appendRoot(*created.get(), rootName, root))
+    if (!createInternal(created) || !appendDeclaration(*created.get()))
+        return nullptr;
+    const ElementReference root =
+        appendElement(*created.get(), *created.get(), ComText{std::string_view(rootName)});
+    if (!root)
         return nullptr;
     freeXml();
     document = created.detach();
@@ -324,7 +310,7 @@ bool XMLDocPtr::loadBuffer(const char * data, std::uint64_t size)
 
 bool XMLDocPtr::loadFile(const Vontal::u8string & path)
 {
-    const ComText widePath{static_cast<const std::string &>(path)};
+    const ComText widePath{std::string_view(path)};
     return load(variantOf(widePath));
 }
 
@@ -377,7 +363,7 @@ bool XMLDocPtr::saveBuffer(std::string & out, bool format)
 
 bool XMLDocPtr::saveFile(const Vontal::u8string & path, bool format, VontalException & error)
 {
-    const ComText widePath{static_cast<const std::string &>(path)};
+    const ComText widePath{std::string_view(path)};
     return save(variantOf(widePath), format, error) || refuse(error, "Failed to save to file");
 }
 

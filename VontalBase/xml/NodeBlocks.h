@@ -17,25 +17,26 @@ namespace qvxml
 
 /// Makes nodes one behind the other in large blocks, since a document is walked in the order in which its
 /// nodes were made. They die together.
-class NodeArena
+class NodeBlocks
 {
 public:
-    NodeArena() = default;
-    NodeArena(const NodeArena &) = delete;
-    NodeArena & operator=(const NodeArena &) = delete;
-    ~NodeArena()
+    NodeBlocks() = default;
+    NodeBlocks(const NodeBlocks &) = delete;
+    NodeBlocks & operator=(const NodeBlocks &) = delete;
+    ~NodeBlocks()
     {
         clear();
     }
 
-    /// Makes a node.
-    template <class... Arguments>
-    XMLNodeImpl & make(Arguments... arguments)
+    /// Makes a node, from what its constructor takes.
+    XMLNodeImpl & make(
+        XMLDocPtr * owner, IXMLDOMElement * domElement, const qvplatform::DirectXml * directWay)
     {
         if (m_blocks.empty() || m_blocks.back().used == m_blocks.back().size)
             grow();
         Block & block = m_blocks.back();
-        XMLNodeImpl * const node = new (block.places[block.used].bytes) XMLNodeImpl(arguments...);
+        XMLNodeImpl * const node =
+            new (block.places[block.used].bytes) XMLNodeImpl(owner, domElement, directWay);
         ++block.used;
         return *node;
     }
