@@ -30,25 +30,11 @@ void Array::add(Item * item)
         item->addRef();
 }
 
-namespace
-{
-
-/// Puts `element` in `target`, which may be what keeps the element's container alive.
-template <class Target>
-void store(Item * element, qvbase::Reference<Target> & target)
-{
-    const qvbase::Reference<Item> keep(element);
-    // Kept: also where the element is of another type.
-    target = static_cast<Target *>(element);
-}
-
-} // namespace
-
 bool Array::getItem(unsigned int index, qvbase::Reference<Item> & item) const
 {
     if (index >= getLength())
         return false;
-    store(element(index), item);
+    storeChild(element(index), item);
     return item.get() != nullptr;
 }
 
@@ -56,7 +42,7 @@ bool Array::getArray(unsigned int index, qvbase::Reference<Array> & array) const
 {
     if (index >= getLength())
         return false;
-    store(element(index), array);
+    storeChild(element(index), array);
     return array.get() != nullptr;
 }
 
@@ -64,7 +50,7 @@ bool Array::getObject(unsigned int index, qvbase::Reference<Object> & object) co
 {
     if (index >= getLength())
         return false;
-    store(element(index), object);
+    storeChild(element(index), object);
     return object.get() != nullptr;
 }
 

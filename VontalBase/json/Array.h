@@ -37,7 +37,7 @@ public:
     std::uint64_t getLength() const noexcept;
 
     /// Appends an element and counts it. @p item may be null, and may be an element already.
-    /// `std::bad_alloc` leaves the array as it was.
+    /// `std::bad_alloc`, or `std::length_error` from 2147483647 elements on, leaves the array as it was.
     void add(Item * item);
 
     /// Puts the element at @p index in @p item, whose old object is let go.

@@ -83,54 +83,53 @@ bool Object::add(Item * item)
     return true;
 }
 
-namespace
-{
-
-/// Puts `item` in `target`, which may be what keeps the item's container alive.
 template <class Target>
-bool store(Item * const * place, qvbase::Reference<Target> & target)
+bool Object::getChild(std::string_view key, qvbase::Reference<Target> & target) const
 {
+    Item * const * const place = findItem(m_items.get(), key);
     if (place == nullptr)
         return false;
-    const qvbase::Reference<Item> keep(*place);
-    // Kept: also where the item is of another type.
-    target = static_cast<Target *>(keep.get());
+    storeChild(*place, target);
     return true;
 }
 
-} // namespace
-
 bool Object::getItem(Vontal::u8string const & key, qvbase::Reference<Item> & item) const
 {
-    return store(findItem(m_items.get(), key), item);
+    return getChild(key, item);
 }
 
 bool Object::getArray(Vontal::u8string const & key, qvbase::Reference<Array> & array) const
 {
-    return store(findItem(m_items.get(), key), array);
+    return getChild(key, array);
 }
 
 bool Object::getObject(Vontal::u8string const & key, qvbase::Reference<Object> & object) const
 {
-    return store(findItem(m_items.get(), key), object);
+    return getChild(key, object);
+}
+
+const Item * Object::child(std::string_view key) const noexcept
+{
+    Item * const * const place = findItem(m_items.get(), key);
+    return place == nullptr ? nullptr : *place;
 }
 
 bool Object::getValue(Vontal::u8string const & key, int & value) const
 {
-    Item * const * const place = findItem(m_items.get(), key);
-    return place != nullptr && *place != nullptr && (*place)->getInt(value);
+    const Item * const found = child(key);
+    return found != nullptr && found->getInt(value);
 }
 
 bool Object::getValue(Vontal::u8string const & key, Vontal::u8string & value) const
 {
-    Item * const * const place = findItem(m_items.get(), key);
-    return place != nullptr && *place != nullptr && (*place)->getString(value);
+    const Item * const found = child(key);
+    return found != nullptr && found->getString(value);
 }
 
 bool Object::getValue(Vontal::u8string const & key, bool & value) const
 {
-    Item * const * const place = findItem(m_items.get(), key);
-    return place != nullptr && *place != nullptr && (*place)->getBool(value);
+    const Item * const found = child(key);
+    return found != nullptr && found->getBool(value);
 }
 
 void Object::getItems(std::map<Vontal::u8string, qvbase::Reference<Item>> & items) const

@@ -6,7 +6,6 @@
 #include "VontalBase/export.h"
 #include "VontalBase/json/Item.h"
 #include "VontalBase/json/SharedSlot.h"
-#include "VontalBase/text/integers.h"
 #include "VontalBase/text/u8string.h"
 
 #include <map>
@@ -92,6 +91,10 @@ private:
     friend struct TreeAccess;
 
     void put(std::string_view key, Item * item);
+    template <class Target>
+    bool getChild(std::string_view key, qvbase::Reference<Target> & target) const;
+    /// The item under `key`, or null if there is none or it is null.
+    const Item * child(std::string_view key) const noexcept;
 
     /// Null where no key is pending.
     std::unique_ptr<Vontal::u8string> m_pendingKey;

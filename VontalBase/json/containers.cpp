@@ -70,30 +70,21 @@ void dropKeys(ItemBlock & block) noexcept
         block.elements<ObjectEntry>()[i].key.~ObjectKey();
 }
 
-struct EntriesFreer
+/// A larger block with the elements of `block`, which is freed. Elements are moved by their bytes.
+template <class Element>
+ItemBlock * grow(ItemBlock * block)
 {
-    void operator()(ItemBlock * block) const noexcept
-    {
-        dropKeys(*block);
-        freeBlock(block);
-    }
-};
-
-/// Makes room for one more entry in the block of an object. The keys are copied, since they may lie in the
-/// memory of the block.
-void makeRoomForEntry(ItemBlock *& block)
-{
-    if (!isFull(block))
-        return;
-    std::unique_ptr<ItemBlock, EntriesFreer> larger(allocateBlock<ObjectEntry>(nextCapacity(block)));
+    ItemBlock * const larger = allocateBlock<Element>(nextCapacity(block));
     if (block != nullptr)
     {
-        const ObjectEntry * const entries = block->elements<ObjectEntry>();
-        for (; larger->size < block->size; ++larger->size)
-            ::new (larger->elements<ObjectEntry>() + larger->size) ObjectEntry(entries[larger->size]);
-        EntriesFreer()(block);
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are among the elements.
+        const std::size_t bytes = block->size * sizeof(Element);
+        std::memcpy(static_cast<void *>(larger->elements<Element>()),
+            static_cast<const void *>(block->elements<Element>()), bytes);
+        larger->size = block->size;
     }
-    block = larger.release();
+    freeBlock(block);
+    return larger;
 }
 
 /// Replaces a block of entries by a map of the same items.
@@ -104,7 +95,9 @@ void growIntoMap(ItemBlock *& block)
     const ObjectEntry * const entries = block->elements<ObjectEntry>();
     for (std::uint32_t i = 0; i < block->size; ++i)
         map->map.emplace_hint(map->map.end(), entries[i].key, entries[i].item);
-    EntriesFreer()(std::exchange(block, map.release()));
+    ItemBlock * const former = std::exchange(block, map.release());
+    dropKeys(*former);
+    freeBlock(former);
 }
 
 } // namespace
@@ -120,15 +113,7 @@ void freeBlock(ItemBlock * block) noexcept
 ItemBlock * appendItem(ItemBlock * block, Item * item)
 {
     if (isFull(block))
-    {
-        ItemBlock * const larger = allocateBlock<Item *>(nextCapacity(block));
-        if (block != nullptr)
-        {
-            std::memcpy(larger->elements<Item *>(), block->elements<Item *>(), block->size * sizeof(Item *));
-            larger->size = block->size;
-        }
-        freeBlock(std::exchange(block, larger));
-    }
+        block = grow<Item *>(block);
     block->elements<Item *>()[block->size++] = item;
     return block;
 }
@@ -141,8 +126,8 @@ Item *& placeOf(SharedSlot<ItemBlock> & items, std::string_view key)
     ObjectKey ownKey(key);
     if (!isLarge(block) && block != nullptr && block->size >= mostEntriesInBlock)
         growIntoMap(block);
-    else if (!isLarge(block))
-        makeRoomForEntry(block);
+    else if (!isLarge(block) && isFull(block))
+        block = grow<ObjectEntry>(block);
     items.set(block);
     if (isLarge(block))
         return asLarge(block).map.emplace(std::move(ownKey), nullptr).first->second;
@@ -189,7 +174,7 @@ ChildCursor::ChildCursor(const Item & container) noexcept
     else
     {
         m_kind = Kind::Nodes;
-        std::construct_at(&m_place.node, asLarge(block).map.begin());
+        m_node = asLarge(block).map.begin();
         m_left = asLarge(block).map.size();
     }
 }

@@ -90,6 +90,16 @@ Item *& placeOf(SharedSlot<ItemBlock> & items, std::string_view key);
 /// The place of the item under `key` in the block of an object, or null if it is not there.
 Item * const * findItem(const ItemBlock * block, std::string_view key) noexcept;
 
+/// Puts a child in `target`, which may be what keeps the child's container alive.
+///
+/// Kept: also where the child is of another type.
+template <class Target>
+void storeChild(Item * child, qvbase::Reference<Target> & target)
+{
+    const qvbase::Reference<Item> keep(child);
+    target = static_cast<Target *>(child);
+}
+
 /// Walks over the children of a container: over elements in their order, or over items in that of their keys.
 class ChildCursor
 {
@@ -113,7 +123,7 @@ public:
     /// The key of the present item of an object.
     std::string_view key() const noexcept
     {
-        return m_kind == Kind::Entries ? m_place.entry->key.view() : m_place.node->first.view();
+        return m_kind == Kind::Entries ? m_place.entry->key.view() : m_node->first.view();
     }
     Item * item() const noexcept
     {
@@ -124,7 +134,7 @@ public:
         case Kind::Entries:
             return m_place.entry->item;
         default:
-            return m_place.node->second;
+            return m_node->second;
         }
     }
     void next() noexcept
@@ -139,7 +149,7 @@ public:
             ++m_place.entry;
             break;
         default:
-            ++m_place.node;
+            ++m_node;
             break;
         }
     }
@@ -156,10 +166,11 @@ private:
     {
         Item * const * element;
         const ObjectEntry * entry;
-        ItemMap::const_iterator node;
     };
 
     Place m_place = {nullptr};
+    /// In the place of the other where the object has a map.
+    ItemMap::const_iterator m_node;
     std::size_t m_left = 0;
     Kind m_kind;
 };
