@@ -6,8 +6,11 @@
 #include "VontalBase/text/shortbytes.h"
 
 #include <algorithm>
-#include <iterator>
+#include <cstdint>
 #include <memory>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace qvjson
 {
@@ -154,9 +157,11 @@ bool JSONSerializable::parserEndChildObject(JSONParserAcceptor *)
     case FieldTree:
     {
         const std::shared_ptr<JSONTreeParser> parser = std::exchange(m_childParser, nullptr);
-        if (parser == nullptr || parser->root().get() == nullptr || parser->root()->getType() != TypeObject)
+        Item * const root = parser == nullptr ? nullptr : parser->root().get();
+        Object * const object = root == nullptr ? nullptr : static_cast<Object *>(*root);
+        if (object == nullptr)
             return false;
-        targetOf<qvbase::Reference<Object>>(*m_field) = static_cast<Object *>(parser->root().get());
+        targetOf<qvbase::Reference<Object>>(*m_field) = object;
         clearField();
         return true;
     }
@@ -211,14 +216,18 @@ bool JSONSerializable::parseInt(char const * text, unsigned int length)
     if (!isAtAnyField())
         return false;
     const std::string_view digits(text, length);
+    bool isRead = false;
     switch (m_field->type)
     {
     case FieldInt:
-        return readNumber<int>(digits, *m_field) && (clearField(), true);
+        isRead = readNumber<int>(digits, *m_field);
+        break;
     case FieldULong:
-        return readULong(digits) && (clearField(), true);
+        isRead = readULong(digits);
+        break;
     case FieldInt64:
-        return readNumber<std::int64_t>(digits, *m_field) && (clearField(), true);
+        isRead = readNumber<std::int64_t>(digits, *m_field);
+        break;
     case FieldIntVector:
         return appendNumber<int>(digits, *m_field);
     case FieldInt64Vector:
@@ -226,6 +235,9 @@ bool JSONSerializable::parseInt(char const * text, unsigned int length)
     default:
         return false;
     }
+    if (isRead)
+        clearField();
+    return isRead;
 }
 
 /// Reads an unsigned number into a member of 32 bits or wider.
@@ -296,6 +308,43 @@ bool JSONSerializable::parseNull()
     clearField();
     return true;
 }
+
+namespace
+{
+
+/// Empties the list of a field. Returns false if the field holds no list.
+bool clearList(const JSONField & field)
+{
+    switch (field.type)
+    {
+    case JSONSerializable::FieldStringSet:
+        targetOf<std::set<Vontal::u8string>>(field).clear();
+        return true;
+    case JSONSerializable::FieldStringVector:
+        targetOf<std::vector<Vontal::u8string>>(field).clear();
+        return true;
+    case JSONSerializable::FieldIntVector:
+        targetOf<std::vector<int>>(field).clear();
+        return true;
+    case JSONSerializable::FieldInt64Vector:
+        targetOf<std::vector<std::int64_t>>(field).clear();
+        return true;
+    case JSONSerializable::FieldObjectVector:
+        if (holderOf(field).member == nullptr)
+            return false;
+        objectVectorOf(holderOf(field)).clear();
+        return true;
+    case JSONSerializable::FieldArrayProvider:
+        if (providerOf(field) == nullptr)
+            return false;
+        providerOf(field)->clear();
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
 
 bool JSONSerializable::parserBeginArray()
 {

@@ -7,6 +7,7 @@
 #include "VontalBase/json/JSONSerializableFactory.h"
 #include "VontalBase/text/numberscan.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -120,8 +121,5 @@ bool appendNumber(std::string_view digits, const JSONField & field)
         targetOf<std::vector<Number>>(field).push_back(value);
     return ok;
 }
-
-/// Empties the list of a field. Returns false if the field holds no list.
-bool clearList(const JSONField & field);
 
 } // namespace qvjson
