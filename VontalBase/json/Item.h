@@ -79,7 +79,7 @@ public:
 protected:
     /// A node of some kind. All kinds beyond 0xFFFF count as that one.
     explicit Item(Type type) noexcept
-        : m_type(static_cast<std::uint16_t>(type <= mostlyUnknown ? type : mostlyUnknown))
+        : m_type(static_cast<std::uint16_t>(type <= greatestType ? type : greatestType))
     {
     }
     /// Copies what the node is, and not where it lies.
@@ -97,7 +97,7 @@ protected:
 private:
     friend struct TreeAccess;
 
-    static constexpr std::uint32_t mostlyUnknown = 0xFFFF;
+    static constexpr std::uint32_t greatestType = 0xFFFF;
 
     /// A value of `Type`.
     std::uint16_t m_type;

@@ -7,6 +7,7 @@
 
 #include "VontalBase/json/JSONTokens.h"
 #include "VontalBase/json/ModeStack.h"
+#include "VontalBase/text/numberscan.h"
 
 #include <string_view>
 
@@ -194,7 +195,7 @@ inline typename JSONScanner<Sink>::Stand JSONScanner<Sink>::value(Place p, bool 
     default:
         break;
     }
-    if (isDigit(*p) || *p == '-')
+    if (Vontal::isDecimalDigit(*p) || *p == '-')
         return {m_tokens.number(p), State::AfterValue};
     return mayClose && *p == ']' ? endArray(p) : Stand{refuse(), State::Value};
 }

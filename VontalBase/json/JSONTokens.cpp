@@ -1,9 +1,8 @@
 #include "VontalBase/json/JSONTokens.h"
 
+#include "VontalBase/text/numberscan.h"
 #include "VontalBase/text/utf.h"
-
-#include <bit>
-#include <emmintrin.h>
+#include "VontalBase/text/utfcharacters.h"
 
 namespace qvjson
 {
@@ -14,7 +13,7 @@ namespace
 /// The value of a hexadecimal digit, or 16 for anything else.
 constexpr unsigned int hexValue(unsigned char byte) noexcept
 {
-    if (isDigit(byte))
+    if (Vontal::isDecimalDigit(byte))
         return byte - static_cast<unsigned int>('0');
     const unsigned int letter = byte | 0x20U;
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : 16;
@@ -28,7 +27,7 @@ JSONTokens::Place JSONTokens::fraction(Place p)
     ++p;
     if (p == m_end)
         return endWithin();
-    if (!isDigit(*p))
+    if (!Vontal::isDecimalDigit(*p))
         return refuse();
     p = skipDigits(p);
     if (p != m_end && (*p | 0x20) == 'e')
@@ -45,7 +44,7 @@ JSONTokens::Place JSONTokens::exponent(Place p)
         ++p;
     if (p == m_end)
         return endWithin();
-    if (!isDigit(*p))
+    if (!Vontal::isDecimalDigit(*p))
         return refuse();
     p = skipDigits(p);
     // Directly behind an exponent a comment is any odd byte: the number is not delivered before.
@@ -150,9 +149,9 @@ JSONTokens::Place JSONTokens::unicodeEscape(Place p)
     p = hexUnit(p, unit);
     if (p == nullptr)
         return p;
-    if (unit >= 0xDC00 && unit <= 0xDFFF)
+    if (Vontal::isLowSurrogate(unit))
         return refuse();
-    if (unit >= 0xD800 && unit <= 0xDBFF)
+    if (Vontal::isHighSurrogate(unit))
     {
         for (const unsigned char expected : {'\\', 'u'})
         {
@@ -165,7 +164,7 @@ JSONTokens::Place JSONTokens::unicodeEscape(Place p)
         p = hexUnit(p, low);
         if (p == nullptr)
             return p;
-        if (low < 0xDC00 || low > 0xDFFF)
+        if (!Vontal::isLowSurrogate(low))
             return refuse();
         unit = 0x10000 + ((unit & 0x3FFU) << 10) + (low & 0x3FFU);
     }

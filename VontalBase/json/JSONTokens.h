@@ -8,6 +8,7 @@
 
 #include "VontalBase/json/StringBlock.h"
 #include "VontalBase/json/TextBuffer.h"
+#include "VontalBase/text/numberscan.h"
 
 #include <bit>
 #include <cstddef>
@@ -32,11 +33,6 @@ enum class Pending : unsigned char
 constexpr bool isWhite(unsigned char byte) noexcept
 {
     return byte == ' ' || byte == '\n' || byte == '\t' || byte == '\r';
-}
-
-constexpr bool isDigit(unsigned char byte) noexcept
-{
-    return byte >= '0' && byte <= '9';
 }
 
 /// Reads the tokens of one text, each from its first byte on. An operation answers the place behind the
@@ -158,7 +154,7 @@ inline JSONTokens::Place JSONTokens::skipWhiteRun(Place p) const noexcept
 
 inline JSONTokens::Place JSONTokens::skipDigits(Place p) const noexcept
 {
-    while (p != m_end && isDigit(*p))
+    while (p != m_end && Vontal::isDecimalDigit(*p))
         ++p;
     return p;
 }
@@ -169,7 +165,7 @@ inline JSONTokens::Place JSONTokens::number(Place p)
     p += static_cast<std::ptrdiff_t>(*p == '-');
     if (p == m_end)
         return endWithin();
-    if (!isDigit(*p))
+    if (!Vontal::isDecimalDigit(*p))
         return refuse();
     const bool isZero = *p == '0';
     // A digit or an exponent behind a leading zero is refused by what comes after a value.

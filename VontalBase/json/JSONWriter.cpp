@@ -2,7 +2,6 @@
 
 #include "VontalBase/json/StringBlock.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstring>

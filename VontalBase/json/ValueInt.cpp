@@ -2,6 +2,8 @@
 
 #include "VontalBase/text/numberscan.h"
 
+#include <string_view>
+
 namespace qvjson
 {
 

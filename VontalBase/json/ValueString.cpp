@@ -17,7 +17,7 @@ Vontal::u8string ValueString::getValue() const
 
 void ValueString::set(char const * text, unsigned int length)
 {
-    m_text = CompactText<20>(std::string_view(text, length));
+    m_text = Text(std::string_view(text, length));
 }
 
 } // namespace qvjson

@@ -48,7 +48,9 @@ protected:
 private:
     friend struct TreeAccess;
 
-    CompactText<20> m_text;
+    using Text = CompactText<20>;
+
+    Text m_text;
 };
 
 } // namespace qvjson

@@ -5,6 +5,7 @@
 #include "VontalBase/json/jsonparse.h"
 #include "VontalBase/json/receivers.h"
 
+#include <cstdint>
 #include <source_location>
 #include <string_view>
 
