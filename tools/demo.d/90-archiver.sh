@@ -55,8 +55,9 @@ echo "exit code $code"
 say "Ctrl-C ends the work and leaves no half an archive"
 for what in "create half.zip tree" "extract tree.zip half" "extract --raw tree.zip half"; do
     code=0
+    # Without --foreground timeout interrupts its whole group as well, and the second interrupt ends the program at once.
     # shellcheck disable=SC2086
-    timeout --preserve-status --signal INT 0.5 archiver $what || code=$?
+    timeout --foreground --preserve-status --signal INT 0.5 archiver $what || code=$?
     echo "exit code $code"
     [[ $code -eq 1 && ! -e half.zip && ! -e half.zip.part ]]
 done
