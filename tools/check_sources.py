@@ -14,10 +14,13 @@
    be missing from the manual without a word.
 7. Each program in docs/programs/ has beside it what it prints, and a page of the manual includes both. README.md
    has the first program as a reader would write it, in a file main.cpp, and what it prints then.
-8. What the library throws is of the standard library, or the error of COM.
+8. The library throws the standard library's exceptions of memory, length and range and the error of COM,
+   and nothing else. It neither throws nor catches VontalException.
 9. Each benchmark tells the report of itself.
 10. VontalBase/VontalBase.h leads to every public header.
 11. No line of C++ is longer than 110 characters: the formatter leaves comments as they are.
+12. Some things are done in few places or nowhere: see RESERVED.
+13. What is within a half of the platform is included by that half alone.
 """
 
 import pathlib
@@ -36,7 +39,33 @@ SYSTEM_HEADER = re.compile(
 STANDARD = {"semaphore"}  # of the system only with its .h
 
 # "throw;" passes on what came from elsewhere.
-THROWN = re.compile(r"^[^/\"]*\bthrow\s+(?!std::|_com_error\b)\w", re.MULTILINE)
+THROWN = re.compile(r"\bthrow\b(?!\s*(;|\(?(std::(bad_alloc|length_error|out_of_range)|_com_error)\b))"
+                    r"|\bcatch\s*\([^)]*\bVontalException\b")
+
+# What is reserved, how the code says it, and the files that may.
+RESERVED = (
+    ("reading the environment", r"\b(secure_|_w)?getenv(_s)?\s*\(|\bGetEnvironmentVariable",
+     r"platform/posix/(places|languages)\.cpp"),
+    ("reading the registry", r"\bReg(Open|Query|Get|Enum)\w*\s*\(", None),
+    ("starting a thread", r"\bqvplatform::startThread\(|\bstartThread\(enter\b|\bpthread_create\b|\b_beginthread"
+     r"|\bCreateThread\b|\bstd::(j?thread|async)\b",
+     r"platform/(posix|windows)/threads\.cpp|concurrency/Thread\.cpp|platform/posix/xmltransform\.cpp"),
+    ("joining a thread", r"\bjoinThread\(", r"platform/threads\.h|platform/(posix|windows)/threads\.cpp"
+     r"|concurrency/Thread\.cpp|platform/posix/xmltransform\.cpp"),
+    ("stopping a thread from outside",
+     r"\b(TerminateThread|SuspendThread|pthread_(cancel|kill|detach))\b", None),
+    ("another lock than ThreadMutex", r"\bstd::(\w*mutex|lock_guard|unique_lock|scoped_lock|shared_lock"
+     r"|condition_variable\w*|once_flag|call_once|\w*semaphore|atomic_flag)\b", r"platform/.*"),
+    ("an extension of the compiler", r"\[\[gnu::|__attribute__|__builtin_|__extension__|__int128|\btypeof\b",
+     r"platform/posix/.*|platform/processor\.h|export\.h"),
+)
+
+# A native long has 32 bits here and 64 there.
+NATIVE_LONG = re.compile(r"(?<!long )\blong\b(?! long)")
+KNOWS_NATIVE_LONG = re.compile(r"VontalBase/(text/integers|text/U8StringBuilder|json/Object|json/JSONSerializable"
+                               r"|zip/zipwriter|platform/.*)\.h")
+
+COMMENT_OR_TEXT = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
 
 SHOWN = re.compile(r"^\\(?:verb)?include(?:\{lineno\})? (\S+)$", re.MULTILINE)
 
@@ -118,13 +147,39 @@ def untrue_readme(root):
         yield f"README.md does not have what docs/programs/first.cpp prints as {READERS_FILE}"
 
 
-def foreign_exceptions(root, files):
-    """Where something else is thrown than applications expect."""
+def code_of(path):
+    """The text of a file with neither comments nor the insides of texts, line for line."""
+    text = path.read_text(encoding="utf-8")
+    return COMMENT_OR_TEXT.sub(lambda match: re.sub(r"[^\n]", " ", match.group()), text)
+
+
+def places(pattern, text):
+    """The numbers of the lines where something begins."""
+    return (text.count("\n", 0, match.start()) + 1 for match in re.finditer(pattern, text))
+
+
+def breaches_in_code(root, headers, private, files):
+    """What the code says that it must not."""
     for path in files:
-        text = path.read_text(encoding="utf-8")
-        for match in THROWN.finditer(text):
-            number = text.count("\n", 0, match.end()) + 1
-            yield f"{path.relative_to(root).as_posix()}:{number}: an exception that is not of the standard library"
+        name = path.relative_to(root).as_posix()
+        code = code_of(path)
+        for number in places(THROWN, code):
+            yield f"{name}:{number}: an exception that applications do not expect"
+        for what, pattern, allowed in RESERVED:
+            if allowed is None or not re.fullmatch("VontalBase/(" + allowed + ")", name):
+                yield from (f"{name}:{number}: {what} belongs elsewhere or nowhere" for number in places(pattern, code))
+        if name in headers and name not in private and not KNOWS_NATIVE_LONG.fullmatch(name):
+            yield from (f"{name}:{number}: a native long in a public header" for number in places(NATIVE_LONG, code))
+
+
+def strays(root, files):
+    """Includes of what is within a half of the platform from outside of that half."""
+    for path in files:
+        name = path.relative_to(root).as_posix()
+        for number, _, target in included(path):
+            half = HALF.match(target)
+            if half and not name.startswith(half.group()):
+                yield f"{name}:{number}: {target} is for its own half of the platform"
 
 
 def unreachable_headers(headers, private):
@@ -191,7 +246,8 @@ def main():
 
     complaints += unshown_programs(root / "docs")
     complaints += untrue_readme(root)
-    complaints += foreign_exceptions(root, files)
+    complaints += breaches_in_code(root, headers, private, files)
+    complaints += strays(root, files)
     complaints += unreachable_headers(headers, private)
     complaints += long_lines(root)
     complaints += (f"bench/{path.name} does not call bench::describe" for path in sorted(root.glob("bench/*_bench.cpp"))

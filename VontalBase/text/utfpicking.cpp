@@ -1,3 +1,4 @@
+#include "VontalBase/platform/processor.h"
 #include "VontalBase/text/utf.h"
 #include "VontalBase/text/utfcharacters.h"
 #include "VontalBase/text/utfsteps.h"
@@ -7,9 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <tmmintrin.h>
-
-// Everything here that touches a register is compiled for more than the processors that the library needs.
-#define VONTAL_PICKING [[gnu::target("ssse3")]]
 
 namespace Vontal
 {
@@ -56,28 +54,28 @@ constexpr std::array<Entry, 256> tableOf(Entry (*make)(unsigned int) noexcept) n
 
 constexpr std::array<Pick, 256> pickTable = tableOf(makePick);
 
-VONTAL_PICKING inline __m128i load(const void * from) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i load(const void * from) noexcept
 {
     return _mm_loadu_si128(static_cast<const __m128i *>(from));
 }
 
-VONTAL_PICKING inline void store(void * to, __m128i bytes) noexcept
+VONTALBASE_PICKS_BYTES inline void store(void * to, __m128i bytes) noexcept
 {
     _mm_storeu_si128(static_cast<__m128i *>(to), bytes);
 }
 
-VONTAL_PICKING inline unsigned int maskOf(__m128i bytes) noexcept
+VONTALBASE_PICKS_BYTES inline unsigned int maskOf(__m128i bytes) noexcept
 {
     return static_cast<unsigned int>(_mm_movemask_epi8(bytes));
 }
 
-VONTAL_PICKING inline __m128i every(unsigned char byte) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i every(unsigned char byte) noexcept
 {
     return _mm_set1_epi8(static_cast<char>(byte));
 }
 
 /// The bytes from `least` on, which is 0x81 or more.
-VONTAL_PICKING inline std::uint64_t atLeast(__m128i bytes, unsigned char least) noexcept
+VONTALBASE_PICKS_BYTES inline std::uint64_t atLeast(__m128i bytes, unsigned char least) noexcept
 {
     return maskOf(_mm_subs_epu8(bytes, every(least - 0x80)));
 }
@@ -90,20 +88,20 @@ struct Window
     __m128i twoBefore;
 };
 
-VONTAL_PICKING inline Window windowAt(const unsigned char * p, __m128i before) noexcept
+VONTALBASE_PICKS_BYTES inline Window windowAt(const unsigned char * p, __m128i before) noexcept
 {
     const __m128i bytes = load(p);
     return {bytes, _mm_alignr_epi8(bytes, before, 15), _mm_alignr_epi8(bytes, before, 14)};
 }
 
 /// C0 and C1, which would begin a form of two bytes that is too long.
-VONTAL_PICKING inline __m128i wrongLeads(const Window & window) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i wrongLeads(const Window & window) noexcept
 {
     return _mm_cmpeq_epi8(_mm_and_si128(window.bytes, every(0xFE)), every(0xC0));
 }
 
 /// The second bytes that make a form of three bytes too long or a surrogate.
-VONTAL_PICKING inline __m128i wrongSeconds(const Window & window) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i wrongSeconds(const Window & window) noexcept
 {
     const __m128i isLow = _mm_cmplt_epi8(window.bytes, every(0xA0));
     const __m128i afterE0 = _mm_cmpeq_epi8(window.oneBefore, every(0xE0));
@@ -124,7 +122,7 @@ struct Masks
     std::uint64_t unfit = 0;
 };
 
-VONTAL_PICKING inline Masks look(const unsigned char * p) noexcept
+VONTALBASE_PICKS_BYTES inline Masks look(const unsigned char * p) noexcept
 {
     std::uint64_t multibyte = 0;
     std::uint64_t leads = 0;
@@ -147,7 +145,7 @@ VONTAL_PICKING inline Masks look(const unsigned char * p) noexcept
 }
 
 /// Stores eight units of 16 bits.
-VONTAL_PICKING inline void storeUnits(wchar_t * to, __m128i units) noexcept
+VONTALBASE_PICKS_BYTES inline void storeUnits(wchar_t * to, __m128i units) noexcept
 {
     if constexpr (unitsAreWide)
     {
@@ -161,13 +159,13 @@ VONTAL_PICKING inline void storeUnits(wchar_t * to, __m128i units) noexcept
 }
 
 /// The code points that end at each of eight bytes, from what is left of the bytes that make them.
-VONTAL_PICKING inline __m128i joinUnits(__m128i first, __m128i second, __m128i last) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i joinUnits(__m128i first, __m128i second, __m128i last) noexcept
 {
     return _mm_or_si128(_mm_slli_epi16(first, 12), _mm_or_si128(_mm_slli_epi16(second, 6), last));
 }
 
 /// Stores those of eight units that `lanes` tells. @return behind them.
-VONTAL_PICKING inline wchar_t * storePicked(wchar_t * to, __m128i units, std::uint64_t lanes) noexcept
+VONTALBASE_PICKS_BYTES inline wchar_t * storePicked(wchar_t * to, __m128i units, std::uint64_t lanes) noexcept
 {
     const Pick & pick = pickTable[lanes & 0xFF];
     storeUnits(to, _mm_shuffle_epi8(units, load(pick.bytes.data())));
@@ -175,7 +173,7 @@ VONTAL_PICKING inline wchar_t * storePicked(wchar_t * to, __m128i units, std::ui
 }
 
 /// Converts the characters of a block whose last bytes are told.
-VONTAL_PICKING inline wchar_t * widenBlock(
+VONTALBASE_PICKS_BYTES inline wchar_t * widenBlock(
     const unsigned char * p, std::uint64_t lastBytes, wchar_t * to) noexcept
 {
     const __m128i zero = _mm_setzero_si128();
@@ -203,7 +201,7 @@ VONTAL_PICKING inline wchar_t * widenBlock(
     return to;
 }
 
-VONTAL_PICKING inline void widenAsciiBlock(const unsigned char * p, wchar_t * to) noexcept
+VONTALBASE_PICKS_BYTES inline void widenAsciiBlock(const unsigned char * p, wchar_t * to) noexcept
 {
     const __m128i zero = _mm_setzero_si128();
     for (unsigned int i = 0; i < blockSize; i += 16)
@@ -224,7 +222,7 @@ void widenEach(Widening & at, const unsigned char * stop) noexcept
     }
 }
 
-VONTAL_PICKING void widen(Widening & place) noexcept
+VONTALBASE_PICKS_BYTES void widen(Widening & place) noexcept
 {
     Widening at = place;
     while (at.p < at.stop && at.end - at.p >= blockSize)
@@ -287,7 +285,7 @@ constexpr Joint makeJoint(unsigned int lengths) noexcept
 
 constexpr std::array<Joint, 256> jointTable = tableOf(makeJoint);
 
-VONTAL_PICKING inline __m128i loadUnits(const wchar_t * from) noexcept
+VONTALBASE_PICKS_BYTES inline __m128i loadUnits(const wchar_t * from) noexcept
 {
     if constexpr (unitsAreWide)
         return load(from);
@@ -297,13 +295,13 @@ VONTAL_PICKING inline __m128i loadUnits(const wchar_t * from) noexcept
 }
 
 /// A bit for each lane.
-VONTAL_PICKING inline unsigned int lanesOf(__m128i lanes) noexcept
+VONTALBASE_PICKS_BYTES inline unsigned int lanesOf(__m128i lanes) noexcept
 {
     return static_cast<unsigned int>(_mm_movemask_ps(_mm_castsi128_ps(lanes)));
 }
 
 /// Takes four units that are no surrogates and not above 0xFFFF. @return false if it took none.
-VONTAL_PICKING inline bool narrowFour(Narrowing & at, __m128i units) noexcept
+VONTALBASE_PICKS_BYTES inline bool narrowFour(Narrowing & at, __m128i units) noexcept
 {
     const __m128i high = _mm_and_si128(units, _mm_set1_epi32(static_cast<int>(0xFFFFF800U)));
     const __m128i isSurrogate = _mm_cmpeq_epi32(high, _mm_set1_epi32(0xD800));
@@ -332,7 +330,7 @@ VONTAL_PICKING inline bool narrowFour(Narrowing & at, __m128i units) noexcept
     return true;
 }
 
-VONTAL_PICKING void narrow(Narrowing & place) noexcept
+VONTALBASE_PICKS_BYTES void narrow(Narrowing & place) noexcept
 {
     Narrowing at = place;
     while (at.p < at.stop && at.end - at.p >= 4)
