@@ -4,7 +4,7 @@
 #include "VontalBase/concurrency/InterruptAskable.h"
 #include "VontalBase/concurrency/ProcessRunner.h"
 #include "VontalBase/concurrency/ThreadMutexGuard.h"
-#include "VontalBase/concurrency/threadregistry.h"
+#include "VontalBase/concurrency/ThreadRegistry.h"
 #include "VontalBase/disk/File.h"
 #include "VontalBase/disk/FileEnumerator.h"
 #include "VontalBase/platform/lockorder.h"

@@ -2,14 +2,13 @@
 // lines of the log.
 
 #include "VontalBase/logging/LogFormater.h"
-#include "VontalBase/logging/logging.h"
+#include "VontalBase/logging/systemlog.h"
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/utils/Config.h"
 
 #include "logging/logsupport.h"
 #include "support/ChildProcess.h"
 #include "support/TempDirectory.h"
-#include "support/XmlService.h"
 
 #include <gtest/gtest.h>
 #include <string>
