@@ -1,5 +1,5 @@
 // What the subsystems do with a failure record that tells of something already: nothing where they succeed,
-// and one entry more behind it where they fail.
+// and one entry more in front where they fail.
 
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/utils/Config.h"
@@ -21,18 +21,20 @@ using qvxml::XMLDocPtr;
 using testsupport::TempDirectory;
 using Vontal::u8string;
 
-/// Calls an operation with a record that holds one entry, and gives the texts of those that came behind it.
+/// Calls an operation with a record that holds one entry, and gives the texts of those that came in front of it,
+/// the oldest first.
 std::string newEntries(bool expected, const std::function<bool(VontalException &)> & operation)
 {
     VontalException error;
     error.add("before", 1, "earlier");
     const VontalExceptionDescription * const earlier = error.first;
     EXPECT_EQ(operation(error), expected);
-    if (error.first != earlier || earlier->text != "earlier")
-        return "the earlier entry is gone";
     std::string texts;
-    for (const VontalExceptionDescription * entry = earlier->next; entry != nullptr; entry = entry->next)
-        texts += entry->text + '|';
+    const VontalExceptionDescription * entry = error.first;
+    for (; entry != nullptr && entry != earlier; entry = entry->next)
+        texts = entry->text + '|' + texts;
+    if (entry == nullptr || entry->text != "earlier" || entry->next != nullptr)
+        return "the earlier entry is gone";
     return texts;
 }
 
