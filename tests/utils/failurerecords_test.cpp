@@ -1,5 +1,5 @@
 // What the subsystems do with a failure record that tells of something already: nothing where they succeed,
-// and one entry more in front where they fail.
+// and new entries in front where they fail.
 
 #include "VontalBase/text/VontalException.h"
 #include "VontalBase/utils/Config.h"
@@ -21,8 +21,8 @@ using qvxml::XMLDocPtr;
 using testsupport::TempDirectory;
 using Vontal::u8string;
 
-/// Calls an operation with a record that holds one entry, and gives the texts of those that came in front of it,
-/// the oldest first.
+/// Calls an operation with a record that holds one entry, and gives the texts of those that came in front of
+/// it, the oldest first.
 std::string newEntries(bool expected, const std::function<bool(VontalException &)> & operation)
 {
     VontalException error;
