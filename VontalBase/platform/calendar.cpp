@@ -38,7 +38,7 @@ CivilTime civilTime(std::int64_t milliseconds) noexcept
     const Division eras = divideDown(days.quotient + daysFromFirstEraTo1970, daysOfEra);
     const std::int64_t dayOfEra = eras.remainder;
     // Without the days that leap years have on top, all years are as long.
-    constexpr std::int64_t daysBeforeLeapDay = 4 * 365;
+    constexpr std::int64_t daysBeforeLeapDay = 1460;
     constexpr std::int64_t daysOfCentury = daysOfEra / 4;
     const std::int64_t withoutLeapDays =
         dayOfEra - dayOfEra / daysBeforeLeapDay + dayOfEra / daysOfCentury - dayOfEra / (daysOfEra - 1);

@@ -16,12 +16,12 @@ namespace
 
 constexpr char hexDigits[] = "0123456789ABCDEF";
 
-/// The low `count` hexadecimal digits, the most significant first.
-template <std::size_t count>
-std::array<char, count> hexOf(std::uint64_t value) noexcept
+/// The low `Count` hexadecimal digits, the most significant first.
+template <std::size_t Count>
+std::array<char, Count> hexOf(std::uint64_t value) noexcept
 {
-    std::array<char, count> digits;
-    for (std::size_t i = count; i != 0; --i, value >>= 4)
+    std::array<char, Count> digits;
+    for (std::size_t i = Count; i != 0; --i, value >>= 4)
         digits[i - 1] = hexDigits[value & 0x0FU];
     return digits;
 }
