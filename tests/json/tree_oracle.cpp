@@ -33,7 +33,7 @@ struct Node
     std::string pendingKey;
 };
 
-std::string quoted(const std::string & bytes)
+std::string inQuotes(const std::string & bytes)
 {
     return std::to_string(bytes.size()) + '"' + bytes + '"';
 }
@@ -82,7 +82,7 @@ public:
                                                                    : "Failed to parse int: " + event.text;
         }
         case String:
-            return leaf(quoted(event.text)) ? "" : "Failed to parse string: " + event.text;
+            return leaf(inQuotes(event.text)) ? "" : "Failed to parse string: " + event.text;
         case Key:
             return key(event.text) ? "" : "Failed to parse key: " + event.text;
         case True:
@@ -172,7 +172,7 @@ std::string textOf(const Node & node)
         return '[' + result + ']';
     case Node::IsObject:
         for (const auto & [key, value] : node.entries)
-            result += quoted(key) + ':' + textOf(*value) + ' ';
+            result += inQuotes(key) + ':' + textOf(*value) + ' ';
         return '{' + result + '}';
     default:
         return node.text;
@@ -231,7 +231,7 @@ std::string treeText(qvjson::Item * item)
     case qvjson::TypeString:
     {
         Vontal::u8string value;
-        return item->getString(value) ? quoted(value) : "a string without a value";
+        return item->getString(value) ? inQuotes(value) : "a string without a value";
     }
     case qvjson::TypeArray:
     {
@@ -251,7 +251,7 @@ std::string treeText(qvjson::Item * item)
         static_cast<qvjson::Object *>(*item)->getItems(items);
         std::string result;
         for (const auto & [key, value] : items)
-            result += quoted(key) + ':' + treeText(value) + ' ';
+            result += inQuotes(key) + ':' + treeText(value) + ' ';
         return '{' + result + '}';
     }
     default:
