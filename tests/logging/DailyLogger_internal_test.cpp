@@ -428,7 +428,8 @@ TEST_F(DailyLog, TriesTheNewDayAgainWhenMemoryWasShort)
 TEST_F(DailyLog, HandsEachLineToTheSystemInOnePiece)
 {
     constexpr unsigned int count = 50;
-    const std::string line = std::string(10'000, 'l') + "\n";
+    std::string line(10'000, 'l');
+    line += '\n';
     DailyLogger logger(1024, prefix(), ".log");
     unsigned long long before = 0;
     if (!testsupport::countWrites(before))
