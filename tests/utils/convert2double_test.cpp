@@ -115,7 +115,9 @@ TEST(Convert2double, ReadsNumbersHoweverLongTheyAre)
     EXPECT_EQ(value, std::numeric_limits<double>::infinity());
     EXPECT_EQ(convert2double(("0." + std::string(1000, '0') + "9").c_str(), value), 1003U);
     EXPECT_EQ(value, 0.0);
-    EXPECT_EQ(convert2double((std::string(1000, '0') + "9").c_str(), value), 1001U);
+    std::string zerosAndNine(1000, '0');
+    zerosAndNine += '9';
+    EXPECT_EQ(convert2double(zerosAndNine.c_str(), value), 1001U);
     EXPECT_EQ(value, 9.0);
 }
 

@@ -162,8 +162,10 @@ TEST(ZipWriter, TakesNamesThatFitIntoItsBufferWithTheirEnd)
     EXPECT_EQ(addFolder(archive, L""), 0x10000U);
     EXPECT_EQ(addMemory(archive, std::wstring(518, L'n'), "x"), 0x10000U);
     EXPECT_EQ(addMemory(archive, std::wstring(100'000, L'n'), "x"), 0x10000U);
-    expectArchive(closeMemory(archive),
-        {{std::string(517, 'n'), deflated, "x"}, {std::string(517, 'd') + '/', stored, "", 0x41C00010}});
+    const std::string file(517, 'n');
+    std::string folder(517, 'd');
+    folder += '/';
+    expectArchive(closeMemory(archive), {{file, deflated, "x"}, {folder, stored, "", 0x41C00010}});
 }
 
 TEST(ZipWriter, KeptANameThatCannotBeConvertedIsNotRecorded)
@@ -355,9 +357,9 @@ std::string deflatedBy(const std::string & content, int level, int windowBits)
     stream.next_out = reinterpret_cast<Bytef *>(bytes.data());
     stream.avail_out = static_cast<uInt>(bytes.size());
     EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    bytes.resize(bytes.size() - stream.avail_out);
+    const std::size_t size = stream.total_out;
     deflateEnd(&stream);
-    return bytes;
+    return bytes.substr(0, size);
 }
 
 /// Bytes on which patience pays, two letters at random, and bytes that come again behind 20000 others.
