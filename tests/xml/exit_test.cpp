@@ -37,8 +37,8 @@ bool makeRound()
 {
     XMLDocPtr document;
     std::string text;
-    if (!document.loadBuffer("<a b='\xC3\xA4'><c/></a>") || !document.saveBuffer(text, true) ||
-        text.find("<c/>") == std::string::npos)
+    if (!document.loadBuffer("<a b='\xC3\xA4'><c/></a>") || !document.saveBuffer(text, false) ||
+        text.find("<c") == std::string::npos)
         return false;
     if (!xmltest::isWhole())
         return true;
